@@ -1,0 +1,9 @@
+#!/usr/bin/env bash
+# Installs what Tintorra needs, builds it (Release) and runs the main job.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+
+bash scripts/install-deps.sh
+cmake --preset release >/dev/null
+cmake --build --preset release
+./build/release/src/tools/tintorra-matrices
