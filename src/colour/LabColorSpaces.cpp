@@ -23,8 +23,13 @@ KVColorSpace makeLabColorSpace(const IlluminantRecord& illuminant, std::string n
     const cmsCIExyY white = {illuminant.x2, illuminant.y2, 1.0};
     std::vector<std::uint8_t> bytes;
     const ProfileHandle profile(cmsCreateLab4Profile(&white));
+    // Little CMS gives its Lab profiles the connection space white whatever white they are made
+    // for; the white point tag is what tells readers which white the Lab values refer to.
+    const cmsCIEXYZ whiteXyz = {illuminant.x2 / illuminant.y2, 1.0,
+                                (1.0 - illuminant.x2 - illuminant.y2) / illuminant.y2};
     cmsUInt32Number size = 0;
-    if (profile && cmsSaveProfileToMem(profile.get(), nullptr, &size) && size > 0) {
+    if (profile && cmsWriteTag(profile.get(), cmsSigMediaWhitePointTag, &whiteXyz) &&
+        cmsSaveProfileToMem(profile.get(), nullptr, &size) && size > 0) {
         bytes.resize(size);
         if (!cmsSaveProfileToMem(profile.get(), bytes.data(), &size)) {
             bytes.clear();
