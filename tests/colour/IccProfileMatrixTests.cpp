@@ -14,6 +14,7 @@
 #include <cctype>
 #include <cmath>
 #include <optional>
+#include <ostream>
 #include <string>
 
 namespace tintorra {
@@ -56,6 +57,12 @@ struct RealProfile {
     double matrixDifference;
     double chromaticityDifference;
 };
+
+// Shown by the test runner instead of the raw bytes of the record.
+void PrintTo(const RealProfile& profile, std::ostream* os)
+{
+    *os << profile.path << " (" << profile.workingSpace << ")";
+}
 
 std::string nameOf(const testing::TestParamInfo<RealProfile>& info)
 {
