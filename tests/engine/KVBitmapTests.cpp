@@ -117,6 +117,9 @@ TEST(KVBitmapCreate, ComputesTightRowsAndPixelBits)
         EXPECT_EQ(bitmap->bytesPerRow(), c.bytesPerRow);
         EXPECT_EQ(bitmap->numberOfPlanes(), c.numberOfPlanes);
         EXPECT_EQ(bitmap->planeBytes(), static_cast<std::size_t>(c.bytesPerRow * 3));
+        if (!c.layout.isPlanar) {
+            EXPECT_EQ(bitmap->sampleBytes(), bitmap->planeBytes());
+        }
     }
 }
 
@@ -166,10 +169,10 @@ TEST(KVBitmapConstructors, MakeTheirLayouts)
 
 TEST(KVBitmapSamples, StartZeroed)
 {
-    const auto bitmap = KVBitmap::create(layoutOf(9, 4, 16, 3, false));
+    const auto bitmap = KVBitmap::create(layoutOf(9, 4, 16, 3, false, true));
     ASSERT_NE(bitmap, nullptr);
     const std::uint8_t* data = bitmap->bitmapData();
-    for (std::size_t i = 0; i < bitmap->planeBytes(); ++i) {
+    for (std::size_t i = 0; i < bitmap->sampleBytes(); ++i) {
         ASSERT_EQ(data[i], 0) << "byte " << i;
     }
 }
@@ -203,6 +206,7 @@ TEST(KVBitmapSamples, PlanesFollowOneAnotherAndLeaveRoomForDoubledDistances)
         // The last plane at a doubled distance ends 7 plane lengths in for 16 bits; touching
         // its last byte must stay inside the allocation (the address sanitizer checks).
         const std::size_t slots = bits == 16 ? 7 : 4;
+        EXPECT_EQ(bitmap->sampleBytes(), slots * planeBytes);
         std::uint8_t* const lastByte = bitmap->bitmapData() + slots * planeBytes - 1;
         *lastByte = 0xA5;
         EXPECT_EQ(*lastByte, 0xA5);
@@ -215,7 +219,8 @@ TEST(KVBitmapCopy, IsDeepAndKeepsEverything)
                                            KVColorSpace(KVColorSpaceModel::rgb, "Test", {1, 2, 3}));
     ASSERT_NE(original, nullptr);
     original->setPixelsPerInch(144.0);
-    const std::size_t bytes = original->planeBytes() * 7;
+    const std::size_t bytes = original->sampleBytes();
+    ASSERT_EQ(bytes, original->planeBytes() * 7);
     for (std::size_t i = 0; i < bytes; ++i) {
         original->bitmapData()[i] = static_cast<std::uint8_t>(i * 37 + 11);
     }

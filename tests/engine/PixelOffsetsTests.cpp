@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <string>
 
@@ -72,6 +73,15 @@ TEST(PixelOffsets, EveryLayoutAt8And16Bits)
             EXPECT_EQ(record.blueOffset, c.blue * slot);
             EXPECT_EQ(record.greyOffset, c.grey * slot);
             EXPECT_EQ(record.alphaOffset, c.alpha * slot);
+
+            // The farthest sample the record addresses ends inside the sample memory.
+            const std::uint64_t farthestOffset =
+                std::max({record.redOffset, record.greenOffset, record.blueOffset,
+                          record.greyOffset, record.alphaOffset});
+            const std::uint64_t lastPixel =
+                static_cast<std::uint64_t>((record.pixelsWide - 1) * record.bytesPerPixel +
+                                           (record.pixelsHigh - 1) * record.bytesPerRow);
+            EXPECT_LE(lastPixel + farthestOffset + bytesPerSample, bitmap->sampleBytes());
 
             const std::int64_t pixelSamples = c.planar ? 1 : c.samples;
             EXPECT_EQ(record.bytesPerPixel, pixelSamples * bits / 8);
