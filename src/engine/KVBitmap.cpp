@@ -1,5 +1,6 @@
 #include "engine/KVBitmap.h"
 
+#include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
 #include <new>
@@ -88,11 +89,16 @@ std::optional<std::size_t> resolveLayout(KVBitmapLayout& layout)
     return static_cast<std::size_t>(*totalBytes);
 }
 
-[[noreturn]] void failAssertion(const char* function, int line, const char* format, double value)
+// Like a failed assertion: where, then the message, then abort.
+[[noreturn, gnu::format(printf, 3, 4)]] void failAssertion(const char* function, int line,
+                                                           const char* format, ...)
 {
-    std::fprintf(stderr, "*** Assertion failure in %s, %s:%d\n", function, __FILE__, line);
-    std::fprintf(stderr, format, value);
-    std::fprintf(stderr, "\n");
+    std::fprintf(stderr, "*** Assertion failure in %s, %s:%d\n", function, __FILE_NAME__, line);
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::vfprintf(stderr, format, arguments);
+    va_end(arguments);
+    std::fputc('\n', stderr);
     std::fflush(stderr);
     std::abort();
 }
