@@ -85,6 +85,9 @@ public:
     void getBitmapDataPlanes(std::uint8_t* planes[5]);
     // Bytes of one plane (of the whole image when chunky).
     std::size_t planeBytes() const;
+    // Bytes of sample memory from bitmapData(): the planes and, for planar bitmaps of 16-bit
+    // samples, the zeroed slack that the pixel routines' doubled plane distances reach into.
+    std::size_t sampleBytes() const { return samples_.size(); }
 
     // The size in points; 72 points per inch, so by default one point per pixel.
     double width() const { return width_; }
