@@ -23,7 +23,13 @@ double remapFreeThumb(double x, double a, double b, double c, double d)
     if (c == d) {
         return c;
     }
-    return c + (x - a) / (b - a) * (d - c);
+    const double mapped = c + (x - a) / (b - a) * (d - c);
+    // A thumb inside the old span stays inside the new one: rounding could otherwise carry a thumb
+    // resting on an anchor one unit past it and break the curve's order.
+    if (x >= std::min(a, b) && x <= std::max(a, b)) {
+        return std::clamp(mapped, std::min(c, d), std::max(c, d));
+    }
+    return mapped;
 }
 
 } // namespace
@@ -168,7 +174,13 @@ void KVTenSegmentSliderModel::takeValue(double value, std::size_t index)
     const double lowLimit = nudgeUp(low, kFreeThumbRoom * static_cast<double>(lowerFree.size()));
     const double highLimit =
         nudgeDown(high, kFreeThumbRoom * static_cast<double>(upperFree.size()));
-    const double moved = clamp(value, lowLimit, highLimit);
+    double moved = clamp(value, lowLimit, highLimit);
+    if (lowLimit > highLimit) {
+        // The anchors are closer together than the room the free thumbs between them would
+        // need (they were squeezed before some of those thumbs were unlocked); the limits cross,
+        // and the thumb must still not pass an anchor.
+        moved = clamp(moved, low, high);
+    }
     thumbs_[index].doubleValue = moved;
 
     for (const std::size_t u : upperFree) {

@@ -365,3 +365,26 @@ TEST(DebugDescription, OneLinePerOffsetWithTheFullValue)
 
 } // namespace
 } // namespace tintorra
+
+namespace tintorra {
+namespace {
+
+TEST(MouseUp, WideUpperDragWithALongUpperFalloffLeavesTheLowerOffsetNegative)
+{
+    // The fall-off is not shortened while the upper thumb is dragged, so the upper side alone
+    // ends up longer than T; the clamp at mouse-up fits the lower offset against the raw upper
+    // fall-off and it comes out negative: the lower bound lands above the middle.
+    KVCircularSliderModel ring(true);
+    ring.setOffsets({0.625, 0.0625, 0.5, 0.0625, 0.0});
+    ASSERT_TRUE(ring.mouseDown(kCircularPartUpper, 0.5625));
+    ring.mouseDragged(0.9375);
+    ring.mouseDragged(0.3125); // unwrapped to 1.3125
+    EXPECT_EQ(ring.offsets(), (KVSliderOffsets{0.625, 0.4375, 0.875, 0.4375, 0.0}));
+    ring.mouseUp(0.3125, 1);
+    EXPECT_EQ(ring.offsets(),
+              (KVSliderOffsets{0.625, 0.4375, 0.875, -(0.0625 + std::ldexp(100.0, -53)), 0.0}));
+    EXPECT_GT(ring.lowerValue(), ring.middleValue());
+}
+
+} // namespace
+} // namespace tintorra

@@ -397,3 +397,21 @@ TEST(Reset, LowerFalloffResetIsClampedIntoTheRoom)
 
 } // namespace
 } // namespace tintorra
+
+namespace tintorra {
+namespace {
+
+TEST(TakeValues, EmptyRingRangeComesBackAsAFullTurnAroundTheOppositeHue)
+{
+    // Lower bound and lower fall-off on the middle are a whole turn below it when taken back;
+    // centring then moves the middle half a turn.
+    KVCircularSliderModel ring(true);
+    ring.setOffsets({0.0, 0.0, 0.25, 0.0, 0.0});
+    const KVSliderValues read = ring.sliderValues();
+    EXPECT_EQ(read, (KVSliderValues{0.25, 0.25, 0.25, 0.25, 0.25}));
+    ring.takeValues(read);
+    EXPECT_EQ(ring.offsets(), (KVSliderOffsets{0.0, 0.5, 0.75, 0.5, 1.0}));
+}
+
+} // namespace
+} // namespace tintorra
