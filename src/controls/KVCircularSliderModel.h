@@ -152,12 +152,6 @@ public:
     // The order in which the widget tests its parts (the first whose shape holds the point wins).
     std::vector<int> hitTestOrder() const;
     int hitTest(const std::function<bool(int part)>& partContainsPoint) const;
-    // The value at an angle around the ring (0 to the right, counter-clockwise positive).
-    double valueFromAngle(double radians) const;
-    // The value at a position along a straight slider's long axis of the given length; the
-    // first and last 13 points are insets.
-    double valueFromTrackPosition(double position, double length) const;
-    double trackPositionFromValue(double value, double length) const;
     double valueForControlPart(int part) const;
 
     // The press of a button over `part` with the pointer at `pointerValue`. Returns whether a
