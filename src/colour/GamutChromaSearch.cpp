@@ -90,230 +90,249 @@ double searchChroma(double startStep, RgbOf rgbOf)
 
 // ---- The same search for several columns at once -------------------------------------------
 //
-// Four lightness columns share one vector; a block of several vectors runs in lock step so that
-// the long dependency chain of one search (divide, compare, step) overlaps with the others. A lane
-// that has finished keeps its values. Every lane performs exactly the operations of the single
-// search above, in the same order, so the results are bit-identical; the only liberty taken is
-// halving by multiplying with 0.5, which is exact.
+// Sixteen lightness columns form a block that runs in lock step, spread over as many vector
+// registers as their width needs (eight of two doubles, four of four), so that the long
+// dependency chain of one search (divide, compare, step) overlaps with the others. A lane that
+// has finished keeps its values. Every lane performs exactly the operations of the single search
+// above, in the same order, so the results are bit-identical; the only liberty taken is halving
+// by multiplying with 0.5, which is exact.
 
 // The vector helpers below are internal and always inlined, so the calling convention for
 // 32-byte vectors on processors without AVX, which GCC warns about, never comes into play.
 #pragma GCC diagnostic ignored "-Wpsabi"
 
-using Vec = double __attribute__((vector_size(32)));
-using Mask = decltype(Vec{} > Vec{});
+template <int Lanes>
+struct VectorOf;
+template <>
+struct VectorOf<2> {
+    using type = double __attribute__((vector_size(16)));
+};
+template <>
+struct VectorOf<4> {
+    using type = double __attribute__((vector_size(32)));
+};
 
-constexpr int kLanes = 4;
-constexpr int kVectorsPerBlock = 4;
-constexpr int kColumnsPerBlock = kLanes * kVectorsPerBlock;
+constexpr int kColumnsPerBlock = 16;
 // Columns 1..199 carry a search; padding up to a whole number of blocks gives inert lanes.
 constexpr int kFirstSearchedColumn = 1;
 constexpr int kBlockCount = (199 + kColumnsPerBlock - 1) / kColumnsPerBlock;
 
-[[gnu::always_inline]] inline Vec loadVec(const double* source)
-{
-    Vec v;
-    std::memcpy(&v, source, sizeof v);
-    return v;
-}
+template <int Lanes>
+struct Block {
+    using Vec = typename VectorOf<Lanes>::type;
+    using Mask = decltype(Vec{} > Vec{});
+    static constexpr int kVectors = kColumnsPerBlock / Lanes;
 
-[[gnu::always_inline]] inline void storeVec(double* target, const Vec& v)
-{
-    std::memcpy(target, &v, sizeof v);
-}
+    struct Channels {
+        Vec r;
+        Vec g;
+        Vec b;
+    };
 
-[[gnu::always_inline]] inline bool anyLane(const Mask& m)
-{
-    return (m[0] | m[1] | m[2] | m[3]) != 0;
-}
+    [[gnu::always_inline]] static Vec splat(double value)
+    {
+        Vec v;
+        for (int lane = 0; lane < Lanes; ++lane) {
+            v[lane] = value;
+        }
+        return v;
+    }
 
-struct BlockChannels {
-    Vec r;
-    Vec g;
-    Vec b;
+    [[gnu::always_inline]] static Vec load(const double* source)
+    {
+        Vec v;
+        std::memcpy(&v, source, sizeof v);
+        return v;
+    }
+
+    [[gnu::always_inline]] static void store(double* target, const Vec& v)
+    {
+        std::memcpy(target, &v, sizeof v);
+    }
+
+    [[gnu::always_inline]] static bool anyLane(const Mask& m)
+    {
+        bool any = false;
+        for (int lane = 0; lane < Lanes; ++lane) {
+            any = any || m[lane] != 0;
+        }
+        return any;
+    }
+
+    // The bisection shared by both models; `channelsOf(n, C)` gives the linear RGB of vector n.
+    template <class ChannelsOf>
+    [[gnu::always_inline]] static void search(double startStep, const double* lightness,
+                                              double* chromas, ChannelsOf channelsOf)
+    {
+        const Vec zero = splat(0.0);
+        const Vec one = splat(1.0);
+        const Vec half = splat(0.5);
+        const Vec smallest = splat(kSmallestStep);
+        const Vec start = splat(startStep);
+        const Vec hundred = splat(100.0);
+
+        Vec C[kVectors];
+        Vec step[kVectors];
+        Vec factor[kVectors];
+        Mask searched[kVectors];
+        Mask active[kVectors];
+        Mask beyond[kVectors];
+        for (int n = 0; n < kVectors; ++n) {
+            const Vec L = load(lightness + n * Lanes);
+            C[n] = start;
+            step[n] = start;
+            factor[n] = one;
+            searched[n] = (L > zero) & (L < hundred);
+            active[n] = searched[n];
+            beyond[n] = Mask{};
+        }
+
+        bool running = true;
+        while (running) {
+            Mask anyActive = Mask{};
+            for (int n = 0; n < kVectors; ++n) {
+                const Channels rgb = channelsOf(n, C[n]);
+                const Mask inside = (rgb.r > zero) & (rgb.g > zero) & (rgb.b > zero) &
+                                    (rgb.r < one) & (rgb.g < one) & (rgb.b < one);
+                const Mask outward = (rgb.r < zero) | (rgb.g < zero) | (rgb.b < zero) |
+                                     (rgb.r > one) | (rgb.g > one) | (rgb.b > one);
+                const Vec grownStep = step[n] * factor[n];
+                const Vec halvedStep = step[n] * half;
+                const Vec nextStep = inside ? grownStep : halvedStep;
+                const Vec nextC = inside ? C[n] + grownStep : C[n] - halvedStep;
+                const Vec nextFactor = inside ? factor[n] : half;
+                step[n] = active[n] ? nextStep : step[n];
+                C[n] = active[n] ? nextC : C[n];
+                factor[n] = active[n] ? nextFactor : factor[n];
+                beyond[n] = active[n] ? outward : beyond[n];
+                active[n] = active[n] & (step[n] > smallest);
+                anyActive |= active[n];
+            }
+            running = anyLane(anyActive);
+        }
+
+        for (int n = 0; n < kVectors; ++n) {
+            const Vec result = beyond[n] ? C[n] - step[n] : C[n];
+            store(chromas + n * Lanes, searched[n] ? result : zero);
+        }
+    }
+
+    [[gnu::always_inline]] static void labRow(const ChromaSearchCoefficients& p, double hue,
+                                              double* chromas)
+    {
+        const double cosHue = std::cos(hue);
+        const double sinHue = std::sin(hue);
+        const Vec cosV = splat(cosHue);
+        const Vec sinV = splat(sinHue);
+        const Vec p0 = splat(p[0]), p1 = splat(p[1]), p2 = splat(p[2]);
+        const Vec p3 = splat(p[3]), p4 = splat(p[4]), p5 = splat(p[5]);
+        const Vec p6 = splat(p[6]), p7 = splat(p[7]), p8 = splat(p[8]);
+        const Vec threshold = splat(0.00885645);
+        const Vec xSlope = splat(29.0 * 8.85645e-6);
+        const Vec zSlope = splat(29.0 * 2.21411e-5);
+        const Vec xScale = splat(0.002);
+        const Vec zScale = splat(0.005);
+
+        for (int block = 0; block < kBlockCount; ++block) {
+            alignas(32) double lightness[kColumnsPerBlock];
+            alignas(32) double yr[kColumnsPerBlock];
+            alignas(32) double fy[kColumnsPerBlock];
+            alignas(32) double xLinear[kColumnsPerBlock];
+            alignas(32) double zLinear[kColumnsPerBlock];
+            alignas(32) double result[kColumnsPerBlock];
+            const int firstColumn = kFirstSearchedColumn + block * kColumnsPerBlock;
+            for (int lane = 0; lane < kColumnsPerBlock; ++lane) {
+                // Lanes past the last column get L = 100, which the search leaves at 0.
+                const int column = firstColumn + lane;
+                lightness[lane] = column < 200 ? column * 0.5 : 100.0;
+                const LabLightnessTerms terms = labLightnessTerms(lightness[lane]);
+                yr[lane] = terms.yr;
+                fy[lane] = terms.fy;
+                xLinear[lane] = terms.xLinear;
+                zLinear[lane] = terms.zLinear;
+            }
+            search(kLabStartStep, lightness, result, [&](int n, const Vec& C) {
+                const Vec fyV = load(fy + n * Lanes);
+                const Vec yrV = load(yr + n * Lanes);
+                const Vec fx = fyV + xScale * C * cosV;
+                const Vec fz = fyV - zScale * C * sinV;
+                const Vec fx3 = fx * fx * fx;
+                const Vec fz3 = fz * fz * fz;
+                const Vec xr =
+                    fx3 > threshold ? fx3 : load(xLinear + n * Lanes) + xSlope * C * cosV;
+                const Vec zr =
+                    fz3 > threshold ? fz3 : load(zLinear + n * Lanes) - zSlope * C * sinV;
+                return Channels{p0 * xr + p1 * yrV + p2 * zr, p3 * xr + p4 * yrV + p5 * zr,
+                                p6 * xr + p7 * yrV + p8 * zr};
+            });
+            for (int lane = 0; lane < kColumnsPerBlock && firstColumn + lane < 200; ++lane) {
+                chromas[firstColumn + lane] = result[lane];
+            }
+        }
+        chromas[0] = 0.0;
+        chromas[200] = 0.0;
+    }
+
+    [[gnu::always_inline]] static void luvRow(const ChromaSearchCoefficients& e, double hue,
+                                              double* chromas)
+    {
+        const double cosHue = std::cos(hue);
+        const double sinHue = std::sin(hue);
+        const Vec cosV = splat(cosHue);
+        const Vec sinV = splat(sinHue);
+        const Vec e1 = splat(e[1]), e2 = splat(e[2]);
+        const Vec e4 = splat(e[4]), e5 = splat(e[5]);
+        const Vec e7 = splat(e[7]), e8 = splat(e[8]);
+        const Vec vScale = splat(0.164248);
+
+        for (int block = 0; block < kBlockCount; ++block) {
+            alignas(32) double lightness[kColumnsPerBlock];
+            alignas(32) double luminance[kColumnsPerBlock];
+            alignas(32) double rL[kColumnsPerBlock];
+            alignas(32) double gL[kColumnsPerBlock];
+            alignas(32) double bL[kColumnsPerBlock];
+            alignas(32) double result[kColumnsPerBlock];
+            const int firstColumn = kFirstSearchedColumn + block * kColumnsPerBlock;
+            for (int lane = 0; lane < kColumnsPerBlock; ++lane) {
+                const int column = firstColumn + lane;
+                const double L = column < 200 ? column * 0.5 : 100.0;
+                lightness[lane] = L;
+                luminance[lane] = luvLuminance(L);
+                rL[lane] = e[0] * L;
+                gL[lane] = e[3] * L;
+                bL[lane] = e[6] * L;
+            }
+            search(kLuvStartStep, lightness, result, [&](int n, const Vec& C) {
+                const Vec u = C * cosV;
+                const Vec v = C * sinV;
+                const Vec t =
+                    load(luminance + n * Lanes) / (vScale * v + load(lightness + n * Lanes));
+                return Channels{t * (load(rL + n * Lanes) + e1 * u + e2 * v),
+                                t * (load(gL + n * Lanes) + e4 * u + e5 * v),
+                                t * (load(bL + n * Lanes) + e7 * u + e8 * v)};
+            });
+            for (int lane = 0; lane < kColumnsPerBlock && firstColumn + lane < 200; ++lane) {
+                chromas[firstColumn + lane] = result[lane];
+            }
+        }
+        chromas[0] = 0.0;
+        chromas[200] = 0.0;
+    }
 };
 
-// The bisection shared by both models; `channelsOf(n, C)` gives the linear RGB of vector n.
-template <class ChannelsOf>
-[[gnu::always_inline]] inline void searchBlock(double startStep, const double* lightness,
-                                               double* chromas, ChannelsOf channelsOf)
-{
-    const Vec zero = {0.0, 0.0, 0.0, 0.0};
-    const Vec one = {1.0, 1.0, 1.0, 1.0};
-    const Vec half = {0.5, 0.5, 0.5, 0.5};
-    const Vec smallest = {kSmallestStep, kSmallestStep, kSmallestStep, kSmallestStep};
-    const Vec start = {startStep, startStep, startStep, startStep};
-    const Vec hundred = {100.0, 100.0, 100.0, 100.0};
-
-    Vec C[kVectorsPerBlock];
-    Vec step[kVectorsPerBlock];
-    Vec factor[kVectorsPerBlock];
-    Mask searched[kVectorsPerBlock];
-    Mask active[kVectorsPerBlock];
-    Mask beyond[kVectorsPerBlock];
-    for (int n = 0; n < kVectorsPerBlock; ++n) {
-        const Vec L = loadVec(lightness + n * kLanes);
-        C[n] = start;
-        step[n] = start;
-        factor[n] = one;
-        searched[n] = (L > zero) & (L < hundred);
-        active[n] = searched[n];
-        beyond[n] = Mask{};
-    }
-
-    bool running = true;
-    while (running) {
-        Mask anyActive = Mask{};
-        for (int n = 0; n < kVectorsPerBlock; ++n) {
-            const BlockChannels rgb = channelsOf(n, C[n]);
-            const Mask inside = (rgb.r > zero) & (rgb.g > zero) & (rgb.b > zero) & (rgb.r < one) &
-                                (rgb.g < one) & (rgb.b < one);
-            const Mask outward = (rgb.r < zero) | (rgb.g < zero) | (rgb.b < zero) | (rgb.r > one) |
-                                 (rgb.g > one) | (rgb.b > one);
-            const Vec grownStep = step[n] * factor[n];
-            const Vec halvedStep = step[n] * half;
-            const Vec nextStep = inside ? grownStep : halvedStep;
-            const Vec nextC = inside ? C[n] + grownStep : C[n] - halvedStep;
-            const Vec nextFactor = inside ? factor[n] : half;
-            step[n] = active[n] ? nextStep : step[n];
-            C[n] = active[n] ? nextC : C[n];
-            factor[n] = active[n] ? nextFactor : factor[n];
-            beyond[n] = active[n] ? outward : beyond[n];
-            active[n] = active[n] & (step[n] > smallest);
-            anyActive |= active[n];
-        }
-        running = anyLane(anyActive);
-    }
-
-    for (int n = 0; n < kVectorsPerBlock; ++n) {
-        const Vec result = beyond[n] ? C[n] - step[n] : C[n];
-        storeVec(chromas + n * kLanes, searched[n] ? result : zero);
-    }
-}
-
-[[gnu::always_inline]] inline void labRowKernel(const ChromaSearchCoefficients& p, double hue,
-                                                double* chromas)
-{
-    const double cosHue = std::cos(hue);
-    const double sinHue = std::sin(hue);
-    const Vec cosV = {cosHue, cosHue, cosHue, cosHue};
-    const Vec sinV = {sinHue, sinHue, sinHue, sinHue};
-    const Vec p0 = {p[0], p[0], p[0], p[0]}, p1 = {p[1], p[1], p[1], p[1]};
-    const Vec p2 = {p[2], p[2], p[2], p[2]}, p3 = {p[3], p[3], p[3], p[3]};
-    const Vec p4 = {p[4], p[4], p[4], p[4]}, p5 = {p[5], p[5], p[5], p[5]};
-    const Vec p6 = {p[6], p[6], p[6], p[6]}, p7 = {p[7], p[7], p[7], p[7]};
-    const Vec p8 = {p[8], p[8], p[8], p[8]};
-    const Vec threshold = {0.00885645, 0.00885645, 0.00885645, 0.00885645};
-    const double xSlope = 29.0 * 8.85645e-6;
-    const double zSlope = 29.0 * 2.21411e-5;
-
-    for (int block = 0; block < kBlockCount; ++block) {
-        alignas(32) double lightness[kColumnsPerBlock];
-        alignas(32) double yr[kColumnsPerBlock];
-        alignas(32) double fy[kColumnsPerBlock];
-        alignas(32) double xLinear[kColumnsPerBlock];
-        alignas(32) double zLinear[kColumnsPerBlock];
-        alignas(32) double result[kColumnsPerBlock];
-        const int firstColumn = kFirstSearchedColumn + block * kColumnsPerBlock;
-        for (int lane = 0; lane < kColumnsPerBlock; ++lane) {
-            // Lanes past the last column get L = 100, which the search leaves at 0.
-            const int column = firstColumn + lane;
-            lightness[lane] = column < 200 ? column * 0.5 : 100.0;
-            const LabLightnessTerms terms = labLightnessTerms(lightness[lane]);
-            yr[lane] = terms.yr;
-            fy[lane] = terms.fy;
-            xLinear[lane] = terms.xLinear;
-            zLinear[lane] = terms.zLinear;
-        }
-        searchBlock(kLabStartStep, lightness, result, [&](int n, const Vec& C) {
-            const Vec fyV = loadVec(fy + n * kLanes);
-            const Vec yrV = loadVec(yr + n * kLanes);
-            const Vec fx = fyV + 0.002 * C * cosV;
-            const Vec fz = fyV - 0.005 * C * sinV;
-            const Vec fx3 = fx * fx * fx;
-            const Vec fz3 = fz * fz * fz;
-            const Vec xr =
-                fx3 > threshold ? fx3 : loadVec(xLinear + n * kLanes) + xSlope * C * cosV;
-            const Vec zr =
-                fz3 > threshold ? fz3 : loadVec(zLinear + n * kLanes) - zSlope * C * sinV;
-            return BlockChannels{p0 * xr + p1 * yrV + p2 * zr, p3 * xr + p4 * yrV + p5 * zr,
-                                 p6 * xr + p7 * yrV + p8 * zr};
-        });
-        for (int lane = 0; lane < kColumnsPerBlock && firstColumn + lane < 200; ++lane) {
-            chromas[firstColumn + lane] = result[lane];
-        }
-    }
-    chromas[0] = 0.0;
-    chromas[200] = 0.0;
-}
-
-[[gnu::always_inline]] inline void luvRowKernel(const ChromaSearchCoefficients& e, double hue,
-                                                double* chromas)
-{
-    const double cosHue = std::cos(hue);
-    const double sinHue = std::sin(hue);
-    const Vec cosV = {cosHue, cosHue, cosHue, cosHue};
-    const Vec sinV = {sinHue, sinHue, sinHue, sinHue};
-    const Vec e1 = {e[1], e[1], e[1], e[1]}, e2 = {e[2], e[2], e[2], e[2]};
-    const Vec e4 = {e[4], e[4], e[4], e[4]}, e5 = {e[5], e[5], e[5], e[5]};
-    const Vec e7 = {e[7], e[7], e[7], e[7]}, e8 = {e[8], e[8], e[8], e[8]};
-
-    for (int block = 0; block < kBlockCount; ++block) {
-        alignas(32) double lightness[kColumnsPerBlock];
-        alignas(32) double luminance[kColumnsPerBlock];
-        alignas(32) double rL[kColumnsPerBlock];
-        alignas(32) double gL[kColumnsPerBlock];
-        alignas(32) double bL[kColumnsPerBlock];
-        alignas(32) double result[kColumnsPerBlock];
-        const int firstColumn = kFirstSearchedColumn + block * kColumnsPerBlock;
-        for (int lane = 0; lane < kColumnsPerBlock; ++lane) {
-            const int column = firstColumn + lane;
-            const double L = column < 200 ? column * 0.5 : 100.0;
-            lightness[lane] = L;
-            luminance[lane] = luvLuminance(L);
-            rL[lane] = e[0] * L;
-            gL[lane] = e[3] * L;
-            bL[lane] = e[6] * L;
-        }
-        searchBlock(kLuvStartStep, lightness, result, [&](int n, const Vec& C) {
-            const Vec u = C * cosV;
-            const Vec v = C * sinV;
-            const Vec t =
-                loadVec(luminance + n * kLanes) / (0.164248 * v + loadVec(lightness + n * kLanes));
-            return BlockChannels{t * (loadVec(rL + n * kLanes) + e1 * u + e2 * v),
-                                 t * (loadVec(gL + n * kLanes) + e4 * u + e5 * v),
-                                 t * (loadVec(bL + n * kLanes) + e7 * u + e8 * v)};
-        });
-        for (int lane = 0; lane < kColumnsPerBlock && firstColumn + lane < 200; ++lane) {
-            chromas[firstColumn + lane] = result[lane];
-        }
-    }
-    chromas[0] = 0.0;
-    chromas[200] = 0.0;
-}
-
-// Wider registers where the processor has them; the arithmetic is the same IEEE operations
-// either way (no fused multiply-add is enabled), so the choice cannot change a result.
+// Four-wide registers where the processor has them, two-wide (which every x86-64 processor has)
+// otherwise. The arithmetic is the same IEEE operations either way (no fused multiply-add is
+// enabled), so the choice cannot change a result.
 [[gnu::target("avx2")]] void labRowAvx2(const ChromaSearchCoefficients& p, double hue,
                                         double* chromas)
 {
-    labRowKernel(p, hue, chromas);
-}
-
-void labRowBaseline(const ChromaSearchCoefficients& p, double hue, double* chromas)
-{
-    labRowKernel(p, hue, chromas);
+    Block<4>::labRow(p, hue, chromas);
 }
 
 [[gnu::target("avx2")]] void luvRowAvx2(const ChromaSearchCoefficients& e, double hue,
                                         double* chromas)
 {
-    luvRowKernel(e, hue, chromas);
-}
-
-void luvRowBaseline(const ChromaSearchCoefficients& e, double hue, double* chromas)
-{
-    luvRowKernel(e, hue, chromas);
+    Block<4>::luvRow(e, hue, chromas);
 }
 
 bool hasAvx2()
@@ -380,7 +399,7 @@ void labChromaSearchRow(const ChromaSearchCoefficients& coefficients, double hue
     if (kernel == ChromaRowKernel::best && hasAvx2()) {
         labRowAvx2(coefficients, hue, chromas);
     } else {
-        labRowBaseline(coefficients, hue, chromas);
+        Block<2>::labRow(coefficients, hue, chromas);
     }
 }
 
@@ -390,7 +409,7 @@ void luvChromaSearchRow(const ChromaSearchCoefficients& coefficients, double hue
     if (kernel == ChromaRowKernel::best && hasAvx2()) {
         luvRowAvx2(coefficients, hue, chromas);
     } else {
-        luvRowBaseline(coefficients, hue, chromas);
+        Block<2>::luvRow(coefficients, hue, chromas);
     }
 }
 
