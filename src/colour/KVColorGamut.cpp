@@ -48,8 +48,11 @@ void forEachRowInParallel(std::size_t rowCount, RowJob job)
         }
     };
 
-    const unsigned cores = std::max(1u, std::thread::hardware_concurrency());
-    const std::size_t helperCount = std::min<std::size_t>(cores, rowCount / kRowsPerChunk + 1) - 1;
+    // Beyond a handful of threads, starting them costs more than the rows they would take.
+    constexpr std::size_t kMostThreads = 8;
+    const std::size_t cores = std::max(1u, std::thread::hardware_concurrency());
+    const std::size_t helperCount =
+        std::min({cores, kMostThreads, rowCount / kRowsPerChunk + 1}) - 1;
     std::vector<std::thread> helpers;
     helpers.reserve(helperCount);
     for (std::size_t i = 0; i < helperCount; ++i) {

@@ -159,6 +159,35 @@ TEST(KVColorGamut, NonRgbSpaceHoldsTheSmallestStepEverywhereButBlackAndWhite)
     }
 }
 
+TEST(KVColorGamut, BuildingStepsByName)
+{
+    ::testing::internal::CaptureStderr();
+    KVColorGamut gamut(sRGBChromaticities(), 1);
+    ::testing::internal::GetCapturedStderr();
+    // The single searches reproduce the table of the model whose coefficients are loaded.
+    for (const std::size_t i : {0u, 111u, 500u}) {
+        for (const std::size_t j : {1u, 64u, 150u}) {
+            EXPECT_EQ(gamut.LabChromaIterationForHue(radians(i * 0.5), j * 0.5),
+                      gamut.tableChroma(i, j));
+        }
+    }
+    const KVColorGamut& luv = *sharedGamut("sRGB", 0);
+    gamut.LuvMatrixPrecalc();
+    EXPECT_EQ(gamut.LuvChromaIterationForHue(radians(60.0), 40.0), luv.tableChroma(120, 80));
+    gamut.LabMatrixPrecalc();
+    EXPECT_EQ(gamut.LabChromaIterationForHue(radians(60.0), 40.0), gamut.tableChroma(120, 80));
+
+    // initVars starts the matrices and the grid over; the tables stay.
+    gamut.buildRGBColors();
+    ASSERT_EQ(gamut.actualNumberOfPoints(), 9261u);
+    gamut.initVars();
+    EXPECT_EQ(gamut.actualNumberOfPoints(), 0u);
+    EXPECT_TRUE(gamut.rgbColors().empty());
+    EXPECT_EQ(matrixOf(gamut), Matrix3{});
+    EXPECT_EQ(inverseOf(gamut), Matrix3{});
+    EXPECT_TRUE(gamut.hasTables());
+}
+
 TEST(KVColorGamut, DescriptionNamesClassAddressAndModel)
 {
     const KVColorGamut& gamut = *sharedGamut("sRGB", 1);
