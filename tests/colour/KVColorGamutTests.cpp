@@ -142,7 +142,8 @@ TEST(KVColorGamut, ColorSpaceInitialisers)
 TEST(KVColorGamut, NonRgbSpaceHoldsTheSmallestStepEverywhereButBlackAndWhite)
 {
     // The tables of black and white stay 0; everything between ends at the last step of a search
-    // that never finds an inside colour.
+    // that never finds an inside colour: from 64 the step halves 16 times (64/65536 is the first
+    // step not above 0.001), from 75 it takes 17 halvings, since 75/65536 is still above 0.001.
     struct Case {
         long model;
         double step;
