@@ -69,7 +69,10 @@ inline double wrapHueFraction(double h)
 inline ColorComponents hueChromaToRgb(double h, double c, double alpha)
 {
     const double x6 = 6.0 * h;
-    const double x = c * (1.0 - std::fabs(std::fmod(x6, 2.0) - 1.0));
+    // fmod(x6, 2) for x6 in [0, 6), computed exactly without the cost of fmod (the halving,
+    // floor and subtraction are all exact there; NaN stays NaN).
+    const double x6Mod2 = x6 - 2.0 * std::floor(0.5 * x6);
+    const double x = c * (1.0 - std::fabs(x6Mod2 - 1.0));
     if (x6 >= 0.0 && x6 < 1.0) {
         return {c, x, 0.0, alpha};
     }

@@ -47,15 +47,12 @@ public:
     // The four constructors of common layouts (device grey or device RGB, row bytes computed).
     static std::shared_ptr<KVBitmap> deviceWhite8Rep(std::int64_t pixelsWide,
                                                      std::int64_t pixelsHigh);
-    static std::shared_ptr<KVBitmap> deviceWhiteAlpha88Rep(std::int64_t pixelsWide,
-                                                           std::int64_t pixelsHigh,
-                                                           bool premultiplyAlpha);
-    static std::shared_ptr<KVBitmap> deviceRGBA8888Rep(std::int64_t pixelsWide,
-                                                       std::int64_t pixelsHigh,
-                                                       bool premultiplyAlpha);
-    static std::shared_ptr<KVBitmap> deviceARGB8888Rep(std::int64_t pixelsWide,
-                                                       std::int64_t pixelsHigh,
-                                                       bool premultiplyAlpha);
+    static std::shared_ptr<KVBitmap>
+    deviceWhiteAlpha88Rep(std::int64_t pixelsWide, std::int64_t pixelsHigh, bool premultiplyAlpha);
+    static std::shared_ptr<KVBitmap>
+    deviceRGBA8888Rep(std::int64_t pixelsWide, std::int64_t pixelsHigh, bool premultiplyAlpha);
+    static std::shared_ptr<KVBitmap>
+    deviceARGB8888Rep(std::int64_t pixelsWide, std::int64_t pixelsHigh, bool premultiplyAlpha);
 
     // A deep copy with the same layout, colour space, size and samples.
     std::shared_ptr<KVBitmap> copy() const;

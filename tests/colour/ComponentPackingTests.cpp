@@ -94,16 +94,6 @@ TEST(ComponentPacking, EqualShareQuantisationGivesEveryIntegerTheSameWidth)
     EXPECT_EQ(wordFromComponent(0.5 + 1.0 / 65536.0), 32768);
 }
 
-TEST(ComponentPacking, Clamping)
-{
-    EXPECT_EQ(clampComponents({-0.1, 0.5, 1.2, 7.0}), (ColorComponents{0.0, 0.5, 1.0, 1.0}));
-    double a = -3.0, b = 0.25, c = 2.0;
-    clampTriple(a, b, c);
-    EXPECT_EQ(a, 0.0);
-    EXPECT_EQ(b, 0.25);
-    EXPECT_EQ(c, 1.0);
-}
-
 TEST(ComponentPacking, RequantiseRepairsOnlyRoundingNoise)
 {
     struct Case {
@@ -147,17 +137,6 @@ TEST(ComponentPacking, Unpremultiply)
 {
     EXPECT_EQ(unpremultiply({0.25, 0.5, 0.1, 0.5}), (ColorComponents{0.5, 1.0, 0.2, 0.5}));
     EXPECT_EQ(unpremultiply({0.25, 0.5, 0.1, 0.0}), (ColorComponents{0.25, 0.5, 0.1, 0.0}));
-}
-
-TEST(ColorMath, ScalarHelpers)
-{
-    EXPECT_EQ(lerp(2.0, 6.0, 0.25), 3.0);
-    EXPECT_EQ(lerp(2.0f, 6.0f, 0.75f), 5.0f);
-    EXPECT_EQ(min3(3.0, -1.0, 2.0), -1.0);
-    EXPECT_EQ(max3(3.0, -1.0, 7.0), 7.0);
-    EXPECT_EQ(clamp(5.0, 0.0, 1.0), 1.0);
-    EXPECT_EQ(clamp(-5.0, 0.0, 1.0), 0.0);
-    EXPECT_EQ(clamp(0.5, 0.0, 1.0), 0.5);
 }
 
 TEST(ColorMath, Remap)

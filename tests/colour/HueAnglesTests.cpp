@@ -8,13 +8,6 @@
 namespace tintorra {
 namespace {
 
-TEST(HueAngles, DegreesAndRadians)
-{
-    EXPECT_DOUBLE_EQ(degreesFromRadians(kPi), 180.0);
-    EXPECT_DOUBLE_EQ(radiansFromDegrees(90.0), 0.5 * kPi);
-    EXPECT_DOUBLE_EQ(degreesFromRadians(radiansFromDegrees(123.456)), 123.456);
-}
-
 struct WrapCase {
     double (*wrap)(double);
     double input;

@@ -52,16 +52,6 @@ TEST(TransferFunctions, CurvesInvertOverTheUnitRange)
     }
 }
 
-TEST(TransferFunctions, ThreeChannelFormsMatchTheSingleChannelOnes)
-{
-    const ColorComponents rgb{0.02, 0.5, 0.9, 0.3};
-    const ColorComponents srgb = srgbDecode(rgb);
-    EXPECT_EQ(srgb, (ColorComponents{srgbDecode(0.02), srgbDecode(0.5), srgbDecode(0.9), 0.3}));
-    const ColorComponents rec = rec709Encode(rgb);
-    EXPECT_EQ(rec,
-              (ColorComponents{rec709Encode(0.02), rec709Encode(0.5), rec709Encode(0.9), 0.3}));
-}
-
 TEST(TransferFunctions, PowerLawGamma)
 {
     const ColorComponents rgb{0.25, 0.5, 1.0, 0.7};
