@@ -1,10 +1,3 @@
-// The search is the inner loop of every gamut build. Left unoptimised, its vector code runs a
-// hundred times slower than optimised, which would make a debug build stall whenever an image
-// opens; so this file is optimised in every build.
-#if !defined(__OPTIMIZE__)
-#pragma GCC optimize("O2")
-#endif
-
 #include "colour/GamutChromaSearch.h"
 
 #include <cmath>

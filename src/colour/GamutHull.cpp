@@ -1,9 +1,3 @@
-// Filling a table from the hull casts 145 000 rays; like the search, this file is optimised even
-// in debug builds so that building a hull gamut there does not take seconds.
-#if !defined(__OPTIMIZE__)
-#pragma GCC optimize("O2")
-#endif
-
 #include "colour/GamutHull.h"
 
 // The library entry that takes a switch string is only declared for library builds.
