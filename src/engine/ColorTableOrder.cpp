@@ -12,9 +12,9 @@ namespace tintorra {
 
 namespace {
 
-// Average entries per bucket: small enough for insertion sorting, large enough that the
-// bucket counts stay in cache.
-constexpr std::size_t kEntriesPerBucket = 8;
+// Average entries per bucket. Hues cluster (a sunset is mostly orange), so buckets as fine as the
+// entries keep even the crowded hue ranges to a handful per bucket.
+constexpr std::size_t kEntriesPerBucket = 1;
 
 // A bucket index that never decreases with the hue, in the order of orderedFloatBits: finite
 // hues spread linearly over [lowest, highest], infinities and NaNs at the ends by their sign.
@@ -95,9 +95,21 @@ bool sortColorTableEntries(color_table_lch_entry_info* source, color_table_lch_e
         }
         firstBucket[thread] = bucket;
     }
+    const auto less = [](const color_table_lch_entry_info& a, const color_table_lch_entry_info& b) {
+        return colorTableEntryLess(a, b);
+    };
     runOnThreads(threads, [&](unsigned thread) {
         for (std::size_t bucket = firstBucket[thread]; bucket < firstBucket[thread + 1]; ++bucket) {
-            std::sort(entries + starts[bucket], entries + starts[bucket + 1], colorTableEntryLess);
+            color_table_lch_entry_info* first = entries + starts[bucket];
+            color_table_lch_entry_info* last = entries + starts[bucket + 1];
+            // Most buckets hold one entry or none.
+            if (last - first == 2) {
+                if (less(first[1], first[0])) {
+                    std::swap(first[0], first[1]);
+                }
+            } else if (last - first > 2) {
+                std::sort(first, last, less);
+            }
         }
     });
     return true;

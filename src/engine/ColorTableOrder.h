@@ -5,7 +5,6 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <tuple>
 
 namespace tintorra {
 
@@ -23,10 +22,16 @@ inline std::uint32_t orderedFloatBits(float value)
 inline bool colorTableEntryLess(const color_table_lch_entry_info& a,
                                 const color_table_lch_entry_info& b)
 {
-    return std::make_tuple(orderedFloatBits(a.hue), orderedFloatBits(a.lightness),
-                           orderedFloatBits(a.chroma), a.firstLocation) <
-           std::make_tuple(orderedFloatBits(b.hue), orderedFloatBits(b.lightness),
-                           orderedFloatBits(b.chroma), b.firstLocation);
+    const std::uint64_t aHigh =
+        std::uint64_t{orderedFloatBits(a.hue)} << 32 | orderedFloatBits(a.lightness);
+    const std::uint64_t bHigh =
+        std::uint64_t{orderedFloatBits(b.hue)} << 32 | orderedFloatBits(b.lightness);
+    if (aHigh != bHigh) {
+        return aHigh < bHigh;
+    }
+    const std::uint64_t aLow = std::uint64_t{orderedFloatBits(a.chroma)} << 32 | a.firstLocation;
+    const std::uint64_t bLow = std::uint64_t{orderedFloatBits(b.chroma)} << 32 | b.firstLocation;
+    return aLow < bLow;
 }
 
 // Sorts `entries` into the table order, from `source` (left unspecified afterwards). Distributes

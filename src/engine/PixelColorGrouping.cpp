@@ -13,12 +13,31 @@ namespace tintorra {
 
 namespace {
 
-constexpr unsigned kBucketBits = 16;
-constexpr std::size_t kBucketCount = std::size_t{1} << kBucketBits;
-constexpr std::uint32_t kBucketMask = kBucketCount - 1;
+// Histogram slots: enough for 16 bucket bits (images whose alpha varies); images of constant
+// alpha use the first 4096.
+constexpr std::size_t kHistogramSize = std::size_t{1} << 16;
+
+// How the packed colour splits into a bucket (its high bits) and the low bits sorted within the
+// bucket. Constant alpha leaves 24 varying bits: 4096 buckets of 12 low bits, so that the scatter
+// writes to few enough places to stay in cache and each bucket sorts with 4096 counters in L1.
+// Varying alpha: 65536 buckets of 16 low bits, sorted by comparison.
+template <unsigned kShiftBits>
+struct KeySplit {
+    static constexpr unsigned kShift = kShiftBits;
+    static constexpr std::uint32_t kBucketMask = kShiftBits == 12 ? 0xFFF : 0xFFFF;
+    static constexpr std::size_t kBucketCount = std::size_t{kBucketMask} + 1;
+
+    static std::uint32_t bucket(std::uint32_t color) { return (color >> kShift) & kBucketMask; }
+    static std::uint32_t low(std::uint32_t color) { return color & ((1u << kShift) - 1); }
+};
+
+using ConstantAlphaSplit = KeySplit<12>;
+using VaryingAlphaSplit = KeySplit<16>;
 
 // Pixel readers. The common chunky layouts load the pixel as one word; the generic reader picks
 // the four bytes at the layout's offsets (planar data, alpha first, grey, 16-bit high bytes).
+// `interior` reads a pixel that is not the last of its row, which lets packed RGB load a word
+// that reaches into the next pixel.
 std::uint32_t loadWord(const std::uint8_t* p)
 {
     std::uint32_t word;
@@ -29,6 +48,7 @@ std::uint32_t loadWord(const std::uint8_t* p)
 constexpr bool kLittleEndian = std::endian::native == std::endian::little;
 
 struct GenericReader {
+    static constexpr bool kOpaque = false;
     std::int64_t bytesPerPixel;
     std::uint64_t red, green, blue, alpha;
     bool hasAlpha;
@@ -38,33 +58,42 @@ struct GenericReader {
     {
         return packColor(p[red], p[green], p[blue], hasAlpha ? p[alpha] : 0xFF);
     }
+    std::uint32_t interior(const std::uint8_t* p) const { return (*this)(p); }
 };
 
 struct RgbaReader {
+    static constexpr bool kOpaque = false;
     static constexpr std::int64_t step() { return 4; }
     std::uint32_t operator()(const std::uint8_t* p) const { return loadWord(p); }
+    std::uint32_t interior(const std::uint8_t* p) const { return loadWord(p); }
 };
 
 struct RgbxReader {
+    static constexpr bool kOpaque = true;
     static constexpr std::int64_t step() { return 4; }
     std::uint32_t operator()(const std::uint8_t* p) const { return loadWord(p) | 0xFF000000u; }
+    std::uint32_t interior(const std::uint8_t* p) const { return (*this)(p); }
 };
 
 struct RgbReader {
+    static constexpr bool kOpaque = true;
     static constexpr std::int64_t step() { return 3; }
     std::uint32_t operator()(const std::uint8_t* p) const
     {
         return packColor(p[0], p[1], p[2], 0xFF);
     }
+    std::uint32_t interior(const std::uint8_t* p) const { return loadWord(p) | 0xFF000000u; }
 };
 
 struct ArgbReader {
+    static constexpr bool kOpaque = false;
     static constexpr std::int64_t step() { return 4; }
     std::uint32_t operator()(const std::uint8_t* p) const
     {
         const std::uint32_t word = loadWord(p);
         return word >> 8 | word << 24;
     }
+    std::uint32_t interior(const std::uint8_t* p) const { return (*this)(p); }
 };
 
 struct RowRange {
@@ -78,84 +107,136 @@ RowRange rowsOfThread(std::int64_t rows, unsigned thread, unsigned threads)
 }
 
 // Pass 1: histogram of the bucket bits of every pixel, and which bits differ from the first
-// pixel's colour (to learn whether alpha is constant).
-template <typename Reader>
+// pixel's colour (to learn whether alpha is constant). Neighbouring pixels often share a bucket;
+// counting even and odd pixels apart halves the chains of increments of one counter.
+template <typename Split, typename Reader>
 std::uint32_t histogramRows(const PackedSampleSource& source, const Reader& read, RowRange rows,
-                            unsigned shift, std::uint32_t firstColor, std::uint32_t* histogram)
+                            std::uint32_t firstColor, std::uint32_t* histogram)
 {
-    std::fill(histogram, histogram + kBucketCount, 0u);
+    std::uint32_t* even = histogram;
+    std::uint32_t* odd = histogram + kHistogramSize;
+    std::fill(even, even + Split::kBucketCount, 0u);
+    std::fill(odd, odd + Split::kBucketCount, 0u);
     std::uint32_t differingBits = 0;
+    const std::int64_t step = read.step();
     for (std::int64_t y = rows.first; y < rows.end; ++y) {
         const std::uint8_t* pixel = source.data + y * source.bytesPerRow;
-        for (std::int64_t x = 0; x < source.pixelsWide; ++x, pixel += read.step()) {
-            const std::uint32_t color = read(pixel);
-            differingBits |= color ^ firstColor;
-            ++histogram[(color >> shift) & kBucketMask];
+        std::int64_t x = 0;
+        for (; x + 2 < source.pixelsWide; x += 2, pixel += 2 * step) {
+            const std::uint32_t first = read.interior(pixel);
+            const std::uint32_t second = read.interior(pixel + step);
+            if constexpr (!Reader::kOpaque) {
+                differingBits |= (first ^ firstColor) | (second ^ firstColor);
+            }
+            ++even[Split::bucket(first)];
+            ++odd[Split::bucket(second)];
         }
+        for (; x < source.pixelsWide; ++x, pixel += step) {
+            const std::uint32_t color = read(pixel);
+            if constexpr (!Reader::kOpaque) {
+                differingBits |= color ^ firstColor;
+            }
+            ++even[Split::bucket(color)];
+        }
+    }
+    for (std::size_t bucket = 0; bucket < Split::kBucketCount; ++bucket) {
+        even[bucket] += odd[bucket];
     }
     return differingBits;
 }
 
-// Pass 2: scatter each pixel's offset and low colour bits to its bucket, in scan order.
-template <typename Low, typename Reader>
+// Pass 2: scatter each pixel's offset to its bucket of the locations, in scan order, and the
+// colour's low bits to the same place of `lows`. (One stream of 8-byte records would miss the
+// cache a little less, but it doubles the fresh memory the kernel has to clear.)
+template <typename Split, typename Reader>
 void scatterRows(const PackedSampleSource& source, const Reader& read, RowRange rows,
-                 unsigned shift, std::uint32_t* cursors, std::uint32_t* locations, Low* lows)
+                 std::uint32_t* cursors, std::uint32_t* locations, std::uint16_t* lows)
 {
+    const std::int64_t step = read.step();
+    const auto place = [&](std::uint32_t color, std::uint32_t offset) {
+        const std::uint32_t position = cursors[Split::bucket(color)]++;
+        locations[position] = offset;
+        lows[position] = static_cast<std::uint16_t>(Split::low(color));
+    };
     for (std::int64_t y = rows.first; y < rows.end; ++y) {
         const std::uint8_t* pixel = source.data + y * source.bytesPerRow;
-        std::uint32_t offset = static_cast<std::uint32_t>(y * source.bytesPerRow);
-        const std::uint32_t step = static_cast<std::uint32_t>(read.step());
-        for (std::int64_t x = 0; x < source.pixelsWide; ++x, pixel += read.step(), offset += step) {
-            const std::uint32_t color = read(pixel);
-            const std::uint32_t position = cursors[(color >> shift) & kBucketMask]++;
-            locations[position] = offset;
-            lows[position] = static_cast<Low>(color);
+        auto offset = static_cast<std::uint32_t>(y * source.bytesPerRow);
+        std::int64_t x = 0;
+        for (; x + 1 < source.pixelsWide; ++x, pixel += step) {
+            place(read.interior(pixel), offset);
+            offset += static_cast<std::uint32_t>(step);
         }
+        place(read(pixel), offset);
     }
 }
 
-// Pass 3 for 8 low bits: a stable counting sort of one bucket through `scratch`. Writes the
-// bucket's distinct colours to `out` and returns how many there were.
-std::size_t sortBucket(const std::uint8_t* lows, std::uint32_t* locations, std::uint32_t count,
-                       std::uint32_t firstIndex, std::uint32_t colorBase, std::uint32_t* counts,
-                       std::uint32_t* scratch, DistinctColor* out)
+// Pass 3 for 12 low bits: a stable counting sort of one bucket through `scratch`, which holds the
+// bucket while it is in cache. Writes the bucket's distinct colours to `out` and returns how many
+// there were. `counts` (4096 zeroes) is left zeroed.
+std::size_t sortSmallKeyBucket(const std::uint16_t* lows, std::uint32_t* locations,
+                               std::uint32_t count, std::uint32_t firstIndex,
+                               std::uint32_t colorBase, std::uint32_t* counts,
+                               std::uint32_t* scratch, DistinctColor* out)
 {
-    std::uint64_t present[4] = {0, 0, 0, 0};
-    for (std::uint32_t i = 0; i < count; ++i) {
-        const std::uint8_t low = lows[i];
-        ++counts[low];
-        present[low >> 6] |= std::uint64_t{1} << (low & 63);
-    }
+    constexpr unsigned kLowValues = 4096;
+    constexpr unsigned kWords = kLowValues / 64;
     std::size_t distinct = 0;
     std::uint32_t run = 0;
-    for (unsigned word = 0; word < 4; ++word) {
-        for (std::uint64_t bits = present[word]; bits != 0; bits &= bits - 1) {
-            const unsigned low = word * 64 + static_cast<unsigned>(std::countr_zero(bits));
-            const std::uint32_t members = counts[low];
-            out[distinct++] = {colorBase | low, firstIndex + run, members};
-            counts[low] = run;
-            run += members;
+    const auto emit = [&](unsigned low) {
+        const std::uint32_t members = counts[low];
+        out[distinct++] = {colorBase | low, firstIndex + run, members};
+        counts[low] = run;
+        run += members;
+    };
+    // Large buckets find their colours by scanning the counters; small ones remember which
+    // counters they touched, so that they need not visit all 4096.
+    const bool scan = count >= kLowValues / 4;
+    std::uint64_t present[kWords];
+    if (scan) {
+        for (std::uint32_t i = 0; i < count; ++i) {
+            ++counts[lows[i]];
+        }
+        for (unsigned low = 0; low < kLowValues; ++low) {
+            if (counts[low] != 0) {
+                emit(low);
+            }
+        }
+    } else {
+        std::fill(present, present + kWords, std::uint64_t{0});
+        for (std::uint32_t i = 0; i < count; ++i) {
+            const unsigned low = lows[i];
+            ++counts[low];
+            present[low >> 6] |= std::uint64_t{1} << (low & 63);
+        }
+        for (unsigned word = 0; word < kWords; ++word) {
+            for (std::uint64_t bits = present[word]; bits != 0; bits &= bits - 1) {
+                emit(word * 64 + static_cast<unsigned>(std::countr_zero(bits)));
+            }
         }
     }
     if (distinct > 1) {
+        std::memcpy(scratch, locations, count * sizeof(std::uint32_t));
         for (std::uint32_t i = 0; i < count; ++i) {
-            scratch[counts[lows[i]]++] = locations[i];
+            locations[counts[lows[i]]++] = scratch[i];
         }
-        std::memcpy(locations, scratch, count * sizeof(std::uint32_t));
     }
-    for (unsigned word = 0; word < 4; ++word) {
-        for (std::uint64_t bits = present[word]; bits != 0; bits &= bits - 1) {
-            counts[word * 64 + static_cast<unsigned>(std::countr_zero(bits))] = 0;
+    if (scan) {
+        std::fill(counts, counts + kLowValues, 0u);
+    } else {
+        for (unsigned word = 0; word < kWords; ++word) {
+            for (std::uint64_t bits = present[word]; bits != 0; bits &= bits - 1) {
+                counts[word * 64 + static_cast<unsigned>(std::countr_zero(bits))] = 0;
+            }
         }
     }
     return distinct;
 }
 
-// Pass 3 for 16 low bits (images whose alpha varies): sort (low, offset) pairs; offsets are
+// Pass 3 for 16 low bits (images whose alpha varies): sort (low bits, offset) pairs; offsets are
 // unique, so this is the stable order.
-std::size_t sortBucket(const std::uint16_t* lows, std::uint32_t* locations, std::uint32_t count,
-                       std::uint32_t firstIndex, std::uint32_t colorBase, std::uint32_t*,
-                       std::uint64_t* scratch, DistinctColor* out)
+std::size_t sortWideKeyBucket(const std::uint16_t* lows, std::uint32_t* locations,
+                              std::uint32_t count, std::uint32_t firstIndex,
+                              std::uint32_t colorBase, std::uint64_t* scratch, DistinctColor* out)
 {
     for (std::uint32_t i = 0; i < count; ++i) {
         scratch[i] = std::uint64_t{lows[i]} << 32 | locations[i];
@@ -166,7 +247,7 @@ std::size_t sortBucket(const std::uint16_t* lows, std::uint32_t* locations, std:
     std::size_t distinct = 0;
     for (std::uint32_t i = 0; i < count; ++i) {
         locations[i] = static_cast<std::uint32_t>(scratch[i]);
-        const std::uint32_t low = static_cast<std::uint32_t>(scratch[i] >> 32);
+        const auto low = static_cast<std::uint32_t>(scratch[i] >> 32);
         if (i == 0 || low != static_cast<std::uint32_t>(scratch[i - 1] >> 32)) {
             out[distinct++] = {colorBase | low, firstIndex + i, 0};
         }
@@ -175,19 +256,17 @@ std::size_t sortBucket(const std::uint16_t* lows, std::uint32_t* locations, std:
     return distinct;
 }
 
-template <typename Low>
-using ScratchFor = std::conditional_t<sizeof(Low) == 1, std::uint32_t, std::uint64_t>;
-
-template <typename Low, typename Reader>
+template <typename Split, typename Reader>
 PixelColorGroups groupWithReader(const PackedSampleSource& source, const Reader& read,
-                                 unsigned threads, std::uint32_t* histograms, unsigned shift,
+                                 unsigned threads, std::uint32_t* histograms,
                                  std::uint32_t firstColor)
 {
     PixelColorGroups groups;
     const std::uint64_t pixelCount = static_cast<std::uint64_t>(source.pixelsWide) *
                                      static_cast<std::uint64_t>(source.pixelsHigh);
+    constexpr std::size_t bucketCount = Split::kBucketCount;
 
-    TableArray<Low> lows = allocateTable<Low>(pixelCount);
+    TableArray<std::uint16_t> lows = allocateTable<std::uint16_t>(pixelCount);
     if (!lows) {
         groups.failure = GroupingFailure::pixelTable;
         return groups;
@@ -201,13 +280,13 @@ PixelColorGroups groupWithReader(const PackedSampleSource& source, const Reader&
 
     // Bucket starts, and each thread's cursors behind the pixels of the threads before it, so
     // that the scatter keeps scan order.
-    std::vector<std::uint32_t> counts(kBucketCount), starts(kBucketCount);
+    std::vector<std::uint32_t> counts(bucketCount), starts(bucketCount);
     std::uint32_t total = 0;
-    for (std::size_t bucket = 0; bucket < kBucketCount; ++bucket) {
+    for (std::size_t bucket = 0; bucket < bucketCount; ++bucket) {
         starts[bucket] = total;
         std::uint32_t running = total;
         for (unsigned thread = 0; thread < threads; ++thread) {
-            std::uint32_t& histogram = histograms[thread * kBucketCount + bucket];
+            std::uint32_t& histogram = histograms[thread * 2 * kHistogramSize + bucket];
             const std::uint32_t members = histogram;
             histogram = running;
             running += members;
@@ -217,17 +296,18 @@ PixelColorGroups groupWithReader(const PackedSampleSource& source, const Reader&
     }
 
     runOnThreads(threads, [&](unsigned thread) {
-        scatterRows(source, read, rowsOfThread(source.pixelsHigh, thread, threads), shift,
-                    histograms + thread * kBucketCount, groups.locations.get(), lows.get());
+        scatterRows<Split>(source, read, rowsOfThread(source.pixelsHigh, thread, threads),
+                           histograms + thread * 2 * kHistogramSize, groups.locations.get(),
+                           lows.get());
     });
 
     // Split the buckets so that each thread sorts about the same number of pixels, and give each
     // thread room for as many distinct colours as its buckets can hold.
-    std::vector<std::size_t> firstBucket(threads + 1, kBucketCount);
+    std::vector<std::size_t> firstBucket(threads + 1, bucketCount);
     firstBucket[0] = 0;
     for (unsigned thread = 1; thread < threads; ++thread) {
         std::size_t bucket = firstBucket[thread - 1];
-        while (bucket < kBucketCount &&
+        while (bucket < bucketCount &&
                std::uint64_t{starts[bucket]} * threads < pixelCount * thread) {
             ++bucket;
         }
@@ -240,32 +320,34 @@ PixelColorGroups groupWithReader(const PackedSampleSource& source, const Reader&
         for (std::size_t bucket = firstBucket[thread]; bucket < firstBucket[thread + 1]; ++bucket) {
             pixelsInRange += counts[bucket];
             nonEmptyInRange += counts[bucket] != 0;
-            if (counts[bucket] > 1) {
-                largestBucket[thread] = std::max(largestBucket[thread], counts[bucket]);
-            }
+            largestBucket[thread] = std::max(largestBucket[thread], counts[bucket]);
         }
         colorBase[thread + 1] =
-            colorBase[thread] + std::min(pixelsInRange, nonEmptyInRange << shift);
+            colorBase[thread] + std::min(pixelsInRange, nonEmptyInRange << Split::kShift);
     }
 
     // Untouched pages of this upper bound are never committed.
     groups.colors = allocateTable<DistinctColor>(colorBase[threads]);
     if (!groups.colors) {
+        groups = {};
         groups.failure = GroupingFailure::colorList;
         return groups;
     }
 
-    const std::uint32_t constantHighBits = shift == 8 ? (firstColor & 0xFF000000u) : 0u;
+    constexpr bool kSmallKeys = Split::kShift == 12;
+    const std::uint32_t constantHighBits = kSmallKeys ? (firstColor & 0xFF000000u) : 0u;
     std::vector<std::size_t> distinctOfThread(threads, 0);
     std::atomic<bool> scratchFailed{false};
     runOnThreads(threads, [&](unsigned thread) {
-        TableArray<ScratchFor<Low>> scratch = allocateTable<ScratchFor<Low>>(largestBucket[thread]);
-        TableArray<std::uint32_t> lowCounts = allocateTable<std::uint32_t>(256);
+        // Room for the largest bucket: its offsets while they are sorted, or its (low, offset)
+        // pairs when alpha varies.
+        TableArray<std::uint64_t> scratch = allocateTable<std::uint64_t>(largestBucket[thread]);
+        TableArray<std::uint32_t> lowCounts = allocateTable<std::uint32_t>(4096);
         if (!scratch || !lowCounts) {
             scratchFailed = true;
             return;
         }
-        std::fill(lowCounts.get(), lowCounts.get() + 256, 0u);
+        std::fill(lowCounts.get(), lowCounts.get() + 4096, 0u);
         DistinctColor* out = groups.colors.get() + colorBase[thread];
         std::size_t distinct = 0;
         for (std::size_t bucket = firstBucket[thread]; bucket < firstBucket[thread + 1]; ++bucket) {
@@ -274,10 +356,18 @@ PixelColorGroups groupWithReader(const PackedSampleSource& source, const Reader&
                 continue;
             }
             const std::uint32_t first = starts[bucket];
-            distinct +=
-                sortBucket(lows.get() + first, groups.locations.get() + first, members, first,
-                           constantHighBits | static_cast<std::uint32_t>(bucket) << shift,
-                           lowCounts.get(), scratch.get(), out + distinct);
+            const std::uint32_t colorOfBucket =
+                constantHighBits | static_cast<std::uint32_t>(bucket) << Split::kShift;
+            if constexpr (kSmallKeys) {
+                distinct += sortSmallKeyBucket(lows.get() + first, groups.locations.get() + first,
+                                               members, first, colorOfBucket, lowCounts.get(),
+                                               reinterpret_cast<std::uint32_t*>(scratch.get()),
+                                               out + distinct);
+            } else {
+                distinct +=
+                    sortWideKeyBucket(lows.get() + first, groups.locations.get() + first, members,
+                                      first, colorOfBucket, scratch.get(), out + distinct);
+            }
         }
         distinctOfThread[thread] = distinct;
     });
@@ -300,7 +390,9 @@ PixelColorGroups groupWithReader(const PackedSampleSource& source, const Reader&
 template <typename Reader>
 PixelColorGroups groupWith(const PackedSampleSource& source, const Reader& read, unsigned threads)
 {
-    TableArray<std::uint32_t> histograms = allocateTable<std::uint32_t>(threads * kBucketCount);
+    // Two histograms per thread (even and odd pixels); the first ends up holding the sum.
+    TableArray<std::uint32_t> histograms =
+        allocateTable<std::uint32_t>(threads * 2 * kHistogramSize);
     if (!histograms) {
         PixelColorGroups groups;
         groups.failure = GroupingFailure::pixelTable;
@@ -308,26 +400,26 @@ PixelColorGroups groupWith(const PackedSampleSource& source, const Reader& read,
     }
     const std::uint32_t firstColor = read(source.data);
 
-    // Bucket on blue and green below a constant alpha; on alpha and blue when alpha varies.
     std::vector<std::uint32_t> differingBits(threads, 0);
-    const auto histogramPass = [&](unsigned shift) {
-        runOnThreads(threads, [&](unsigned thread) {
-            differingBits[thread] =
-                histogramRows(source, read, rowsOfThread(source.pixelsHigh, thread, threads), shift,
-                              firstColor, histograms.get() + thread * kBucketCount);
-        });
-    };
-    histogramPass(8);
+    runOnThreads(threads, [&](unsigned thread) {
+        differingBits[thread] = histogramRows<ConstantAlphaSplit>(
+            source, read, rowsOfThread(source.pixelsHigh, thread, threads), firstColor,
+            histograms.get() + thread * 2 * kHistogramSize);
+    });
     std::uint32_t differing = 0;
     for (const std::uint32_t bits : differingBits) {
         differing |= bits;
     }
     if ((differing >> 24) == 0) {
-        return groupWithReader<std::uint8_t>(source, read, threads, histograms.get(), 8,
-                                             firstColor);
+        return groupWithReader<ConstantAlphaSplit>(source, read, threads, histograms.get(),
+                                                   firstColor);
     }
-    histogramPass(16);
-    return groupWithReader<std::uint16_t>(source, read, threads, histograms.get(), 16, firstColor);
+    runOnThreads(threads, [&](unsigned thread) {
+        histogramRows<VaryingAlphaSplit>(
+            source, read, rowsOfThread(source.pixelsHigh, thread, threads), firstColor,
+            histograms.get() + thread * 2 * kHistogramSize);
+    });
+    return groupWithReader<VaryingAlphaSplit>(source, read, threads, histograms.get(), firstColor);
 }
 
 } // namespace
