@@ -4,112 +4,99 @@
 #include "engine/WorkerThreads.h"
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
+#include <array>
 #include <vector>
 
 namespace tintorra {
 
 namespace {
 
-// Average entries per bucket. Hues cluster (a sunset is mostly orange), so buckets as fine as the
-// entries keep even the crowded hue ranges to a handful per bucket.
-constexpr std::size_t kEntriesPerBucket = 1;
+// The hue key is sorted in three stable passes of 11 bits each.
+constexpr unsigned kDigitBits = 11;
+constexpr std::size_t kDigitValues = std::size_t{1} << kDigitBits;
+constexpr unsigned kPasses = 3;
 
-// A bucket index that never decreases with the hue, in the order of orderedFloatBits: finite
-// hues spread linearly over [lowest, highest], infinities and NaNs at the ends by their sign.
-class HueBuckets {
-public:
-    HueBuckets(double lowest, double highest, std::size_t count)
-        : lowest_(lowest), last_(count - 1),
-          scale_(highest > lowest ? static_cast<double>(count) / (highest - lowest) : 0.0)
-    {}
+unsigned digit(std::uint64_t key, unsigned pass)
+{
+    // The hue key is the high half of the 64-bit key; the low half (the index) is not sorted
+    // on, since the passes are stable and the keys start in index order.
+    const unsigned shift = 32 + pass * kDigitBits;
+    return static_cast<unsigned>(key >> shift) & static_cast<unsigned>(kDigitValues - 1);
+}
 
-    std::size_t operator()(float hue) const
-    {
-        if (!std::isfinite(hue)) {
-            return std::signbit(hue) ? 0 : last_;
-        }
-        const double position = (static_cast<double>(hue) - lowest_) * scale_;
-        return position >= static_cast<double>(last_) ? last_ : static_cast<std::size_t>(position);
-    }
-
-private:
-    double lowest_;
-    std::size_t last_;
-    double scale_;
-};
+// Orders entries equal in hue: by lightness, then chroma, then index (packed colour order).
+bool tiedLess(const color_table_lch_entry_info* source, std::uint64_t a, std::uint64_t b)
+{
+    return colorTableEntryLess(source[static_cast<std::uint32_t>(a)],
+                               source[static_cast<std::uint32_t>(b)]);
+}
 
 } // namespace
 
-bool sortColorTableEntries(color_table_lch_entry_info* source, color_table_lch_entry_info* entries,
-                           std::size_t count, unsigned threads)
+bool sortColorTableEntries(const color_table_lch_entry_info* source,
+                           color_table_lch_entry_info* entries, std::size_t count, unsigned threads)
 {
     if (count == 0) {
         return true;
     }
-    double lowest = std::numeric_limits<double>::infinity();
-    double highest = -lowest;
-    for (std::size_t i = 0; i < count; ++i) {
-        const float hue = source[i].hue;
-        if (std::isfinite(hue)) {
-            lowest = std::min(lowest, static_cast<double>(hue));
-            highest = std::max(highest, static_cast<double>(hue));
-        }
-    }
-    if (!(lowest <= highest)) {
-        lowest = highest = 0.0;
-    }
-
-    const std::size_t bucketCount = std::max<std::size_t>(1, count / kEntriesPerBucket);
-    const HueBuckets bucketOf(lowest, highest, bucketCount);
-    TableArray<std::uint32_t> buckets = allocateTable<std::uint32_t>(count);
-    TableArray<std::size_t> starts = allocateTable<std::size_t>(bucketCount + 1);
-    if (!buckets || !starts) {
+    // Keys: the hue's ordered bits above the entry's index.
+    TableArray<std::uint64_t> keys = allocateTable<std::uint64_t>(count);
+    TableArray<std::uint64_t> spare = allocateTable<std::uint64_t>(count);
+    if (!keys || !spare) {
         return false;
     }
-    std::fill(starts.get(), starts.get() + bucketCount + 1, std::size_t{0});
+    std::vector<std::array<std::uint32_t, kDigitValues>> histograms(kPasses);
+    for (auto& histogram : histograms) {
+        histogram.fill(0);
+    }
     for (std::size_t i = 0; i < count; ++i) {
-        const std::size_t bucket = bucketOf(source[i].hue);
-        buckets[i] = static_cast<std::uint32_t>(bucket);
-        ++starts[bucket + 1];
-    }
-    for (std::size_t bucket = 0; bucket < bucketCount; ++bucket) {
-        starts[bucket + 1] += starts[bucket];
-    }
-    {
-        std::vector<std::size_t> cursors(starts.get(), starts.get() + bucketCount);
-        for (std::size_t i = 0; i < count; ++i) {
-            entries[cursors[buckets[i]]++] = source[i];
+        const std::uint64_t key = std::uint64_t{orderedFloatBits(source[i].hue)} << 32 | i;
+        keys[i] = key;
+        for (unsigned pass = 0; pass < kPasses; ++pass) {
+            ++histograms[pass][digit(key, pass)];
         }
     }
 
-    // Each thread sorts the buckets of about an equal share of the entries.
-    threads = static_cast<unsigned>(std::clamp<std::size_t>(threads, 1, bucketCount));
-    std::vector<std::size_t> firstBucket(threads + 1, bucketCount);
-    firstBucket[0] = 0;
-    for (unsigned thread = 1; thread < threads; ++thread) {
-        std::size_t bucket = firstBucket[thread - 1];
-        while (bucket < bucketCount && starts[bucket] * threads < count * thread) {
-            ++bucket;
+    // Least significant digit first; a pass whose digit is the same for every key is skipped.
+    std::uint64_t* from = keys.get();
+    std::uint64_t* to = spare.get();
+    for (unsigned pass = 0; pass < kPasses; ++pass) {
+        std::array<std::uint32_t, kDigitValues>& histogram = histograms[pass];
+        if (histogram[digit(from[0], pass)] == count) {
+            continue;
         }
-        firstBucket[thread] = bucket;
+        std::uint32_t running = 0;
+        for (std::uint32_t& bin : histogram) {
+            const std::uint32_t members = bin;
+            bin = running;
+            running += members;
+        }
+        for (std::size_t i = 0; i < count; ++i) {
+            to[histogram[digit(from[i], pass)]++] = from[i];
+        }
+        std::swap(from, to);
     }
-    const auto less = [](const color_table_lch_entry_info& a, const color_table_lch_entry_info& b) {
-        return colorTableEntryLess(a, b);
-    };
-    runOnThreads(threads, [&](unsigned thread) {
-        for (std::size_t bucket = firstBucket[thread]; bucket < firstBucket[thread + 1]; ++bucket) {
-            color_table_lch_entry_info* first = entries + starts[bucket];
-            color_table_lch_entry_info* last = entries + starts[bucket + 1];
-            // Most buckets hold one entry or none.
-            if (last - first == 2) {
-                if (less(first[1], first[0])) {
-                    std::swap(first[0], first[1]);
-                }
-            } else if (last - first > 2) {
-                std::sort(first, last, less);
-            }
+
+    // Runs of equal hue (all greys, and hues that the cylinders repeat exactly) by the rest.
+    for (std::size_t first = 0; first < count;) {
+        std::size_t end = first + 1;
+        while (end < count && (from[end] >> 32) == (from[first] >> 32)) {
+            ++end;
+        }
+        if (end - first > 1) {
+            std::sort(from + first, from + end, [source](std::uint64_t a, std::uint64_t b) {
+                return tiedLess(source, a, b);
+            });
+        }
+        first = end;
+    }
+
+    const unsigned gatherers = static_cast<unsigned>(std::clamp<std::size_t>(threads, 1, count));
+    runOnThreads(gatherers, [&](unsigned thread) {
+        const std::size_t first = count * thread / gatherers;
+        const std::size_t end = count * (thread + 1) / gatherers;
+        for (std::size_t i = first; i < end; ++i) {
+            entries[i] = source[static_cast<std::uint32_t>(from[i])];
         }
     });
     return true;

@@ -34,10 +34,11 @@ inline bool colorTableEntryLess(const color_table_lch_entry_info& a,
     return aLow < bLow;
 }
 
-// Sorts `entries` into the table order, from `source` (left unspecified afterwards). Distributes
-// the entries into buckets of hue ranges and sorts each small bucket, on up to `threads`
-// threads. Returns false, leaving `entries` unspecified, when memory runs out.
-bool sortColorTableEntries(color_table_lch_entry_info* source, color_table_lch_entry_info* entries,
-                           std::size_t count, unsigned threads);
+// Writes the `count` entries of `source` to `entries` in the table order: a radix sort of the
+// hues, then the runs of equal hue by comparison; up to `threads` threads gather the result.
+// Returns false, leaving `entries` unspecified, when memory runs out.
+bool sortColorTableEntries(const color_table_lch_entry_info* source,
+                           color_table_lch_entry_info* entries, std::size_t count,
+                           unsigned threads);
 
 } // namespace tintorra

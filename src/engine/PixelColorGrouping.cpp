@@ -21,18 +21,19 @@ constexpr std::size_t kHistogramSize = std::size_t{1} << 16;
 // bucket. Constant alpha leaves 24 varying bits: 4096 buckets of 12 low bits, so that the scatter
 // writes to few enough places to stay in cache and each bucket sorts with 4096 counters in L1.
 // Varying alpha: 65536 buckets of 16 low bits, sorted by comparison.
-template <unsigned kShiftBits>
+template <unsigned kShiftBits, unsigned kKeyBits>
 struct KeySplit {
     static constexpr unsigned kShift = kShiftBits;
-    static constexpr std::uint32_t kBucketMask = kShiftBits == 12 ? 0xFFF : 0xFFFF;
+    static constexpr std::uint32_t kBucketMask = (1u << (kKeyBits - kShiftBits)) - 1;
+    static constexpr std::uint32_t kLowValues = 1u << kShiftBits;
     static constexpr std::size_t kBucketCount = std::size_t{kBucketMask} + 1;
 
     static std::uint32_t bucket(std::uint32_t color) { return (color >> kShift) & kBucketMask; }
     static std::uint32_t low(std::uint32_t color) { return color & ((1u << kShift) - 1); }
 };
 
-using ConstantAlphaSplit = KeySplit<12>;
-using VaryingAlphaSplit = KeySplit<16>;
+using ConstantAlphaSplit = KeySplit<12, 24>;
+using VaryingAlphaSplit = KeySplit<16, 32>;
 
 // Pixel readers. The common chunky layouts load the pixel as one word; the generic reader picks
 // the four bytes at the layout's offsets (planar data, alpha first, grey, 16-bit high bytes).
@@ -173,12 +174,12 @@ void scatterRows(const PackedSampleSource& source, const Reader& read, RowRange 
 // Pass 3 for 12 low bits: a stable counting sort of one bucket through `scratch`, which holds the
 // bucket while it is in cache. Writes the bucket's distinct colours to `out` and returns how many
 // there were. `counts` (4096 zeroes) is left zeroed.
+template <unsigned kLowValues>
 std::size_t sortSmallKeyBucket(const std::uint16_t* lows, std::uint32_t* locations,
                                std::uint32_t count, std::uint32_t firstIndex,
                                std::uint32_t colorBase, std::uint32_t* counts,
                                std::uint32_t* scratch, DistinctColor* out)
 {
-    constexpr unsigned kLowValues = 4096;
     constexpr unsigned kWords = kLowValues / 64;
     std::size_t distinct = 0;
     std::uint32_t run = 0;
@@ -316,17 +317,16 @@ PixelColorGroups groupWithReader(const PackedSampleSource& source, const Reader&
     std::vector<std::uint64_t> colorBase(threads + 1, 0);
     std::vector<std::uint32_t> largestBucket(threads, 0);
     for (unsigned thread = 0; thread < threads; ++thread) {
-        std::uint64_t pixelsInRange = 0, nonEmptyInRange = 0;
+        // A bucket has at most as many colours as pixels and as values of its low bits.
+        std::uint64_t room = 0;
         for (std::size_t bucket = firstBucket[thread]; bucket < firstBucket[thread + 1]; ++bucket) {
-            pixelsInRange += counts[bucket];
-            nonEmptyInRange += counts[bucket] != 0;
+            room += std::min<std::uint64_t>(counts[bucket], std::uint64_t{1} << Split::kShift);
             largestBucket[thread] = std::max(largestBucket[thread], counts[bucket]);
         }
-        colorBase[thread + 1] =
-            colorBase[thread] + std::min(pixelsInRange, nonEmptyInRange << Split::kShift);
+        colorBase[thread + 1] = colorBase[thread] + room;
     }
 
-    // Untouched pages of this upper bound are never committed.
+    // Pages of this upper bound that the colours do not reach are never touched.
     groups.colors = allocateTable<DistinctColor>(colorBase[threads]);
     if (!groups.colors) {
         groups = {};
@@ -334,7 +334,7 @@ PixelColorGroups groupWithReader(const PackedSampleSource& source, const Reader&
         return groups;
     }
 
-    constexpr bool kSmallKeys = Split::kShift == 12;
+    constexpr bool kSmallKeys = Split::kShift < 16;
     const std::uint32_t constantHighBits = kSmallKeys ? (firstColor & 0xFF000000u) : 0u;
     std::vector<std::size_t> distinctOfThread(threads, 0);
     std::atomic<bool> scratchFailed{false};
@@ -342,12 +342,12 @@ PixelColorGroups groupWithReader(const PackedSampleSource& source, const Reader&
         // Room for the largest bucket: its offsets while they are sorted, or its (low, offset)
         // pairs when alpha varies.
         TableArray<std::uint64_t> scratch = allocateTable<std::uint64_t>(largestBucket[thread]);
-        TableArray<std::uint32_t> lowCounts = allocateTable<std::uint32_t>(4096);
+        TableArray<std::uint32_t> lowCounts = allocateTable<std::uint32_t>(Split::kLowValues);
         if (!scratch || !lowCounts) {
             scratchFailed = true;
             return;
         }
-        std::fill(lowCounts.get(), lowCounts.get() + 4096, 0u);
+        std::fill(lowCounts.get(), lowCounts.get() + Split::kLowValues, 0u);
         DistinctColor* out = groups.colors.get() + colorBase[thread];
         std::size_t distinct = 0;
         for (std::size_t bucket = firstBucket[thread]; bucket < firstBucket[thread + 1]; ++bucket) {
@@ -359,10 +359,10 @@ PixelColorGroups groupWithReader(const PackedSampleSource& source, const Reader&
             const std::uint32_t colorOfBucket =
                 constantHighBits | static_cast<std::uint32_t>(bucket) << Split::kShift;
             if constexpr (kSmallKeys) {
-                distinct += sortSmallKeyBucket(lows.get() + first, groups.locations.get() + first,
-                                               members, first, colorOfBucket, lowCounts.get(),
-                                               reinterpret_cast<std::uint32_t*>(scratch.get()),
-                                               out + distinct);
+                distinct += sortSmallKeyBucket<Split::kLowValues>(
+                    lows.get() + first, groups.locations.get() + first, members, first,
+                    colorOfBucket, lowCounts.get(), reinterpret_cast<std::uint32_t*>(scratch.get()),
+                    out + distinct);
             } else {
                 distinct +=
                     sortWideKeyBucket(lows.get() + first, groups.locations.get() + first, members,
