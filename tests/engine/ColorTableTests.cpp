@@ -157,6 +157,37 @@ TEST(ColorTable, DoesNotDependOnTheNumberOfThreads)
     }
 }
 
+TEST(ColorTable, CrowdedColourNeighbourhoodsAndConstantAlpha)
+{
+    // Every pixel shares blue and the high bits of green, so all of them fall together while the
+    // table sorts them; and a constant alpha other than 255.
+    const struct {
+        TableLayout layout;
+        std::uint8_t alpha;
+    } cases[] = {{kTableLayouts[3], 255}, {kTableLayouts[7], 77}, {kTableLayouts[9], 200}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.layout.name);
+        const KVBitmapPtr bitmap = makeTableBitmap(c.layout, 80, 60);
+        const PixelManipulationOffsets offsets =
+            pixelManipulationOffsetsWithImageGamma(bitmap, 1.0);
+        std::mt19937 random(99);
+        std::uniform_int_distribution<int> byte(0, 255);
+        for (std::int64_t y = 0; y < 60; ++y) {
+            for (std::int64_t x = 0; x < 80; ++x) {
+                // Few enough reds that colours repeat.
+                const auto red = static_cast<std::uint8_t>(byte(random) & 0x3C);
+                const auto green = static_cast<std::uint8_t>(0x50 | (byte(random) & 0x3));
+                test::writeSamples(offsets, x, y, {red, green, 0x80, c.alpha});
+            }
+        }
+        for (const long mode : {0L, 3L}) {
+            const LChColorTable table = createLChColorTableWithImageGamma(bitmap, 1.0, mode);
+            expectTableMatchesReference(table, bitmap, 1.0, mode, sRGBMatrix());
+            EXPECT_EQ(table.count, 64u);
+        }
+    }
+}
+
 TEST(ColorTable, SingleColourImageHasOneEntryOfEveryPixel)
 {
     const KVBitmapPtr bitmap = makeTableBitmap(kTableLayouts[3], 9, 7);
