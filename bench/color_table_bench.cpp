@@ -7,6 +7,7 @@
 #include "engine/ColorTable.h"
 #include "engine/ColorTableBuild.h"
 #include "engine/HueSpectrum.h"
+#include "engine/TableAllocation.h"
 
 #include <benchmark/benchmark.h>
 
@@ -140,11 +141,15 @@ void BM_Memcpy96MB(benchmark::State& state)
 }
 BENCHMARK(BM_Memcpy96MB)->Unit(benchmark::kMillisecond)->UseRealTime();
 
-// Arguments: colour mode, threads (0: as the application builds it), 16-bit, alpha.
+// Arguments: colour mode, threads (0: as the application builds it), 16-bit, alpha, cold. A cold
+// build first gives back the memory kept from the previous table, so it pays for fresh pages as
+// the first table of a session does; otherwise a build reuses the previous one's blocks, as a
+// rebuild after a change of colour mode does.
 void BM_ColorTable(benchmark::State& state)
 {
     const long mode = state.range(0);
     const auto threads = static_cast<unsigned>(state.range(1));
+    const bool cold = state.range(4) != 0;
     const KVBitmapPtr bitmap = benchImage(state.range(2) != 0, state.range(3) != 0);
     if (!bitmap) {
         state.SkipWithError("no benchmark image: run scripts/make-bench-images.sh and set "
@@ -154,6 +159,9 @@ void BM_ColorTable(benchmark::State& state)
     double seconds = 0.0;
     std::uint64_t colors = 0;
     for (auto _ : state) {
+        if (cold) {
+            releaseRetainedTableMemory();
+        }
         const auto start = std::chrono::steady_clock::now();
         const LChColorTable table = threads == 0
                                         ? createLChColorTableWithImageGamma(bitmap, 1.0 / 2.2, mode)
@@ -167,14 +175,15 @@ void BM_ColorTable(benchmark::State& state)
     state.counters["MP"] = static_cast<double>(bitmap->pixelsWide() * bitmap->pixelsHigh()) / 1e6;
 }
 BENCHMARK(BM_ColorTable)
-    ->ArgNames({"mode", "threads", "16bit", "alpha"})
-    ->Args({0, 0, 0, 0})
-    ->Args({0, 1, 0, 0})
-    ->Args({0, 0, 0, 1})
-    ->Args({1, 0, 0, 0})
-    ->Args({2, 0, 0, 0})
-    ->Args({3, 0, 0, 0})
-    ->Args({0, 0, 1, 0})
+    ->ArgNames({"mode", "threads", "16bit", "alpha", "cold"})
+    ->Args({0, 0, 0, 0, 0})
+    ->Args({0, 0, 0, 0, 1})
+    ->Args({0, 1, 0, 0, 0})
+    ->Args({0, 0, 0, 1, 0})
+    ->Args({1, 0, 0, 0, 0})
+    ->Args({2, 0, 0, 0, 0})
+    ->Args({3, 0, 0, 0, 0})
+    ->Args({0, 0, 1, 0, 0})
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime()
     ->MinTime(1.0);

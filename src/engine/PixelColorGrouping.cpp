@@ -7,6 +7,7 @@
 #include <atomic>
 #include <bit>
 #include <cstring>
+#include <type_traits>
 #include <vector>
 
 namespace tintorra {
@@ -335,13 +336,14 @@ PixelColorGroups groupWithReader(const PackedSampleSource& source, const Reader&
     }
 
     constexpr bool kSmallKeys = Split::kShift < 16;
+    // Room for the largest bucket: its offsets while they are sorted, or its (low, offset) pairs
+    // when alpha varies.
+    using Scratch = std::conditional_t<kSmallKeys, std::uint32_t, std::uint64_t>;
     const std::uint32_t constantHighBits = kSmallKeys ? (firstColor & 0xFF000000u) : 0u;
     std::vector<std::size_t> distinctOfThread(threads, 0);
     std::atomic<bool> scratchFailed{false};
     runOnThreads(threads, [&](unsigned thread) {
-        // Room for the largest bucket: its offsets while they are sorted, or its (low, offset)
-        // pairs when alpha varies.
-        TableArray<std::uint64_t> scratch = allocateTable<std::uint64_t>(largestBucket[thread]);
+        TableArray<Scratch> scratch = allocateTable<Scratch>(largestBucket[thread]);
         TableArray<std::uint32_t> lowCounts = allocateTable<std::uint32_t>(Split::kLowValues);
         if (!scratch || !lowCounts) {
             scratchFailed = true;
@@ -361,8 +363,7 @@ PixelColorGroups groupWithReader(const PackedSampleSource& source, const Reader&
             if constexpr (kSmallKeys) {
                 distinct += sortSmallKeyBucket<Split::kLowValues>(
                     lows.get() + first, groups.locations.get() + first, members, first,
-                    colorOfBucket, lowCounts.get(), reinterpret_cast<std::uint32_t*>(scratch.get()),
-                    out + distinct);
+                    colorOfBucket, lowCounts.get(), scratch.get(), out + distinct);
             } else {
                 distinct +=
                     sortWideKeyBucket(lows.get() + first, groups.locations.get() + first, members,
