@@ -156,6 +156,10 @@ void BM_ColorTable(benchmark::State& state)
                             "TINTORRA_BENCH_IMAGE to its eveningglow-6000x4000-8.ppm");
         return;
     }
+    if (!cold) {
+        // A first build leaves its blocks for the timed ones.
+        benchmark::DoNotOptimize(createLChColorTableWithImageGamma(bitmap, 1.0 / 2.2, mode).count);
+    }
     double seconds = 0.0;
     std::uint64_t colors = 0;
     for (auto _ : state) {
@@ -174,11 +178,19 @@ void BM_ColorTable(benchmark::State& state)
     state.counters["colours"] = static_cast<double>(colors);
     state.counters["MP"] = static_cast<double>(bitmap->pixelsWide() * bitmap->pixelsHigh()) / 1e6;
 }
+// The figures that matter, repeated for their medians; then the other modes and layouts.
 BENCHMARK(BM_ColorTable)
     ->ArgNames({"mode", "threads", "16bit", "alpha", "cold"})
     ->Args({0, 0, 0, 0, 0})
     ->Args({0, 0, 0, 0, 1})
     ->Args({0, 1, 0, 0, 0})
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->Iterations(3)
+    ->Repetitions(3)
+    ->ReportAggregatesOnly(true);
+BENCHMARK(BM_ColorTable)
+    ->ArgNames({"mode", "threads", "16bit", "alpha", "cold"})
     ->Args({0, 0, 0, 1, 0})
     ->Args({1, 0, 0, 0, 0})
     ->Args({2, 0, 0, 0, 0})
@@ -186,7 +198,7 @@ BENCHMARK(BM_ColorTable)
     ->Args({0, 0, 1, 0, 0})
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime()
-    ->MinTime(1.0);
+    ->Iterations(3);
 
 void BM_HueSpectrum(benchmark::State& state)
 {

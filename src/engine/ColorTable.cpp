@@ -194,17 +194,16 @@ LChColorTable detail::buildColorTable(const KVBitmapPtr& bitmap, double imageGam
     const EntryConverter converter(source.imageGamma, source.hasAlpha && source.premultiplied,
                                    rgbToXyz);
     const std::size_t colorCount = groups.colorCount;
-    const unsigned converters =
-        static_cast<unsigned>(std::clamp<std::size_t>(colorCount, 1, threads));
-    runOnThreads(converters, [&](unsigned thread) {
-        const std::size_t first = colorCount * thread / converters;
-        const std::size_t end = colorCount * (thread + 1) / converters;
+    const std::size_t chunks = std::clamp<std::size_t>(colorCount / 4096, 1, 8 * threads);
+    runChunks(threads, chunks, [&](std::size_t chunk, unsigned) {
+        const std::size_t first = colorCount * chunk / chunks;
+        const std::size_t end = colorCount * (chunk + 1) / chunks;
         converter.convert(colorSpaceModel, groups.colors.get() + first, end - first,
                           unordered.get() + first);
     });
     groups.colors.reset();
 
-    if (!sortColorTableEntries(unordered.get(), entries.get(), colorCount, converters)) {
+    if (!sortColorTableEntries(unordered.get(), entries.get(), colorCount, threads)) {
         std::fprintf(stderr, "Couldn't get memory for final color table\n");
         return table;
     }

@@ -91,10 +91,10 @@ bool sortColorTableEntries(const color_table_lch_entry_info* source,
         first = end;
     }
 
-    const unsigned gatherers = static_cast<unsigned>(std::clamp<std::size_t>(threads, 1, count));
-    runOnThreads(gatherers, [&](unsigned thread) {
-        const std::size_t first = count * thread / gatherers;
-        const std::size_t end = count * (thread + 1) / gatherers;
+    const std::size_t chunks = std::clamp<std::size_t>(count / 4096, 1, 8 * std::size_t{threads});
+    runChunks(threads, chunks, [&](std::size_t chunk, unsigned) {
+        const std::size_t first = count * chunk / chunks;
+        const std::size_t end = count * (chunk + 1) / chunks;
         for (std::size_t i = first; i < end; ++i) {
             entries[i] = source[static_cast<std::uint32_t>(from[i])];
         }

@@ -14,9 +14,9 @@ namespace tintorra {
 
 namespace {
 
-// Histogram slots: enough for 16 bucket bits (images whose alpha varies); images of constant
-// alpha use the first 4096.
-constexpr std::size_t kHistogramSize = std::size_t{1} << 16;
+// Units of work per thread: rows are cut into bands and buckets into runs of about equal pixel
+// counts, which the threads take in turn, so that a thread the system holds up costs little.
+constexpr std::size_t kChunksPerThread = 8;
 
 // How the packed colour splits into a bucket (its high bits) and the low bits sorted within the
 // bucket. Constant alpha leaves 24 varying bits: 4096 buckets of 12 low bits, so that the scatter
@@ -103,9 +103,11 @@ struct RowRange {
     std::int64_t end;
 };
 
-RowRange rowsOfThread(std::int64_t rows, unsigned thread, unsigned threads)
+RowRange rowsOfBand(std::int64_t rows, std::size_t band, std::size_t bands)
 {
-    return {rows * thread / threads, rows * (thread + 1) / threads};
+    const auto total = static_cast<std::size_t>(rows);
+    return {static_cast<std::int64_t>(total * band / bands),
+            static_cast<std::int64_t>(total * (band + 1) / bands)};
 }
 
 // Pass 1: histogram of the bucket bits of every pixel, and which bits differ from the first
@@ -116,7 +118,7 @@ std::uint32_t histogramRows(const PackedSampleSource& source, const Reader& read
                             std::uint32_t firstColor, std::uint32_t* histogram)
 {
     std::uint32_t* even = histogram;
-    std::uint32_t* odd = histogram + kHistogramSize;
+    std::uint32_t* odd = histogram + Split::kBucketCount;
     std::fill(even, even + Split::kBucketCount, 0u);
     std::fill(odd, odd + Split::kBucketCount, 0u);
     std::uint32_t differingBits = 0;
@@ -258,9 +260,16 @@ std::size_t sortWideKeyBucket(const std::uint16_t* lows, std::uint32_t* location
     return distinct;
 }
 
+// Band k's two histograms (even and odd pixels; the first ends up holding the band's counts).
+template <typename Split>
+std::uint32_t* bandHistogram(std::uint32_t* histograms, std::size_t band)
+{
+    return histograms + band * 2 * Split::kBucketCount;
+}
+
 template <typename Split, typename Reader>
 PixelColorGroups groupWithReader(const PackedSampleSource& source, const Reader& read,
-                                 unsigned threads, std::uint32_t* histograms,
+                                 unsigned threads, std::size_t bands, std::uint32_t* histograms,
                                  std::uint32_t firstColor)
 {
     PixelColorGroups groups;
@@ -280,79 +289,84 @@ PixelColorGroups groupWithReader(const PackedSampleSource& source, const Reader&
     }
     groups.locationCount = pixelCount;
 
-    // Bucket starts, and each thread's cursors behind the pixels of the threads before it, so
-    // that the scatter keeps scan order.
+    // Bucket starts, and each band's cursors behind the pixels of the bands above it, so that
+    // the scatter keeps scan order.
     std::vector<std::uint32_t> counts(bucketCount), starts(bucketCount);
     std::uint32_t total = 0;
     for (std::size_t bucket = 0; bucket < bucketCount; ++bucket) {
         starts[bucket] = total;
         std::uint32_t running = total;
-        for (unsigned thread = 0; thread < threads; ++thread) {
-            std::uint32_t& histogram = histograms[thread * 2 * kHistogramSize + bucket];
-            const std::uint32_t members = histogram;
-            histogram = running;
+        for (std::size_t band = 0; band < bands; ++band) {
+            std::uint32_t& cursor = bandHistogram<Split>(histograms, band)[bucket];
+            const std::uint32_t members = cursor;
+            cursor = running;
             running += members;
         }
         counts[bucket] = running - total;
         total = running;
     }
 
-    runOnThreads(threads, [&](unsigned thread) {
-        scatterRows<Split>(source, read, rowsOfThread(source.pixelsHigh, thread, threads),
-                           histograms + thread * 2 * kHistogramSize, groups.locations.get(),
+    runChunks(threads, bands, [&](std::size_t band, unsigned) {
+        scatterRows<Split>(source, read, rowsOfBand(source.pixelsHigh, band, bands),
+                           bandHistogram<Split>(histograms, band), groups.locations.get(),
                            lows.get());
     });
 
-    // Split the buckets so that each thread sorts about the same number of pixels, and give each
-    // thread room for as many distinct colours as its buckets can hold.
-    std::vector<std::size_t> firstBucket(threads + 1, bucketCount);
+    // Runs of buckets of about equal pixel counts, each with room for as many distinct colours
+    // as its buckets can hold.
+    const std::size_t runs = std::max<std::size_t>(1, threads * kChunksPerThread);
+    std::vector<std::size_t> firstBucket(runs + 1, bucketCount);
     firstBucket[0] = 0;
-    for (unsigned thread = 1; thread < threads; ++thread) {
-        std::size_t bucket = firstBucket[thread - 1];
-        while (bucket < bucketCount &&
-               std::uint64_t{starts[bucket]} * threads < pixelCount * thread) {
+    for (std::size_t run = 1; run < runs; ++run) {
+        std::size_t bucket = firstBucket[run - 1];
+        while (bucket < bucketCount && std::uint64_t{starts[bucket]} * runs < pixelCount * run) {
             ++bucket;
         }
-        firstBucket[thread] = bucket;
+        firstBucket[run] = bucket;
     }
-    std::vector<std::uint64_t> colorBase(threads + 1, 0);
-    std::vector<std::uint32_t> largestBucket(threads, 0);
-    for (unsigned thread = 0; thread < threads; ++thread) {
+    std::vector<std::uint64_t> colorBase(runs + 1, 0);
+    std::uint32_t largestBucket = 0;
+    for (std::size_t run = 0; run < runs; ++run) {
         // A bucket has at most as many colours as pixels and as values of its low bits.
         std::uint64_t room = 0;
-        for (std::size_t bucket = firstBucket[thread]; bucket < firstBucket[thread + 1]; ++bucket) {
-            room += std::min<std::uint64_t>(counts[bucket], std::uint64_t{1} << Split::kShift);
-            largestBucket[thread] = std::max(largestBucket[thread], counts[bucket]);
+        for (std::size_t bucket = firstBucket[run]; bucket < firstBucket[run + 1]; ++bucket) {
+            room += std::min<std::uint64_t>(counts[bucket], Split::kLowValues);
+            largestBucket = std::max(largestBucket, counts[bucket]);
         }
-        colorBase[thread + 1] = colorBase[thread] + room;
+        colorBase[run + 1] = colorBase[run] + room;
     }
 
     // Pages of this upper bound that the colours do not reach are never touched.
-    groups.colors = allocateTable<DistinctColor>(colorBase[threads]);
+    groups.colors = allocateTable<DistinctColor>(colorBase[runs]);
     if (!groups.colors) {
         groups = {};
         groups.failure = GroupingFailure::colorList;
         return groups;
     }
 
+    // Each thread's room for the largest bucket: its offsets while they are sorted, or its
+    // (low, offset) pairs when alpha varies; and its counters.
     constexpr bool kSmallKeys = Split::kShift < 16;
-    // Room for the largest bucket: its offsets while they are sorted, or its (low, offset) pairs
-    // when alpha varies.
     using Scratch = std::conditional_t<kSmallKeys, std::uint32_t, std::uint64_t>;
-    const std::uint32_t constantHighBits = kSmallKeys ? (firstColor & 0xFF000000u) : 0u;
-    std::vector<std::size_t> distinctOfThread(threads, 0);
-    std::atomic<bool> scratchFailed{false};
-    runOnThreads(threads, [&](unsigned thread) {
-        TableArray<Scratch> scratch = allocateTable<Scratch>(largestBucket[thread]);
-        TableArray<std::uint32_t> lowCounts = allocateTable<std::uint32_t>(Split::kLowValues);
-        if (!scratch || !lowCounts) {
-            scratchFailed = true;
-            return;
+    std::vector<TableArray<Scratch>> scratch(threads);
+    std::vector<TableArray<std::uint32_t>> lowCounts(threads);
+    for (unsigned thread = 0; thread < threads; ++thread) {
+        scratch[thread] = allocateTable<Scratch>(largestBucket);
+        lowCounts[thread] = allocateTable<std::uint32_t>(Split::kLowValues);
+        if (!scratch[thread] || !lowCounts[thread]) {
+            groups = {};
+            groups.failure = GroupingFailure::pixelTable;
+            return groups;
         }
-        std::fill(lowCounts.get(), lowCounts.get() + Split::kLowValues, 0u);
-        DistinctColor* out = groups.colors.get() + colorBase[thread];
+        std::fill(lowCounts[thread].get(), lowCounts[thread].get() + Split::kLowValues, 0u);
+    }
+
+    const std::uint32_t constantHighBits = kSmallKeys ? (firstColor & 0xFF000000u) : 0u;
+    std::vector<std::size_t> distinctOfRun(runs, 0);
+    runChunks(threads, runs, [&](std::size_t run, unsigned thread) {
+        DistinctColor* out = groups.colors.get() + colorBase[run];
         std::size_t distinct = 0;
-        for (std::size_t bucket = firstBucket[thread]; bucket < firstBucket[thread + 1]; ++bucket) {
+        for (std::size_t bucket = firstBucket[run]; bucket < firstBucket[run + 1]; ++bucket) {
             const std::uint32_t members = counts[bucket];
             if (members == 0) {
                 continue;
@@ -363,64 +377,70 @@ PixelColorGroups groupWithReader(const PackedSampleSource& source, const Reader&
             if constexpr (kSmallKeys) {
                 distinct += sortSmallKeyBucket<Split::kLowValues>(
                     lows.get() + first, groups.locations.get() + first, members, first,
-                    colorOfBucket, lowCounts.get(), scratch.get(), out + distinct);
+                    colorOfBucket, lowCounts[thread].get(), scratch[thread].get(), out + distinct);
             } else {
                 distinct +=
                     sortWideKeyBucket(lows.get() + first, groups.locations.get() + first, members,
-                                      first, colorOfBucket, scratch.get(), out + distinct);
+                                      first, colorOfBucket, scratch[thread].get(), out + distinct);
             }
         }
-        distinctOfThread[thread] = distinct;
+        distinctOfRun[run] = distinct;
     });
-    if (scratchFailed) {
-        groups = {};
-        groups.failure = GroupingFailure::pixelTable;
-        return groups;
-    }
 
-    std::size_t colorCount = distinctOfThread[0];
-    for (unsigned thread = 1; thread < threads; ++thread) {
-        std::memmove(groups.colors.get() + colorCount, groups.colors.get() + colorBase[thread],
-                     distinctOfThread[thread] * sizeof(DistinctColor));
-        colorCount += distinctOfThread[thread];
+    std::size_t colorCount = distinctOfRun[0];
+    for (std::size_t run = 1; run < runs; ++run) {
+        std::memmove(groups.colors.get() + colorCount, groups.colors.get() + colorBase[run],
+                     distinctOfRun[run] * sizeof(DistinctColor));
+        colorCount += distinctOfRun[run];
     }
     groups.colorCount = colorCount;
     return groups;
 }
 
-template <typename Reader>
-PixelColorGroups groupWith(const PackedSampleSource& source, const Reader& read, unsigned threads)
+template <typename Split, typename Reader>
+std::uint32_t histogramBands(const PackedSampleSource& source, const Reader& read, unsigned threads,
+                             std::size_t bands, std::uint32_t firstColor, std::uint32_t* histograms)
 {
-    // Two histograms per thread (even and odd pixels); the first ends up holding the sum.
-    TableArray<std::uint32_t> histograms =
-        allocateTable<std::uint32_t>(threads * 2 * kHistogramSize);
-    if (!histograms) {
-        PixelColorGroups groups;
-        groups.failure = GroupingFailure::pixelTable;
-        return groups;
-    }
-    const std::uint32_t firstColor = read(source.data);
-
-    std::vector<std::uint32_t> differingBits(threads, 0);
-    runOnThreads(threads, [&](unsigned thread) {
-        differingBits[thread] = histogramRows<ConstantAlphaSplit>(
-            source, read, rowsOfThread(source.pixelsHigh, thread, threads), firstColor,
-            histograms.get() + thread * 2 * kHistogramSize);
+    std::vector<std::uint32_t> differingBits(bands, 0);
+    runChunks(threads, bands, [&](std::size_t band, unsigned) {
+        differingBits[band] =
+            histogramRows<Split>(source, read, rowsOfBand(source.pixelsHigh, band, bands),
+                                 firstColor, bandHistogram<Split>(histograms, band));
     });
     std::uint32_t differing = 0;
     for (const std::uint32_t bits : differingBits) {
         differing |= bits;
     }
+    return differing;
+}
+
+template <typename Reader>
+PixelColorGroups groupWith(const PackedSampleSource& source, const Reader& read, unsigned threads)
+{
+    PixelColorGroups failed;
+    failed.failure = GroupingFailure::pixelTable;
+    const std::size_t bands = std::min<std::size_t>(static_cast<std::size_t>(source.pixelsHigh),
+                                                    threads * kChunksPerThread);
+    const std::uint32_t firstColor = read(source.data);
+
+    TableArray<std::uint32_t> histograms =
+        allocateTable<std::uint32_t>(bands * 2 * ConstantAlphaSplit::kBucketCount);
+    if (!histograms) {
+        return failed;
+    }
+    const std::uint32_t differing = histogramBands<ConstantAlphaSplit>(
+        source, read, threads, bands, firstColor, histograms.get());
     if ((differing >> 24) == 0) {
-        return groupWithReader<ConstantAlphaSplit>(source, read, threads, histograms.get(),
+        return groupWithReader<ConstantAlphaSplit>(source, read, threads, bands, histograms.get(),
                                                    firstColor);
     }
-    runOnThreads(threads, [&](unsigned thread) {
-        histogramRows<VaryingAlphaSplit>(
-            source, read, rowsOfThread(source.pixelsHigh, thread, threads), firstColor,
-            histograms.get() + thread * 2 * kHistogramSize);
-    });
-    return groupWithReader<VaryingAlphaSplit>(source, read, threads, histograms.get(), firstColor);
+    histograms = allocateTable<std::uint32_t>(bands * 2 * VaryingAlphaSplit::kBucketCount);
+    if (!histograms) {
+        return failed;
+    }
+    histogramBands<VaryingAlphaSplit>(source, read, threads, bands, firstColor, histograms.get());
+    return groupWithReader<VaryingAlphaSplit>(source, read, threads, bands, histograms.get(),
+                                              firstColor);
 }
 
 } // namespace
