@@ -203,10 +203,7 @@ LChColorTable detail::buildColorTable(const KVBitmapPtr& bitmap, double imageGam
     });
     groups.colors.reset();
 
-    if (!sortColorTableEntries(unordered.get(), entries.get(), colorCount, threads)) {
-        std::fprintf(stderr, "Couldn't get memory for final color table\n");
-        return table;
-    }
+    sortColorTableEntries(unordered.get(), entries.get(), colorCount);
 
     table.count = colorCount;
     table.colors = std::move(entries);

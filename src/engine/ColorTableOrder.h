@@ -35,10 +35,9 @@ inline bool colorTableEntryLess(const color_table_lch_entry_info& a,
 }
 
 // Writes the `count` entries of `source` to `entries` in the table order: a radix sort of the
-// hues, then the runs of equal hue by comparison; up to `threads` threads gather the result.
-// Returns false, leaving `entries` unspecified, when memory runs out.
-bool sortColorTableEntries(const color_table_lch_entry_info* source,
-                           color_table_lch_entry_info* entries, std::size_t count,
-                           unsigned threads);
+// hues, then the runs of equal hue by comparison. `source` is used as the radix sort's second
+// buffer and holds no particular order afterwards.
+void sortColorTableEntries(color_table_lch_entry_info* source, color_table_lch_entry_info* entries,
+                           std::size_t count);
 
 } // namespace tintorra
