@@ -203,7 +203,7 @@ LChColorTable detail::buildColorTable(const KVBitmapPtr& bitmap, double imageGam
     });
     groups.colors.reset();
 
-    sortColorTableEntries(unordered.get(), entries.get(), colorCount);
+    sortColorTableEntries(unordered.get(), entries.get(), colorCount, threads);
 
     table.count = colorCount;
     table.colors = std::move(entries);

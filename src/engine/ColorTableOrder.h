@@ -35,9 +35,9 @@ inline bool colorTableEntryLess(const color_table_lch_entry_info& a,
 }
 
 // Writes the `count` entries of `source` to `entries` in the table order: a radix sort of the
-// hues, then the runs of equal hue by comparison. `source` is used as the radix sort's second
-// buffer and holds no particular order afterwards.
+// hues on up to `threads` threads, then the runs of equal hue by comparison. `source` is used as
+// the radix sort's second buffer and holds no particular order afterwards.
 void sortColorTableEntries(color_table_lch_entry_info* source, color_table_lch_entry_info* entries,
-                           std::size_t count);
+                           std::size_t count, unsigned threads);
 
 } // namespace tintorra

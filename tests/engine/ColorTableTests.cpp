@@ -426,7 +426,8 @@ TEST(ColorTableOrder, SortsByHueThenLightnessThenChroma)
     std::uniform_int_distribution<int> small(0, 5);
     const float hues[] = {-3.0f, -0.0f, 0.0f, 0.5f, 3.0f, 3.1f};
     std::vector<color_table_lch_entry_info> entries;
-    for (std::uint32_t i = 0; i < 3000; ++i) {
+    // Enough entries that the radix passes split them into several runs.
+    for (std::uint32_t i = 0; i < 40000; ++i) {
         entries.push_back({hues[small(random)], static_cast<float>(small(random)),
                            static_cast<float>(small(random)) * 10.0f, 1.0f, 0.0f, i, 1});
     }
@@ -444,11 +445,13 @@ TEST(ColorTableOrder, SortsByHueThenLightnessThenChroma)
         }
         return a.firstLocation < b.firstLocation;
     });
-    std::vector<color_table_lch_entry_info> source = entries;
-    std::vector<color_table_lch_entry_info> sorted(entries.size());
-    sortColorTableEntries(source.data(), sorted.data(), sorted.size());
-    for (std::size_t i = 0; i < sorted.size(); ++i) {
-        ASSERT_EQ(sorted[i].firstLocation, expected[i].firstLocation) << "at " << i;
+    for (const unsigned threads : {1u, 2u, 3u}) {
+        std::vector<color_table_lch_entry_info> source = entries;
+        std::vector<color_table_lch_entry_info> sorted(entries.size());
+        sortColorTableEntries(source.data(), sorted.data(), sorted.size(), threads);
+        for (std::size_t i = 0; i < sorted.size(); ++i) {
+            ASSERT_EQ(sorted[i].firstLocation, expected[i].firstLocation) << "at " << i;
+        }
     }
 }
 
