@@ -142,7 +142,7 @@ bool colorTableCanAddress(std::int64_t pixelsWide, std::int64_t pixelsHigh,
     if (wide > kLargestOffset || high > kLargestOffset || wide * high > kLargestOffset) {
         return false;
     }
-    // Both products are below 2^32 * 2^63 only after these guards; check them before forming.
+    // Guard both products against overflow before forming them.
     const auto rowBytes = static_cast<std::uint64_t>(bytesPerRow);
     const auto pixelBytes = static_cast<std::uint64_t>(bytesPerPixel);
     if ((high - 1) != 0 && rowBytes > kLargestOffset / (high - 1)) {
