@@ -10,6 +10,10 @@
 #include <type_traits>
 #include <vector>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 namespace tintorra {
 
 namespace {
@@ -152,16 +156,11 @@ std::uint32_t histogramRows(const PackedSampleSource& source, const Reader& read
 // Pass 2: scatter each pixel's offset to its bucket of the locations, in scan order, and the
 // colour's low bits to the same place of `lows`. (One stream of 8-byte records would miss the
 // cache a little less, but it doubles the fresh memory the kernel has to clear.)
-template <typename Split, typename Reader>
-void scatterRows(const PackedSampleSource& source, const Reader& read, RowRange rows,
-                 std::uint32_t* cursors, std::uint32_t* locations, std::uint16_t* lows)
+template <typename Split, typename Reader, typename Place>
+void scanRows(const PackedSampleSource& source, const Reader& read, RowRange rows,
+              const Place& place)
 {
     const std::int64_t step = read.step();
-    const auto place = [&](std::uint32_t color, std::uint32_t offset) {
-        const std::uint32_t position = cursors[Split::bucket(color)]++;
-        locations[position] = offset;
-        lows[position] = static_cast<std::uint16_t>(Split::low(color));
-    };
     for (std::int64_t y = rows.first; y < rows.end; ++y) {
         const std::uint8_t* pixel = source.data + y * source.bytesPerRow;
         auto offset = static_cast<std::uint32_t>(y * source.bytesPerRow);
@@ -172,6 +171,88 @@ void scatterRows(const PackedSampleSource& source, const Reader& read, RowRange 
         }
         place(read(pixel), offset);
     }
+}
+
+template <typename Split, typename Reader>
+void scatterRows(const PackedSampleSource& source, const Reader& read, RowRange rows,
+                 std::uint32_t* cursors, std::uint32_t* locations, std::uint16_t* lows)
+{
+    scanRows<Split>(source, read, rows, [&](std::uint32_t color, std::uint32_t offset) {
+        const std::uint32_t position = cursors[Split::bucket(color)]++;
+        locations[position] = offset;
+        lows[position] = static_cast<std::uint16_t>(Split::low(color));
+    });
+}
+
+// The same with software write-combining, for the 4096 buckets of constant alpha: each bucket
+// gathers 16 offsets and their low bits in a line buffer that stays in cache, and writes them
+// out as whole lines with streaming stores, which neither fetch the destination lines first nor
+// push the image out of the cache. Runs of a bucket that do not fill a whole line of this band's
+// part of it (its ends) are written plainly.
+struct CombiningLine {
+    static constexpr std::uint32_t kSlots = 16;
+    std::uint32_t offsets[kSlots];
+    std::uint16_t lows[kSlots];
+};
+
+void writeLine(const CombiningLine& line, std::uint32_t* locations, std::uint16_t* lows)
+{
+#if defined(__SSE2__)
+    const auto* offsets = reinterpret_cast<const __m128i*>(line.offsets);
+    auto* offsetsOut = reinterpret_cast<__m128i*>(locations);
+    for (int i = 0; i < 4; ++i) {
+        _mm_stream_si128(offsetsOut + i, _mm_loadu_si128(offsets + i));
+    }
+    const auto* lowsIn = reinterpret_cast<const __m128i*>(line.lows);
+    auto* lowsOut = reinterpret_cast<__m128i*>(lows);
+    for (int i = 0; i < 2; ++i) {
+        _mm_stream_si128(lowsOut + i, _mm_loadu_si128(lowsIn + i));
+    }
+#else
+    std::memcpy(locations, line.offsets, sizeof line.offsets);
+    std::memcpy(lows, line.lows, sizeof line.lows);
+#endif
+}
+
+template <typename Split, typename Reader>
+void scatterRowsCombining(const PackedSampleSource& source, const Reader& read, RowRange rows,
+                          std::uint32_t* cursors, std::uint32_t* bandStarts, CombiningLine* lines,
+                          std::uint32_t* locations, std::uint16_t* lows)
+{
+    constexpr std::uint32_t kSlots = CombiningLine::kSlots;
+    std::copy(cursors, cursors + Split::kBucketCount, bandStarts);
+    const auto writePlainly = [&](const CombiningLine& line, std::uint32_t first,
+                                  std::uint32_t end) {
+        for (std::uint32_t position = first; position < end; ++position) {
+            locations[position] = line.offsets[position % kSlots];
+            lows[position] = line.lows[position % kSlots];
+        }
+    };
+    scanRows<Split>(source, read, rows, [&](std::uint32_t color, std::uint32_t offset) {
+        const std::uint32_t bucket = Split::bucket(color);
+        const std::uint32_t position = cursors[bucket]++;
+        CombiningLine& line = lines[bucket];
+        const std::uint32_t slot = position % kSlots;
+        line.offsets[slot] = offset;
+        line.lows[slot] = static_cast<std::uint16_t>(Split::low(color));
+        if (slot == kSlots - 1) {
+            const std::uint32_t first = position - slot;
+            if (first >= bandStarts[bucket]) {
+                writeLine(line, locations + first, lows + first);
+            } else {
+                writePlainly(line, bandStarts[bucket], position + 1);
+            }
+        }
+    });
+    for (std::size_t bucket = 0; bucket < Split::kBucketCount; ++bucket) {
+        const std::uint32_t end = cursors[bucket];
+        const std::uint32_t lineStart = end - end % kSlots;
+        writePlainly(lines[bucket], std::max(lineStart, bandStarts[bucket]), end);
+    }
+#if defined(__SSE2__)
+    // Streaming stores are weakly ordered; make them visible before the band counts as done.
+    _mm_sfence();
+#endif
 }
 
 // Pass 3 for 12 low bits: a stable counting sort of one bucket through `scratch`, which holds the
@@ -306,11 +387,32 @@ PixelColorGroups groupWithReader(const PackedSampleSource& source, const Reader&
         total = running;
     }
 
-    runChunks(threads, bands, [&](std::size_t band, unsigned) {
-        scatterRows<Split>(source, read, rowsOfBand(source.pixelsHigh, band, bands),
-                           bandHistogram<Split>(histograms, band), groups.locations.get(),
-                           lows.get());
-    });
+    constexpr bool kSmallKeys = Split::kShift < 16;
+    if constexpr (kSmallKeys) {
+        std::vector<TableArray<CombiningLine>> lines(threads);
+        std::vector<TableArray<std::uint32_t>> bandStarts(threads);
+        for (unsigned thread = 0; thread < threads; ++thread) {
+            lines[thread] = allocateTable<CombiningLine>(bucketCount);
+            bandStarts[thread] = allocateTable<std::uint32_t>(bucketCount);
+            if (!lines[thread] || !bandStarts[thread]) {
+                groups = {};
+                groups.failure = GroupingFailure::pixelTable;
+                return groups;
+            }
+        }
+        runChunks(threads, bands, [&](std::size_t band, unsigned thread) {
+            scatterRowsCombining<Split>(source, read, rowsOfBand(source.pixelsHigh, band, bands),
+                                        bandHistogram<Split>(histograms, band),
+                                        bandStarts[thread].get(), lines[thread].get(),
+                                        groups.locations.get(), lows.get());
+        });
+    } else {
+        runChunks(threads, bands, [&](std::size_t band, unsigned) {
+            scatterRows<Split>(source, read, rowsOfBand(source.pixelsHigh, band, bands),
+                               bandHistogram<Split>(histograms, band), groups.locations.get(),
+                               lows.get());
+        });
+    }
 
     // Runs of buckets of about equal pixel counts, each with room for as many distinct colours
     // as its buckets can hold.
@@ -346,7 +448,6 @@ PixelColorGroups groupWithReader(const PackedSampleSource& source, const Reader&
 
     // Each thread's room for the largest bucket: its offsets while they are sorted, or its
     // (low, offset) pairs when alpha varies; and its counters.
-    constexpr bool kSmallKeys = Split::kShift < 16;
     using Scratch = std::conditional_t<kSmallKeys, std::uint32_t, std::uint64_t>;
     std::vector<TableArray<Scratch>> scratch(threads);
     std::vector<TableArray<std::uint32_t>> lowCounts(threads);

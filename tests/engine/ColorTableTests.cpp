@@ -376,12 +376,14 @@ TEST(ColorTable, ReportsEachAllocationThatFails)
     const KVBitmapPtr bitmap = makeTableBitmap(kTableLayouts[7], 16, 16);
     test::fillRandom(bitmap, 9, 10, false);
     // Allocations in order on one thread: bucket counts, the low colour bits of every pixel, the
-    // locations, the distinct colours, a bucket's scratch and counters, and the entries twice
-    // (the second buffer is the sort's).
+    // locations, the scatter's line buffers and band starts, the distinct colours, a bucket's
+    // scratch and counters, and the entries twice (the second buffer is the sort's).
     const char* const messages[] = {
         "Couldn't get memory for sortable pixel table\n",
         "Couldn't get memory for sortable pixel table\n",
         "Couldn't get memory for pixel location table\n",
+        "Couldn't get memory for sortable pixel table\n",
+        "Couldn't get memory for sortable pixel table\n",
         "Couldn't get memory for rgb color table\n",
         "Couldn't get memory for sortable pixel table\n",
         "Couldn't get memory for sortable pixel table\n",
