@@ -7,7 +7,7 @@
 #include "engine/PackedSamples.h"
 #include "engine/PixelColorGrouping.h"
 #include "engine/TableAllocation.h"
-#include "engine/WorkerThreads.h"
+#include "engine/TableThreads.h"
 
 #include <algorithm>
 #include <array>

@@ -1,6 +1,6 @@
 #include "engine/ColorTableOrder.h"
 
-#include "engine/WorkerThreads.h"
+#include "engine/TableThreads.h"
 
 #include <algorithm>
 #include <array>

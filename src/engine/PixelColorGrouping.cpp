@@ -1,7 +1,7 @@
 #include "engine/PixelColorGrouping.h"
 
 #include "engine/TableAllocation.h"
-#include "engine/WorkerThreads.h"
+#include "engine/TableThreads.h"
 
 #include <algorithm>
 #include <atomic>
