@@ -239,46 +239,39 @@ TEST(CircularSliderValueField, ArrowKeysStepByOneOrTenDegreesAndWrap)
 
 TEST(CircularSliderBindings, SettersPushTheirKeyThenItsDependencies)
 {
-    const char* const keys[] = {"values",     "middleValue",       "upperValue",
-                                "lowerValue", "upperFalloffValue", "lowerFalloffValue"};
-    const std::vector<std::vector<std::string>> expected = {
-        {"values", "middleValue", "upperValue", "lowerValue", "upperFalloffValue",
-         "lowerFalloffValue"},
-        {"middleValue", "values", "upperValue", "lowerValue"},
-        {"upperValue", "values", "middleValue"},
-        {"lowerValue", "values", "middleValue"},
-        {"upperFalloffValue", "values", "middleValue", "upperValue"},
-        {"lowerFalloffValue", "values", "middleValue", "lowerValue"}};
-    for (std::size_t setter = 0; setter < 6; ++setter) {
+    using Keys = std::vector<std::string>;
+    const struct {
+        void (*set)(KVCircularSliderModel&);
+        Keys pushed;
+    } cases[] = {
+        {[](KVCircularSliderModel& s) {
+             s.setValues({0.25, 0.125, 0.0, -0.125, -0.25});
+         },
+         {"values", "middleValue", "upperValue", "lowerValue", "upperFalloffValue",
+          "lowerFalloffValue"}},
+        {[](KVCircularSliderModel& s) { s.setMiddleValue(0.25); },
+         {"middleValue", "values", "upperValue", "lowerValue"}},
+        {[](KVCircularSliderModel& s) { s.setUpperValue(0.125); },
+         {"upperValue", "values", "middleValue"}},
+        {[](KVCircularSliderModel& s) { s.setLowerValue(-0.125); },
+         {"lowerValue", "values", "middleValue"}},
+        {[](KVCircularSliderModel& s) { s.setUpperFalloffValue(0.125); },
+         {"upperFalloffValue", "values", "middleValue", "upperValue"}},
+        {[](KVCircularSliderModel& s) { s.setLowerFalloffValue(-0.125); },
+         {"lowerFalloffValue", "values", "middleValue", "lowerValue"}},
+    };
+    for (const auto& c : cases) {
         KVCircularSliderModel ring(true);
-        std::vector<std::string> pushed;
-        for (const char* key : keys) {
+        Keys pushed;
+        for (const char* key : {"values", "middleValue", "upperValue", "lowerValue",
+                                "upperFalloffValue", "lowerFalloffValue"}) {
             ring.bindings().bind(key, [&pushed, key] { pushed.push_back(key); });
         }
         int actions = 0;
         ring.bindings().setAction([&] { ++actions; });
-        switch (setter) {
-        case 0:
-            ring.setValues(KVSliderValues{0.25, 0.125, 0.0, -0.125, -0.25});
-            break;
-        case 1:
-            ring.setMiddleValue(0.25);
-            break;
-        case 2:
-            ring.setUpperValue(0.125);
-            break;
-        case 3:
-            ring.setLowerValue(-0.125);
-            break;
-        case 4:
-            ring.setUpperFalloffValue(0.125);
-            break;
-        default:
-            ring.setLowerFalloffValue(-0.125);
-            break;
-        }
-        EXPECT_EQ(pushed, expected[setter]) << keys[setter];
-        EXPECT_EQ(actions, 1) << keys[setter];
+        c.set(ring);
+        EXPECT_EQ(pushed, c.pushed) << c.pushed.front();
+        EXPECT_EQ(actions, 1) << c.pushed.front();
     }
 }
 

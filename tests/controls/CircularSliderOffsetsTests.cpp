@@ -40,63 +40,26 @@ TEST(CircularSliderSetup, InitialValuesAndAllowableTotal)
 TEST(CircularSliderOffsets, FromValues)
 {
     const struct {
-        const char* name;
         bool wraps, centering;
         KVSliderValues values;
         KVSliderOffsets offsets;
     } cases[] = {
-        {"ring, middle wrapped",
-         true,
-         false,
-         {1.875, 1.75, 1.5, 1.25, 1.125},
-         {0.125, 0.25, 0.5, 0.25, 0.125}},
-        {"ring, bounds given wrapped",
-         true,
-         false,
-         {0.125, 0.0625, 0.9375, 0.75, 0.5},
-         {0.0625, 0.125, 0.9375, 0.1875, 0.25}},
+        {true, false, {1.875, 1.75, 1.5, 1.25, 1.125}, {0.125, 0.25, 0.5, 0.25, 0.125}},
+        {true, false, {0.125, 0.0625, 0.9375, 0.75, 0.5}, {0.0625, 0.125, 0.9375, 0.1875, 0.25}},
         // A lower bound on the middle is a whole turn away, an upper bound on it none.
-        {"ring, bounds on the middle",
-         true,
-         false,
-         {0.5, 0.5, 0.5, 0.5, 0.5},
-         {0.0, 0.0, 0.5, 1.0, 1.0}},
-        {"ring, centred",
-         true,
-         true,
-         {0.5, 0.375, 0.25, 0.0, -0.25},
-         {0.125, 0.1875, 0.1875, 0.1875, 0.25}},
-        {"straight",
-         false,
-         false,
-         {0.875, 0.75, 0.5, 0.375, 0.125},
-         {0.125, 0.25, 0.5, 0.125, 0.25}},
-        {"straight, ends limit",
-         false,
-         false,
-         {2.0, 1.5, 0.5, -1.0, -2.0},
-         {-0.5, 0.5, 0.5, 0.5, -1.0}},
-        {"straight, bounds reversed",
-         false,
-         false,
-         {0.25, 0.375, 0.5, 0.625, 0.75},
-         {0.0, 0.0, 0.5, 0.0, 0.0}},
+        {true, false, {0.5, 0.5, 0.5, 0.5, 0.5}, {0.0, 0.0, 0.5, 1.0, 1.0}},
+        {true, true, {0.5, 0.375, 0.25, 0.0, -0.25}, {0.125, 0.1875, 0.1875, 0.1875, 0.25}},
+        {false, false, {0.875, 0.75, 0.5, 0.375, 0.125}, {0.125, 0.25, 0.5, 0.125, 0.25}},
+        {false, false, {2.0, 1.5, 0.5, -1.0, -2.0}, {-0.5, 0.5, 0.5, 0.5, -1.0}},   // ends limit
+        {false, false, {0.25, 0.375, 0.5, 0.625, 0.75}, {0.0, 0.0, 0.5, 0.0, 0.0}}, // reversed
         // Distances come from the raw middle; only the stored middle is clamped.
-        {"straight, middle past the end",
-         false,
-         false,
-         {1.5, 1.25, 1.125, 0.875, 0.75},
-         {-0.25, -0.125, 1.0, 0.25, 0.125}},
-        {"straight, centred",
-         false,
-         true,
-         {1.0, 0.875, 0.5, 0.375, 0.25},
-         {0.125, 0.25, 0.625, 0.25, 0.125}},
+        {false, false, {1.5, 1.25, 1.125, 0.875, 0.75}, {-0.25, -0.125, 1.0, 0.25, 0.125}},
+        {false, true, {1.0, 0.875, 0.5, 0.375, 0.25}, {0.125, 0.25, 0.625, 0.25, 0.125}},
     };
     for (const auto& c : cases) {
         KVCircularSliderModel slider(c.wraps);
         slider.setCenterThumbWithinOffsets(c.centering);
-        EXPECT_EQ(slider.offsetsFromValues(c.values), c.offsets) << c.name;
+        EXPECT_EQ(slider.offsetsFromValues(c.values), c.offsets) << c.values.middle;
     }
 
     KVCircularSliderModel ring(true);
@@ -124,46 +87,30 @@ TEST(CircularSliderOffsets, CentringMovesTheMiddleHalfwayBetweenTheBounds)
 TEST(CircularSliderOffsets, Clamped)
 {
     const double hair = 100.0 * ulpBelowOne();
+    const KVSliderOffsets tooLong{0.3125, 0.3125, 0.5, 0.3125, 0.3125};
     const struct {
-        const char* name;
         bool wraps;
         int heldPart;
         KVSliderOffsets raw, clamped;
     } cases[] = {
-        {"ring, fits", true, 0, {0.125, 0.25, 0.5, 0.25, 0.125}, {0.125, 0.25, 0.5, 0.25, 0.125}},
-        {"ring, middle wrapped", true, 0, {0, 0, -0.25, 0, 0}, {0, 0, 0.75, 0, 0}},
-        {"ring, negative offsets", true, 0, {-0.5, -0.25, 0.5, -0.125, -1}, {0, 0, 0.5, 0, 0}},
+        {true, 0, {0.125, 0.25, 0.5, 0.25, 0.125}, {0.125, 0.25, 0.5, 0.25, 0.125}},
+        {true, 0, {0, 0, -0.25, 0, 0}, {0, 0, 0.75, 0, 0}},
+        {true, 0, {-0.5, -0.25, 0.5, -0.125, -1}, {0, 0, 0.5, 0, 0}},
         // 4 x 0.3125 = 1.25: the lower fall-off gives way, or the upper one while the upper
         // thumb is held.
-        {"ring, too long",
-         true,
-         0,
-         {0.3125, 0.3125, 0.5, 0.3125, 0.3125},
-         {0.3125, 0.3125, 0.5, 0.3125, 0.0625 - hair}},
-        {"ring, too long, upper held",
-         true,
-         kCircularPartUpper,
-         {0.3125, 0.3125, 0.5, 0.3125, 0.3125},
-         {0.0625 - hair, 0.3125, 0.5, 0.3125, 0.3125}},
-        {"straight, fits", false, 0, {0.5, 0.25, 0.5, 0.125, 0.5}, {0.25, 0.25, 0.5, 0.125, 0.375}},
-        {"straight, ends limit",
-         false,
-         0,
-         {0.125, 0.5, 0.75, 0.875, 0.0625},
-         {0.0, 0.25, 0.75, 0.75, 0.0}},
-        {"straight, middle past the end",
-         false,
-         0,
-         {0.125, 0.25, 1.5, 0.25, 0.125},
-         {0.0, 0.0, 1.0, 0.25, 0.125}},
-        {"straight, negative", false, 0, {-0.125, -0.25, 0.5, -0.25, -0.125}, {0, 0, 0.5, 0, 0}},
+        {true, 0, tooLong, {0.3125, 0.3125, 0.5, 0.3125, 0.0625 - hair}},
+        {true, kCircularPartUpper, tooLong, {0.0625 - hair, 0.3125, 0.5, 0.3125, 0.3125}},
+        {false, 0, {0.5, 0.25, 0.5, 0.125, 0.5}, {0.25, 0.25, 0.5, 0.125, 0.375}},
+        {false, 0, {0.125, 0.5, 0.75, 0.875, 0.0625}, {0.0, 0.25, 0.75, 0.75, 0.0}},
+        {false, 0, {0.125, 0.25, 1.5, 0.25, 0.125}, {0.0, 0.0, 1.0, 0.25, 0.125}},
+        {false, 0, {-0.125, -0.25, 0.5, -0.25, -0.125}, {0, 0, 0.5, 0, 0}},
     };
     for (const auto& c : cases) {
         KVCircularSliderModel slider = sliderWith(c.wraps, c.raw);
         if (c.heldPart != 0) { // the clamp looks at the part being dragged
             ASSERT_TRUE(slider.mouseDown(c.heldPart, slider.valueForControlPart(c.heldPart)));
         }
-        EXPECT_EQ(slider.clampedOffsets(c.raw), c.clamped) << c.name;
+        EXPECT_EQ(slider.clampedOffsets(c.raw), c.clamped) << c.wraps << " " << c.raw.middleValue;
     }
 }
 

@@ -81,138 +81,39 @@ TEST(CircularSliderTakeMiddle, StraightKeepsTheRangeOnTheScale)
 
 TEST(CircularSliderTakeBounds, Table)
 {
+    enum : int { ring = 1, upper = 2, centred = 4 };
+    const KVSliderOffsets narrow{0.0625, 0.0625, 0.0625, 0.0625, 0.0625};
+    const KVSliderOffsets straight{0, 0.25, 0.5, 0.25, 0};
+    const KVSliderOffsets falloffs{0.25, 0.125, 0.5, 0.125, 0.25};
     const struct {
-        const char* name;
-        bool wraps, upper, centering;
+        int flags;
         double value;
         KVSliderOffsets start, offsets;
     } cases[] = {
-        {"ring upper out, centred",
-         true,
-         true,
-         true,
-         0.75,
-         kRingAtHalf,
-         {0.0625, 0.1875, 0.5625, 0.1875, 0.0625}},
-        {"ring upper below lower",
-         true,
-         true,
-         true,
-         0.25,
-         kRingAtHalf,
-         {0.0625, 0.0, 0.375, 0.0, 0.0625}},
-        {"ring upper out",
-         true,
-         true,
-         false,
-         0.75,
-         kRingAtHalf,
-         {0.0625, 0.25, 0.5, 0.125, 0.0625}},
-        {"ring upper below middle",
-         true,
-         true,
-         false,
-         0.375,
-         kRingAtHalf,
-         {0.0625, 0.0, 0.5, 0.125, 0.0625}},
-        {"ring lower out, centred",
-         true,
-         false,
-         true,
-         0.25,
-         kRingAtHalf,
-         {0.0625, 0.1875, 0.4375, 0.1875, 0.0625}},
-        {"ring lower above upper",
-         true,
-         false,
-         true,
-         0.75,
-         kRingAtHalf,
-         {0.0625, 0.0, 0.625, 0.0, 0.0625}},
-        {"ring lower out",
-         true,
-         false,
-         false,
-         0.25,
-         kRingAtHalf,
-         {0.0625, 0.125, 0.5, 0.25, 0.0625}},
-        {"ring lower in",
-         true,
-         false,
-         false,
-         0.4375,
-         kRingAtHalf,
-         {0.0625, 0.125, 0.5, 0.0625, 0.0625}},
+        {ring | upper | centred, 0.75, kRingAtHalf, {0.0625, 0.1875, 0.5625, 0.1875, 0.0625}},
+        {ring | upper | centred, 0.25, kRingAtHalf, {0.0625, 0.0, 0.375, 0.0, 0.0625}},
+        {ring | upper, 0.75, kRingAtHalf, {0.0625, 0.25, 0.5, 0.125, 0.0625}},
+        {ring | upper, 0.375, kRingAtHalf, {0.0625, 0.0, 0.5, 0.125, 0.0625}},
+        {ring | centred, 0.25, kRingAtHalf, {0.0625, 0.1875, 0.4375, 0.1875, 0.0625}},
+        {ring | centred, 0.75, kRingAtHalf, {0.0625, 0.0, 0.625, 0.0, 0.0625}},
+        {ring, 0.25, kRingAtHalf, {0.0625, 0.125, 0.5, 0.25, 0.0625}},
+        {ring, 0.4375, kRingAtHalf, {0.0625, 0.125, 0.5, 0.0625, 0.0625}},
         // Across 0 the value is taken as given: -0.0625 widens, 0.9375 lies above the upper bound.
-        {"ring lower across 0",
-         true,
-         false,
-         true,
-         -0.0625,
-         {0.0625, 0.0625, 0.0625, 0.0625, 0.0625},
-         {0.0625, 0.09375, 0.03125, 0.09375, 0.0625}},
-        {"ring lower given wrapped",
-         true,
-         false,
-         true,
-         0.9375,
-         {0.0625, 0.0625, 0.0625, 0.0625, 0.0625},
-         {0.0625, 0.0, 0.125, 0.0, 0.0625}},
-        {"straight upper, centred",
-         false,
-         true,
-         true,
-         0.875,
-         {0, 0.25, 0.5, 0.25, 0},
-         {0.0, 0.3125, 0.5625, 0.3125, 0.0}},
-        {"straight upper past the end",
-         false,
-         true,
-         true,
-         1.5,
-         {0, 0.25, 0.5, 0.25, 0},
-         {0.0, 0.375, 0.625, 0.375, 0.0}},
-        {"straight upper past the end",
-         false,
-         true,
-         false,
-         1.5,
-         {0, 0.25, 0.5, 0.25, 0},
-         {0.0, 0.5, 0.5, 0.25, 0.0}},
-        {"straight lower, centred",
-         false,
-         false,
-         true,
-         0.125,
-         {0, 0.25, 0.5, 0.25, 0},
-         {0.0, 0.3125, 0.4375, 0.3125, 0.0}},
-        {"straight lower past the end",
-         false,
-         false,
-         false,
-         -1.0,
-         {0, 0.25, 0.5, 0.25, 0},
-         {0.0, 0.25, 0.5, 0.5, 0.0}},
+        {ring | centred, -0.0625, narrow, {0.0625, 0.09375, 0.03125, 0.09375, 0.0625}},
+        {ring | centred, 0.9375, narrow, {0.0625, 0.0, 0.125, 0.0, 0.0625}},
+        {upper | centred, 0.875, straight, {0.0, 0.3125, 0.5625, 0.3125, 0.0}},
+        {upper | centred, 1.5, straight, {0.0, 0.375, 0.625, 0.375, 0.0}},
+        {upper, 1.5, straight, {0.0, 0.5, 0.5, 0.25, 0.0}},
+        {centred, 0.125, straight, {0.0, 0.3125, 0.4375, 0.3125, 0.0}},
+        {0, -1.0, straight, {0.0, 0.25, 0.5, 0.5, 0.0}},
         // Not dragging: the fall-off is cut to the room left.
-        {"straight upper cuts its fall-off",
-         false,
-         true,
-         true,
-         0.875,
-         {0.25, 0.125, 0.5, 0.125, 0.25},
-         {0.125, 0.25, 0.625, 0.25, 0.25}},
-        {"straight lower cuts its fall-off",
-         false,
-         false,
-         true,
-         0.125,
-         {0.25, 0.125, 0.5, 0.125, 0.25},
-         {0.25, 0.25, 0.375, 0.25, 0.125}},
+        {upper | centred, 0.875, falloffs, {0.125, 0.25, 0.625, 0.25, 0.25}},
+        {centred, 0.125, falloffs, {0.25, 0.25, 0.375, 0.25, 0.125}},
     };
     for (const auto& c : cases) {
-        KVCircularSliderModel slider = sliderWith(c.wraps, c.start, c.centering);
-        c.upper ? slider.takeUpperValue(c.value) : slider.takeLowerValue(c.value);
-        EXPECT_EQ(slider.offsets(), c.offsets) << c.name;
+        KVCircularSliderModel slider = sliderWith(c.flags & ring, c.start, c.flags & centred);
+        (c.flags & upper) ? slider.takeUpperValue(c.value) : slider.takeLowerValue(c.value);
+        EXPECT_EQ(slider.offsets(), c.offsets) << c.flags << " " << c.value;
     }
 }
 
@@ -247,27 +148,22 @@ TEST(CircularSliderTakeFalloffs, Table)
 {
     const double room = 0.6875 - 100 * ulpBelowOne(); // T - 0.3125 on the ring
     const struct {
-        const char* name;
         bool wraps, upper;
         double value, offset;
     } cases[] = {
-        {"ring upper", true, true, 0.75, 0.125},
-        {"ring upper on the bound", true, true, 0.625, 0.0},
-        {"ring upper below the bound goes round", true, true, 0.5, room},
-        {"ring lower", true, false, 0.25, 0.125},
-        {"ring lower on the bound is a whole turn", true, false, 0.375, room},
-        {"ring lower given wrapped", true, false, 1.25, 0.125},
-        {"straight upper", false, true, 0.875, 0.25},
-        {"straight upper inside", false, true, 0.5, 0.0},
-        {"straight lower", false, false, 0.0, 0.375},
-        {"straight lower inside", false, false, 0.5, 0.0},
+        {true, true, 0.75, 0.125},  {true, true, 0.625, 0.0},   // on the bound
+        {true, true, 0.5, room},                                // below the bound goes round
+        {true, false, 0.25, 0.125}, {true, false, 0.375, room}, // on the bound is a whole turn
+        {true, false, 1.25, 0.125},                             // given wrapped
+        {false, true, 0.875, 0.25}, {false, true, 0.5, 0.0},
+        {false, false, 0.0, 0.375}, {false, false, 0.5, 0.0},
     };
     for (const auto& c : cases) {
         KVCircularSliderModel slider = sliderWith(c.wraps, kRingAtHalf);
         c.upper ? slider.takeUpperFalloffValue(c.value) : slider.takeLowerFalloffValue(c.value);
         const KVSliderOffsets o = slider.offsets();
-        EXPECT_EQ(c.upper ? o.upperFalloffOffset : o.lowerFalloffOffset, c.offset) << c.name;
-        EXPECT_EQ(c.upper ? o.lowerFalloffOffset : o.upperFalloffOffset, 0.0625) << c.name;
+        EXPECT_EQ(c.upper ? o.upperFalloffOffset : o.lowerFalloffOffset, c.offset) << c.value;
+        EXPECT_EQ(c.upper ? o.lowerFalloffOffset : o.upperFalloffOffset, 0.0625) << c.value;
     }
 }
 
