@@ -1,0 +1,145 @@
+#include "colour/IccProfiles.h"
+
+#include <lcms2.h>
+
+#include <memory>
+#include <string>
+
+namespace tintorra {
+
+namespace {
+
+struct ProfileCloser {
+    void operator()(void* profile) const { cmsCloseProfile(profile); }
+};
+using ProfileHandle = std::unique_ptr<void, ProfileCloser>;
+
+KVColorSpaceModel modelFromSignature(cmsColorSpaceSignature signature)
+{
+    switch (signature) {
+    case cmsSigGrayData:
+        return KVColorSpaceModel::gray;
+    case cmsSigRgbData:
+        return KVColorSpaceModel::rgb;
+    case cmsSigCmykData:
+        return KVColorSpaceModel::cmyk;
+    case cmsSigLabData:
+        return KVColorSpaceModel::lab;
+    case cmsSigMCH2Data:
+    case cmsSigMCH3Data:
+    case cmsSigMCH4Data:
+    case cmsSigMCH5Data:
+    case cmsSigMCH6Data:
+    case cmsSigMCH7Data:
+    case cmsSigMCH8Data:
+    case cmsSigMCH9Data:
+    case cmsSigMCHAData:
+    case cmsSigMCHBData:
+    case cmsSigMCHCData:
+    case cmsSigMCHDData:
+    case cmsSigMCHEData:
+    case cmsSigMCHFData:
+    case cmsSig2colorData:
+    case cmsSig3colorData:
+    case cmsSig4colorData:
+    case cmsSig5colorData:
+    case cmsSig6colorData:
+    case cmsSig7colorData:
+    case cmsSig8colorData:
+    case cmsSig9colorData:
+    case cmsSig10colorData:
+    case cmsSig11colorData:
+    case cmsSig12colorData:
+    case cmsSig13colorData:
+    case cmsSig14colorData:
+    case cmsSig15colorData:
+        return KVColorSpaceModel::deviceN;
+    default:
+        return KVColorSpaceModel::unknown;
+    }
+}
+
+void appendUtf8(std::string& text, char32_t c)
+{
+    if (c < 0x80) {
+        text += static_cast<char>(c);
+    } else if (c < 0x800) {
+        text += static_cast<char>(0xC0 | (c >> 6));
+        text += static_cast<char>(0x80 | (c & 0x3F));
+    } else if (c < 0x10000) {
+        text += static_cast<char>(0xE0 | (c >> 12));
+        text += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+        text += static_cast<char>(0x80 | (c & 0x3F));
+    } else if (c < 0x110000) {
+        text += static_cast<char>(0xF0 | (c >> 18));
+        text += static_cast<char>(0x80 | ((c >> 12) & 0x3F));
+        text += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
+        text += static_cast<char>(0x80 | (c & 0x3F));
+    }
+}
+
+// The description in UTF-8; Little CMS falls back to any language when there is no English one.
+std::string profileDescription(cmsHPROFILE profile)
+{
+    const cmsUInt32Number byteCount =
+        cmsGetProfileInfo(profile, cmsInfoDescription, "en", "US", nullptr, 0);
+    if (byteCount == 0) {
+        return {};
+    }
+    std::vector<wchar_t> wide(byteCount / sizeof(wchar_t) + 1, L'\0');
+    cmsGetProfileInfo(profile, cmsInfoDescription, "en", "US", wide.data(),
+                      static_cast<cmsUInt32Number>(wide.size() * sizeof(wchar_t)));
+    std::string text;
+    for (const wchar_t c : wide) {
+        if (c == L'\0') {
+            break;
+        }
+        appendUtf8(text, static_cast<char32_t>(c));
+    }
+    return text;
+}
+
+KVColorSpace makeSRGBColorSpace()
+{
+    std::vector<std::uint8_t> bytes;
+    const ProfileHandle profile(cmsCreate_sRGBProfile());
+    cmsUInt32Number size = 0;
+    if (profile && cmsSaveProfileToMem(profile.get(), nullptr, &size) && size > 0) {
+        bytes.resize(size);
+        if (!cmsSaveProfileToMem(profile.get(), bytes.data(), &size)) {
+            bytes.clear();
+        }
+    }
+    // Without bytes the space is still sRGB: the matrix code falls back to the sRGB row.
+    return {KVColorSpaceModel::rgb, "sRGB", std::move(bytes)};
+}
+
+} // namespace
+
+std::optional<KVColorSpace> colorSpaceFromIccProfile(std::vector<std::uint8_t> bytes)
+{
+    if (bytes.empty()) {
+        return std::nullopt;
+    }
+    const ProfileHandle profile(
+        cmsOpenProfileFromMem(bytes.data(), static_cast<cmsUInt32Number>(bytes.size())));
+    if (!profile) {
+        return std::nullopt;
+    }
+    const KVColorSpaceModel model = modelFromSignature(cmsGetColorSpace(profile.get()));
+    std::string name = profileDescription(profile.get());
+    return KVColorSpace(model, std::move(name), std::move(bytes));
+}
+
+KVColorSpace sRGBColorSpace()
+{
+    static const KVColorSpace space = makeSRGBColorSpace();
+    return space;
+}
+
+std::optional<KVColorSpace> colorSpaceForMainScreen()
+{
+    return std::nullopt;
+}
+
+} // namespace tintorra
