@@ -47,15 +47,12 @@ public:
     // The four constructors of common layouts (device grey or device RGB, row bytes computed).
     static std::shared_ptr<KVBitmap> deviceWhite8Rep(std::int64_t pixelsWide,
                                                      std::int64_t pixelsHigh);
-    static std::shared_ptr<KVBitmap> deviceWhiteAlpha88Rep(std::int64_t pixelsWide,
-                                                           std::int64_t pixelsHigh,
-                                                           bool premultiplyAlpha);
-    static std::shared_ptr<KVBitmap> deviceRGBA8888Rep(std::int64_t pixelsWide,
-                                                       std::int64_t pixelsHigh,
-                                                       bool premultiplyAlpha);
-    static std::shared_ptr<KVBitmap> deviceARGB8888Rep(std::int64_t pixelsWide,
-                                                       std::int64_t pixelsHigh,
-                                                       bool premultiplyAlpha);
+    static std::shared_ptr<KVBitmap>
+    deviceWhiteAlpha88Rep(std::int64_t pixelsWide, std::int64_t pixelsHigh, bool premultiplyAlpha);
+    static std::shared_ptr<KVBitmap>
+    deviceRGBA8888Rep(std::int64_t pixelsWide, std::int64_t pixelsHigh, bool premultiplyAlpha);
+    static std::shared_ptr<KVBitmap>
+    deviceARGB8888Rep(std::int64_t pixelsWide, std::int64_t pixelsHigh, bool premultiplyAlpha);
 
     // A deep copy with the same layout, colour space, size and samples.
     std::shared_ptr<KVBitmap> copy() const;
@@ -88,6 +85,9 @@ public:
     void getBitmapDataPlanes(std::uint8_t* planes[5]);
     // Bytes of one plane (of the whole image when chunky).
     std::size_t planeBytes() const;
+    // Bytes of sample memory from bitmapData(): the planes and, for planar bitmaps of 16-bit
+    // samples, the zeroed slack that the pixel routines' doubled plane distances reach into.
+    std::size_t sampleBytes() const { return samples_.size(); }
 
     // The size in points; 72 points per inch, so by default one point per pixel.
     double width() const { return width_; }
