@@ -17,6 +17,8 @@ constexpr std::uint32_t kFileHeaderSize = 14;
 constexpr std::uint32_t kInfoHeaderSize = 40;
 constexpr std::uint32_t kV5HeaderSize = 124;
 constexpr std::uint32_t kCompressionRGB = 0;
+constexpr std::uint32_t kCompressionRLE8 = 1;
+constexpr std::uint32_t kCompressionRLE4 = 2;
 constexpr std::uint32_t kCompressionBitfields = 3;
 constexpr std::uint32_t kCompressionAlphaBitfields = 6;
 // Colour space types of the version 5 header.
@@ -57,6 +59,66 @@ struct MaskedChannel {
                                          maximum);
     }
 };
+
+// Expands run-length encoded palette indices (8 or 4 bits) into one index per pixel, rows from
+// the bottom as the file stores them. Pixels the encoding skips keep index 0. False when the
+// data ends early.
+bool expandRunLengths(std::span<const std::uint8_t> data, std::uint64_t at, std::int64_t width,
+                      std::int64_t height, int bits, std::vector<std::uint8_t>& indices)
+{
+    indices.assign(static_cast<std::size_t>(width * height), 0);
+    std::int64_t x = 0;
+    std::int64_t y = 0;
+    const auto next = [&](std::uint8_t& byte) {
+        if (at >= data.size())
+            return false;
+        byte = data[at++];
+        return true;
+    };
+    const auto put = [&](std::uint8_t index) {
+        if (x < width && y < height)
+            indices[static_cast<std::size_t>(y * width + x)] = index;
+        ++x;
+    };
+    while (y < height) {
+        std::uint8_t count = 0;
+        std::uint8_t value = 0;
+        if (!next(count) || !next(value))
+            return false;
+        if (count > 0) {
+            for (int i = 0; i < count; ++i)
+                put(bits == 8 ? value
+                              : static_cast<std::uint8_t>(i % 2 == 0 ? value >> 4 : value & 15));
+            continue;
+        }
+        if (value == 0) {
+            x = 0;
+            ++y;
+        } else if (value == 1) {
+            return true;
+        } else if (value == 2) {
+            std::uint8_t dx = 0;
+            std::uint8_t dy = 0;
+            if (!next(dx) || !next(dy))
+                return false;
+            x += dx;
+            y += dy;
+        } else {
+            // Absolute run: `value` indices, padded to a 16-bit boundary.
+            const int bytes = bits == 8 ? value : (value + 1) / 2;
+            std::uint8_t byte = 0;
+            for (int i = 0; i < value; ++i) {
+                if ((bits == 8 || i % 2 == 0) && !next(byte))
+                    return false;
+                put(bits == 8 ? byte
+                              : static_cast<std::uint8_t>(i % 2 == 0 ? byte >> 4 : byte & 15));
+            }
+            if (bytes % 2 == 1 && !next(byte))
+                return false;
+        }
+    }
+    return true;
+}
 
 IOResult<KVBitmapPtr> decodeBmp(std::span<const std::uint8_t> data)
 {
@@ -117,10 +179,13 @@ IOResult<KVBitmapPtr> decodeBmp(std::span<const std::uint8_t> data)
     height = std::abs(height);
     if (width <= 0 || height <= 0)
         return ioError("The BMP image has no pixels.");
+    const bool runLengths = (compression == kCompressionRLE8 && bitCount == 8) ||
+                            (compression == kCompressionRLE4 && bitCount == 4);
     if (compression != kCompressionRGB && compression != kCompressionBitfields &&
-        compression != kCompressionAlphaBitfields)
-        return ioError("The BMP image is run-length or otherwise compressed, which Tintorra "
-                       "cannot open.");
+        compression != kCompressionAlphaBitfields && !runLengths)
+        return ioError("The BMP image is compressed in a way Tintorra cannot open.");
+    if (runLengths && topDown)
+        return truncated();
 
     const bool indexed = bitCount == 1 || bitCount == 4 || bitCount == 8;
     if (!indexed && bitCount != 16 && bitCount != 24 && bitCount != 32)
@@ -163,7 +228,7 @@ IOResult<KVBitmapPtr> decodeBmp(std::span<const std::uint8_t> data)
 
     const std::uint64_t stride = ((static_cast<std::uint64_t>(width) * bitCount + 31) / 32) * 4;
     if (pixelOffset > data.size() ||
-        stride * static_cast<std::uint64_t>(height) > data.size() - pixelOffset)
+        (!runLengths && stride * static_cast<std::uint64_t>(height) > data.size() - pixelOffset))
         return truncated();
 
     KVBitmapLayout layout;
@@ -179,11 +244,23 @@ IOResult<KVBitmapPtr> decodeBmp(std::span<const std::uint8_t> data)
         return allocated;
     KVBitmapPtr bitmap = allocated.take();
 
+    std::vector<std::uint8_t> expanded;
+    if (runLengths && !expandRunLengths(data, pixelOffset, width, height, bitCount, expanded))
+        return truncated();
+
     const int samples = alpha ? 4 : 3;
     for (std::int64_t y = 0; y < height; ++y) {
         const std::int64_t fileRow = topDown ? y : height - 1 - y;
-        const std::uint8_t* in = &data[pixelOffset + static_cast<std::uint64_t>(fileRow) * stride];
         std::uint8_t* out = bitmap->bitmapData() + y * bitmap->bytesPerRow();
+        if (runLengths) {
+            const std::uint8_t* in = expanded.data() + fileRow * width;
+            for (std::int64_t x = 0; x < width; ++x, out += samples) {
+                const auto& colour = in[x] < colours.size() ? colours[in[x]] : colours.back();
+                std::memcpy(out, colour.data(), 3);
+            }
+            continue;
+        }
+        const std::uint8_t* in = &data[pixelOffset + static_cast<std::uint64_t>(fileRow) * stride];
         for (std::int64_t x = 0; x < width; ++x, out += samples) {
             if (indexed) {
                 const std::uint64_t bit = static_cast<std::uint64_t>(x) * bitCount;
