@@ -1,6 +1,7 @@
 #include "imageio/MedianCut.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace tintorra {
 
@@ -114,11 +115,20 @@ MedianCutPalette medianCutPalette(const ColourHistogram& histogram, std::size_t 
     boxes.push_back(all);
 
     while (boxes.size() < maximumColours) {
+        // The box whose pixels spread furthest: population times its longest side.
         std::size_t chosen = boxes.size();
+        std::uint64_t chosenWeight = 0;
         for (std::size_t i = 0; i < boxes.size(); ++i) {
-            if (splittable(boxes[i]) &&
-                (chosen == boxes.size() || boxes[i].population > boxes[chosen].population))
+            if (!splittable(boxes[i]))
+                continue;
+            const int side = std::max({boxes[i].high[0] - boxes[i].low[0],
+                                       boxes[i].high[1] - boxes[i].low[1],
+                                       boxes[i].high[2] - boxes[i].low[2]});
+            const std::uint64_t weight = boxes[i].population * static_cast<std::uint64_t>(side);
+            if (chosen == boxes.size() || weight > chosenWeight) {
                 chosen = i;
+                chosenWeight = weight;
+            }
         }
         if (chosen == boxes.size())
             break;
@@ -128,13 +138,11 @@ MedianCutPalette medianCutPalette(const ColourHistogram& histogram, std::size_t 
         boxes.push_back(other);
     }
 
-    for (std::size_t i = 0; i < boxes.size(); ++i) {
-        const Box& box = boxes[i];
+    for (const Box& box : boxes) {
         std::uint64_t sums[3] = {};
         for (int bin = 0; bin < ColourHistogram::kBins; ++bin) {
             if (!contains(box, bin))
                 continue;
-            palette.indexOfBin[static_cast<std::size_t>(bin)] = static_cast<std::uint16_t>(i);
             for (int c = 0; c < 3; ++c)
                 sums[c] += histogram.sum(bin, c);
         }
@@ -142,6 +150,31 @@ MedianCutPalette medianCutPalette(const ColourHistogram& histogram, std::size_t 
         palette.colours.push_back({static_cast<std::uint8_t>((sums[0] + n / 2) / n),
                                    static_cast<std::uint8_t>((sums[1] + n / 2) / n),
                                    static_cast<std::uint8_t>((sums[2] + n / 2) / n)});
+    }
+
+    // Each bin takes the palette colour nearest to the mean of its pixels, which near box edges
+    // is often a neighbouring box's.
+    for (int bin = 0; bin < ColourHistogram::kBins; ++bin) {
+        const std::uint64_t n = histogram.count(bin);
+        if (n == 0)
+            continue;
+        int mean[3];
+        for (int c = 0; c < 3; ++c)
+            mean[c] = static_cast<int>((histogram.sum(bin, c) + n / 2) / n);
+        int best = 0;
+        int bestDistance = std::numeric_limits<int>::max();
+        for (std::size_t i = 0; i < palette.colours.size(); ++i) {
+            int distance = 0;
+            for (int c = 0; c < 3; ++c) {
+                const int d = mean[c] - palette.colours[i][static_cast<std::size_t>(c)];
+                distance += d * d;
+            }
+            if (distance < bestDistance) {
+                bestDistance = distance;
+                best = static_cast<int>(i);
+            }
+        }
+        palette.indexOfBin[static_cast<std::size_t>(bin)] = static_cast<std::uint16_t>(best);
     }
     return palette;
 }

@@ -36,8 +36,8 @@ private:
 
 // A palette of at most `maximumColours` colours by median cut: the box of colours holding the
 // most pixels is split at the median of its longest side until there are enough boxes; each box
-// gives the mean of its pixels. `indexOfBin` maps every histogram bin to the palette entry of
-// its box.
+// gives the mean of its pixels. `indexOfBin` maps every histogram bin that holds pixels to the
+// palette entry nearest to their mean.
 struct MedianCutPalette {
     std::vector<PaletteColour> colours;
     std::vector<std::uint16_t> indexOfBin;

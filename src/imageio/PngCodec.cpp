@@ -114,6 +114,9 @@ bool readPngRows(png_structp png, png_bytepp rows)
     if (setjmp(png_jmpbuf(png)))
         return false;
     png_read_image(png, rows);
+    // Reading to the end checks the rest of the file, so that a damaged or cut-off tail is
+    // reported rather than ignored.
+    png_read_end(png, nullptr);
     return true;
 }
 

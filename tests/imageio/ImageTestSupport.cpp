@@ -69,8 +69,7 @@ std::uint32_t sampleAt(const KVBitmap& bitmap, std::int64_t x, std::int64_t y, i
     return *p;
 }
 
-void setSampleAt(KVBitmap& bitmap, std::int64_t x, std::int64_t y, int channel,
-                 std::uint32_t value)
+void setSampleAt(KVBitmap& bitmap, std::int64_t x, std::int64_t y, int channel, std::uint32_t value)
 {
     std::uint8_t* p = sampleAddress(bitmap, x, y, channel);
     if (bitmap.bitsPerSample() == 16) {
