@@ -1,6 +1,7 @@
 #include "colour/IccProfiles.h"
 #include "imageio/DecodedBitmap.h"
 #include "imageio/ImageCodec.h"
+#include "imageio/ImageLimits.h"
 #include "imageio/SampleRows.h"
 
 #include <openjpeg.h>
@@ -183,6 +184,32 @@ IOResult<KVBitmapPtr> decodeJpeg2000(std::span<const std::uint8_t> data)
     const std::uint32_t width = image->x1 - image->x0;
     const std::uint32_t height = image->y1 - image->y0;
 
+    if (image->numcomps > 5)
+        return ioError("The JPEG 2000 image has more channels than colour and one alpha channel, "
+                       "which Tintorra cannot open.");
+    std::uint32_t precision = 0;
+    for (std::uint32_t c = 0; c < image->numcomps; ++c) {
+        if (image->comps[c].prec == 0 || image->comps[c].prec > 16)
+            return ioError("The JPEG 2000 image has components of more than 16 bits, which "
+                           "Tintorra cannot open.");
+        if (image->comps[c].dx == 0 || image->comps[c].dy == 0)
+            return damaged();
+        precision = std::max(precision, image->comps[c].prec);
+    }
+    const int bits = precision <= 8 ? 8 : 16;
+    // OpenJPEG decodes into 32-bit integers per sample beside the bitmap: check before it
+    // allocates them.
+    IOStatus fits = checkImageDimensions(width, height, image->numcomps,
+                                         static_cast<std::uint64_t>(bits), sizeof(OPJ_INT32));
+    if (!fits)
+        return ioError(fits.error());
+
+    if (!opj_decode(codec.get(), stream.get(), image.get()) ||
+        !opj_end_decompress(codec.get(), stream.get()))
+        return damaged();
+
+    // The colour specification, the profile and the channel definitions are applied to the
+    // image while decoding, so they are read only now.
     const OPJ_COLOR_SPACE space = image->color_space;
     const std::uint32_t components = image->numcomps;
     if (space == OPJ_CLRSPC_EYCC)
@@ -216,16 +243,6 @@ IOResult<KVBitmapPtr> decodeJpeg2000(std::span<const std::uint8_t> data)
         return ioError("The JPEG 2000 image has more channels than colour and one alpha channel, "
                        "which Tintorra cannot open.");
     const bool alpha = components == static_cast<std::uint32_t>(colours) + 1;
-    std::uint32_t precision = 0;
-    for (std::uint32_t c = 0; c < components; ++c) {
-        if (image->comps[c].prec == 0 || image->comps[c].prec > 16)
-            return ioError("The JPEG 2000 image has components of more than 16 bits, which "
-                           "Tintorra cannot open.");
-        if (image->comps[c].dx == 0 || image->comps[c].dy == 0)
-            return damaged();
-        precision = std::max(precision, image->comps[c].prec);
-    }
-    const int bits = precision <= 8 ? 8 : 16;
 
     KVBitmapLayout layout;
     layout.pixelsWide = width;
@@ -242,16 +259,10 @@ IOResult<KVBitmapPtr> decodeJpeg2000(std::span<const std::uint8_t> data)
     KVColorSpace colorSpace = colorSpaceForDecodedImage(model, std::move(icc));
     if (space == OPJ_CLRSPC_SRGB && !colorSpace.hasIccProfile())
         colorSpace = sRGBColorSpace();
-    // OpenJPEG decodes into 32-bit integers per sample beside the bitmap.
-    IOResult<KVBitmapPtr> allocated =
-        allocateBitmapForDecoding(layout, std::move(colorSpace), sizeof(OPJ_INT32));
+    IOResult<KVBitmapPtr> allocated = allocateBitmapForDecoding(layout, std::move(colorSpace));
     if (!allocated)
         return allocated;
     KVBitmapPtr bitmap = allocated.take();
-
-    if (!opj_decode(codec.get(), stream.get(), image.get()) ||
-        !opj_end_decompress(codec.get(), stream.get()))
-        return damaged();
 
     ComponentReader readers[5];
     for (std::uint32_t c = 0; c < components; ++c) {
@@ -318,8 +329,11 @@ private:
 
 // ---- writing ----
 
+// The codestream is written after `base` bytes of file header, so OpenJPEG's stream positions
+// are offset by it.
 struct MemoryOutput {
     std::vector<std::uint8_t> bytes;
+    std::uint64_t base = 0;
     std::uint64_t position = 0;
     bool outOfMemory = false;
 };
@@ -353,8 +367,73 @@ OPJ_BOOL seekOutput(OPJ_OFF_T position, void* userData)
 {
     if (position < 0)
         return OPJ_FALSE;
-    static_cast<MemoryOutput*>(userData)->position = static_cast<std::uint64_t>(position);
+    auto& output = *static_cast<MemoryOutput*>(userData);
+    output.position = output.base + static_cast<std::uint64_t>(position);
     return OPJ_TRUE;
+}
+
+void appendBig(std::vector<std::uint8_t>& out, std::uint64_t value, int bytes)
+{
+    for (int i = bytes - 1; i >= 0; --i)
+        out.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
+}
+
+void appendBoxHeader(std::vector<std::uint8_t>& out, std::uint32_t length, const char* type)
+{
+    appendBig(out, length, 4);
+    out.insert(out.end(), type, type + 4);
+}
+
+// The boxes of a .jp2 file up to and including the header of the codestream box, whose length
+// is filled in once the codestream is written. The colour specification is the image's ICC
+// profile when it has one, otherwise the enumerated space of its model; a channel definition
+// marks alpha as plain or premultiplied opacity.
+std::vector<std::uint8_t> jp2Header(std::uint32_t width, std::uint32_t height,
+                                    std::uint32_t components, std::uint32_t bits,
+                                    OPJ_COLOR_SPACE space, const std::vector<std::uint8_t>& icc,
+                                    bool alpha, bool premultiplied)
+{
+    std::vector<std::uint8_t> out(kJp2Signature, kJp2Signature + sizeof kJp2Signature);
+    appendBoxHeader(out, 20, "ftyp");
+    out.insert(out.end(), {'j', 'p', '2', ' ', 0, 0, 0, 0, 'j', 'p', '2', ' '});
+
+    const std::uint32_t ihdr = 8 + 14;
+    const std::uint32_t colr = 8 + 3 + static_cast<std::uint32_t>(icc.empty() ? 4 : icc.size());
+    const std::uint32_t cdef = alpha ? 8 + 2 + 6 * components : 0;
+    appendBoxHeader(out, 8 + ihdr + colr + cdef, "jp2h");
+    appendBoxHeader(out, ihdr, "ihdr");
+    appendBig(out, height, 4);
+    appendBig(out, width, 4);
+    appendBig(out, components, 2);
+    out.push_back(static_cast<std::uint8_t>(bits - 1)); // unsigned samples
+    out.push_back(7);                                   // wavelet compression
+    out.push_back(0);                                   // colour space is known
+    out.push_back(0);                                   // no intellectual property box
+    appendBoxHeader(out, colr, "colr");
+    if (icc.empty()) {
+        out.insert(out.end(), {1, 0, 0});
+        const std::uint32_t enumerated = space == OPJ_CLRSPC_GRAY   ? 17
+                                         : space == OPJ_CLRSPC_CMYK ? 12
+                                                                    : 16;
+        appendBig(out, enumerated, 4);
+    } else {
+        out.insert(out.end(), {2, 0, 0});
+        out.insert(out.end(), icc.begin(), icc.end());
+    }
+    if (alpha) {
+        appendBoxHeader(out, cdef, "cdef");
+        appendBig(out, components, 2);
+        for (std::uint32_t c = 0; c < components; ++c) {
+            const bool isAlpha = c + 1 == components;
+            appendBig(out, c, 2);
+            appendBig(out, isAlpha ? (premultiplied ? 2 : 1) : 0, 2);
+            // Colour channel c describes colour c + 1; alpha belongs to the whole image.
+            appendBig(out, isAlpha ? 0 : c + 1, 2);
+        }
+    }
+    // The codestream box; its length is set when the codestream is complete.
+    appendBoxHeader(out, 0, "jp2c");
+    return out;
 }
 
 IOResult<std::vector<std::uint8_t>> encodeJpeg2000(const KVBitmap& bitmap,
@@ -431,27 +510,12 @@ IOResult<std::vector<std::uint8_t>> encodeJpeg2000(const KVBitmap& bitmap,
     encoding.numresolution = resolutions;
 
     OpenJpegMessages messages;
-    CodecHandle codec(
-        opj_create_compress(options.jpeg2000Codestream ? OPJ_CODEC_J2K : OPJ_CODEC_JP2));
+    // OpenJPEG writes the codestream; the .jp2 boxes around it are our own, since this
+    // OpenJPEG's own box writer cannot carry an ICC profile.
+    CodecHandle codec(opj_create_compress(OPJ_CODEC_J2K));
     if (!codec)
         return ioError("There is not enough memory to write the image.");
     installHandlers(codec.get(), messages);
-
-    // The profile goes into the colour specification box (not into a bare codestream). The
-    // image only borrows our bytes; the pointer is cleared before the image is destroyed.
-    std::vector<std::uint8_t> icc = bitmap.colorSpace().iccProfile();
-    struct ProfileLoan {
-        opj_image_t* image;
-        ~ProfileLoan()
-        {
-            image->icc_profile_buf = nullptr;
-            image->icc_profile_len = 0;
-        }
-    } loan{image.get()};
-    if (!icc.empty() && !options.jpeg2000Codestream) {
-        image->icc_profile_buf = icc.data();
-        image->icc_profile_len = static_cast<OPJ_UINT32>(icc.size());
-    }
 
     const auto failed = [&messages](const char* what) {
         std::string message =
@@ -465,6 +529,17 @@ IOResult<std::vector<std::uint8_t>> encodeJpeg2000(const KVBitmap& bitmap,
     opj_codec_set_threads(codec.get(), workerThreads());
 
     MemoryOutput output;
+    if (!options.jpeg2000Codestream) {
+        try {
+            output.bytes =
+                jp2Header(width, height, components, bits, space, bitmap.colorSpace().iccProfile(),
+                          packer.hasAlpha(), premultiplied);
+        } catch (const std::bad_alloc&) {
+            return ioError("There is not enough memory to write the image.");
+        }
+        output.base = output.bytes.size();
+        output.position = output.base;
+    }
     StreamHandle stream(opj_stream_create(1024 * 1024, OPJ_FALSE));
     if (!stream)
         return ioError("There is not enough memory to write the image.");
@@ -511,6 +586,14 @@ IOResult<std::vector<std::uint8_t>> encodeJpeg2000(const KVBitmap& bitmap,
     if (output.outOfMemory)
         return ioError("There is not enough memory to write the image.");
     stream.reset();
+    if (!options.jpeg2000Codestream) {
+        const std::uint64_t boxLength = output.bytes.size() - output.base + 8;
+        if (boxLength > 0xFFFFFFFFu)
+            return ioError("The image is too large for a JPEG 2000 file.");
+        for (int i = 0; i < 4; ++i)
+            output.bytes[output.base - 8 + static_cast<std::size_t>(i)] =
+                static_cast<std::uint8_t>(boxLength >> (8 * (3 - i)));
+    }
     return std::move(output.bytes);
 }
 

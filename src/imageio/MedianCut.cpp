@@ -121,9 +121,9 @@ MedianCutPalette medianCutPalette(const ColourHistogram& histogram, std::size_t 
         for (std::size_t i = 0; i < boxes.size(); ++i) {
             if (!splittable(boxes[i]))
                 continue;
-            const int side = std::max({boxes[i].high[0] - boxes[i].low[0],
-                                       boxes[i].high[1] - boxes[i].low[1],
-                                       boxes[i].high[2] - boxes[i].low[2]});
+            const int side =
+                std::max({boxes[i].high[0] - boxes[i].low[0], boxes[i].high[1] - boxes[i].low[1],
+                          boxes[i].high[2] - boxes[i].low[2]});
             const std::uint64_t weight = boxes[i].population * static_cast<std::uint64_t>(side);
             if (chosen == boxes.size() || weight > chosenWeight) {
                 chosen = i;

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -42,6 +43,11 @@ struct TestLayout {
     // Bits per pixel (0: tight); a value above the samples' bits pads every pixel.
     int bitsPerPixel = 0;
 };
+
+inline void PrintTo(const TestLayout& layout, std::ostream* out)
+{
+    *out << layout.name;
+}
 
 // A bitmap of that layout with smooth, distinct values in every channel (premultiplied colour
 // never exceeds alpha) and `iccProfile` in its colour space when given.
