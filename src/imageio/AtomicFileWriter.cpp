@@ -130,11 +130,13 @@ IOStatus writeFileAtomically(const std::filesystem::path& path, std::span<const 
     // A rename over a symbolic link would replace the link, not the file it points to: write
     // next to the real file instead.
     std::filesystem::path target = path;
-    std::error_code linkError;
-    if (std::filesystem::is_symlink(path, linkError))
-        target = std::filesystem::canonical(path, linkError);
-    if (linkError)
-        return ioError("Cannot write “" + name + "”: " + linkError.message() + ".");
+    struct stat link {};
+    if (::lstat(path.c_str(), &link) == 0 && S_ISLNK(link.st_mode)) {
+        std::error_code linkError;
+        target = std::filesystem::weakly_canonical(path, linkError);
+        if (linkError)
+            return ioError("Cannot write “" + name + "”: " + linkError.message() + ".");
+    }
 
     TemporaryFile temporary;
     int error = 0;
