@@ -1,5 +1,4 @@
 #include "ImageTestSupport.h"
-
 #include "imageio/AtomicFileWriter.h"
 #include "imageio/ImageFile.h"
 
@@ -102,8 +101,8 @@ TEST(AtomicFileWriter, AnImageThatCannotBeEncodedWritesNothing)
     TemporaryFolder folder;
     const std::filesystem::path existing = folder.path() / "keep.png";
     test::writeBytes(existing, kOld);
-    const KVBitmapPtr cmyk = test::makeTestBitmap(
-        {"cmyk8", 8, 4, false, false, 0, KVColorSpaceModel::cmyk}, 8, 8);
+    const KVBitmapPtr cmyk =
+        test::makeTestBitmap({"cmyk8", 8, 4, false, false, 0, KVColorSpaceModel::cmyk}, 8, 8);
     // PNG holds no CMYK; the file that was there stays as it was.
     const IOStatus written = writeImageFile(existing, *cmyk);
     EXPECT_FALSE(written.ok());
