@@ -4,12 +4,14 @@
 #include "imageio/ImageLimits.h"
 
 #include <cmath>
+#include <string>
 
 namespace tintorra {
 
 IOResult<KVBitmapPtr> allocateBitmapForDecoding(const KVBitmapLayout& layout,
                                                 KVColorSpace colorSpace,
-                                                std::uint64_t extraBytesPerSample)
+                                                std::uint64_t extraBytesPerSample,
+                                                PlausibleSize plausible)
 {
     if (layout.pixelsWide <= 0 || layout.pixelsHigh <= 0)
         return ioError("The image has no pixels.");
@@ -20,6 +22,14 @@ IOResult<KVBitmapPtr> allocateBitmapForDecoding(const KVBitmapLayout& layout,
                              static_cast<std::uint64_t>(layout.bitsPerSample), extraBytesPerSample);
     if (!fits)
         return ioError(fits.error());
+    if (plausible.pixelsPerByte > 0) {
+        const auto pixels = static_cast<std::uint64_t>(layout.pixelsWide) *
+                            static_cast<std::uint64_t>(layout.pixelsHigh);
+        if (pixels / plausible.pixelsPerByte > plausible.dataBytes)
+            return ioError("The file is damaged or truncated: it is far too small for the " +
+                           std::to_string(layout.pixelsWide) + " × " +
+                           std::to_string(layout.pixelsHigh) + " pixels it declares.");
+    }
     KVBitmapPtr bitmap = KVBitmap::create(layout, std::move(colorSpace));
     if (!bitmap)
         return ioError("There is not enough memory to open the image.");

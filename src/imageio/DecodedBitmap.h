@@ -8,11 +8,22 @@
 
 namespace tintorra {
 
+// The most pixels `dataBytes` of a format can expand to, for formats whose compression has a
+// largest ratio (0 where it has none worth checking).
+struct PlausibleSize {
+    std::uint64_t dataBytes = 0;
+    std::uint64_t pixelsPerByte = 0;
+};
+
 // Allocates the bitmap a decoder fills, after checking that its size can be held at all (see
-// checkImageDimensions). `extraBytesPerSample` is what the decoder needs beside it.
+// checkImageDimensions) and, when `plausible` says how far the format's data can expand, that
+// the file is not far too small for the image it declares (a damaged or malicious header must
+// not make a few bytes ask for gigabytes). `extraBytesPerSample` is what the decoder needs
+// beside the bitmap.
 IOResult<KVBitmapPtr> allocateBitmapForDecoding(const KVBitmapLayout& layout,
                                                 KVColorSpace colorSpace,
-                                                std::uint64_t extraBytesPerSample = 0);
+                                                std::uint64_t extraBytesPerSample = 0,
+                                                PlausibleSize plausible = {});
 
 // The untagged space of a model ("Device RGB", "Device Gray", "Device CMYK", ...).
 KVColorSpace deviceColorSpace(KVColorSpaceModel model);

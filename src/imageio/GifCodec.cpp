@@ -53,8 +53,7 @@ struct GifReadCloser {
 };
 using GifReadHandle = std::unique_ptr<GifFileType, GifReadCloser>;
 
-// The first image of the file on a canvas of the logical screen's size. Later frames of an
-// animation are not read.
+// The first image of the file. Later frames of an animation are not read.
 IOResult<KVBitmapPtr> decodeGif(std::span<const std::uint8_t> data)
 {
     GifSource source{data, 0};
@@ -102,39 +101,37 @@ IOResult<KVBitmapPtr> decodeGif(std::span<const std::uint8_t> data)
         break;
     }
 
+    // The first frame is the picture, at its own size; the logical screen around it and the
+    // frame's place on it only matter for animations (and a damaged screen size must not make
+    // a small file ask for a huge canvas).
     const GifImageDesc& frame = gif->Image;
     const ColorMapObject* map = frame.ColorMap ? frame.ColorMap : gif->SColorMap;
     if (!map || map->ColorCount <= 0)
         return ioError("The GIF image has no colour table.");
-    const int canvasWidth = std::max(gif->SWidth, frame.Left + frame.Width);
-    const int canvasHeight = std::max(gif->SHeight, frame.Top + frame.Height);
-    if (frame.Width <= 0 || frame.Height <= 0 || frame.Left < 0 || frame.Top < 0)
+    if (frame.Width <= 0 || frame.Height <= 0)
         return ioError("The GIF image has no pixels.");
-    const bool coversCanvas = frame.Left == 0 && frame.Top == 0 && frame.Width == canvasWidth &&
-                              frame.Height == canvasHeight;
-    const bool alpha = transparent >= 0 || !coversCanvas;
+    const bool alpha = transparent >= 0;
 
     KVBitmapLayout layout;
-    layout.pixelsWide = canvasWidth;
-    layout.pixelsHigh = canvasHeight;
+    layout.pixelsWide = frame.Width;
+    layout.pixelsHigh = frame.Height;
     layout.bitsPerSample = 8;
     layout.samplesPerPixel = alpha ? 4 : 3;
     layout.hasAlpha = alpha;
     layout.bitmapFormat = alpha ? kBitmapFormatAlphaNonpremultiplied : 0u;
+    // An LZW code takes at least 3 bits and stands for at most 4096 pixels.
     IOResult<KVBitmapPtr> allocated = allocateBitmapForDecoding(
-        layout, colorSpaceForDecodedImage(KVColorSpaceModel::rgb, std::move(icc)));
+        layout, colorSpaceForDecodedImage(KVColorSpaceModel::rgb, std::move(icc)), 0,
+        {data.size(), 4096 * 8 / 3});
     if (!allocated)
         return allocated;
     KVBitmapPtr bitmap = allocated.take();
-    // Outside the frame the canvas stays transparent (the bitmap starts zeroed).
-    std::memset(bitmap->bitmapData(), 0, bitmap->planeBytes());
 
     std::vector<GifPixelType> line(static_cast<std::size_t>(frame.Width));
     const int samples = alpha ? 4 : 3;
     const auto writeLine = [&](int row) {
-        std::uint8_t* out = bitmap->bitmapData() +
-                            static_cast<std::size_t>(frame.Top + row) * bitmap->bytesPerRow() +
-                            static_cast<std::size_t>(frame.Left) * samples;
+        std::uint8_t* out =
+            bitmap->bitmapData() + static_cast<std::size_t>(row) * bitmap->bytesPerRow();
         for (int x = 0; x < frame.Width; ++x, out += samples) {
             const int index = line[static_cast<std::size_t>(x)];
             const GifColorType colour = map->Colors[std::min(index, map->ColorCount - 1)];

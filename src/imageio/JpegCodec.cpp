@@ -185,8 +185,9 @@ IOResult<KVBitmapPtr> decodeJpeg(std::span<const std::uint8_t> data)
     layout.bitsPerSample = 8;
     layout.samplesPerPixel = header.components;
     layout.hasAlpha = false;
-    IOResult<KVBitmapPtr> allocated =
-        allocateBitmapForDecoding(layout, colorSpaceForDecodedImage(model, std::move(icc)));
+    // Every 8 x 8 block of the fullest component takes at least one bit.
+    IOResult<KVBitmapPtr> allocated = allocateBitmapForDecoding(
+        layout, colorSpaceForDecodedImage(model, std::move(icc)), 0, {data.size(), 64 * 8});
     if (!allocated)
         return allocated;
     KVBitmapPtr bitmap = allocated.take();

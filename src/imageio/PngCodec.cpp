@@ -174,7 +174,9 @@ IOResult<KVBitmapPtr> decodePng(std::span<const std::uint8_t> data)
     layout.samplesPerPixel = header.channels;
     layout.hasAlpha = alpha;
     layout.bitmapFormat = alpha ? kBitmapFormatAlphaNonpremultiplied : 0u;
-    IOResult<KVBitmapPtr> allocated = allocateBitmapForDecoding(layout, std::move(colorSpace));
+    // Deflate expands by at most 1032 to 1, and the smallest pixel a PNG stores is one bit.
+    IOResult<KVBitmapPtr> allocated =
+        allocateBitmapForDecoding(layout, std::move(colorSpace), 0, {data.size(), 1032 * 8});
     if (!allocated)
         return allocated;
     KVBitmapPtr bitmap = allocated.take();

@@ -87,6 +87,9 @@ IOStatus TiffWriter::writeExifDirectory(const std::string& dateTimeDigitized, st
         !TIFFSetField(tiff, EXIFTAG_DATETIMEDIGITIZED, dateTimeDigitized.c_str()) ||
         !TIFFWriteCustomDirectory(tiff, &offset))
         return fail("The EXIF properties could not be written.");
+    // Freeing the EXIF directory before starting the page's own releases the EXIF field
+    // definitions, which TIFFCreateDirectory alone would leak.
+    TIFFFreeDirectory(tiff);
     if (TIFFCreateDirectory(tiff) != 0)
         return fail("The TIFF page could not be started.");
     return ioSuccess();

@@ -154,15 +154,15 @@ void putBig32(std::vector<std::uint8_t>& out, std::uint32_t v)
         out.push_back(static_cast<std::uint8_t>(v >> (8 * i)));
 }
 
-TEST(OversizedImage, PngHeaderOfTwoBillionPixels)
+// A PNG signature, an IHDR chunk and the start of the image data.
+std::vector<std::uint8_t> pngHeader(std::uint32_t width, std::uint32_t height, std::uint8_t bits,
+                                    std::uint8_t colourType)
 {
-    // Signature and an IHDR of 100000 x 100000 16-bit RGBA pixels (80 GB of samples), then the
-    // end of the file.
     std::vector<std::uint8_t> png = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
     std::vector<std::uint8_t> chunk = {'I', 'H', 'D', 'R'};
-    putBig32(chunk, 100000);
-    putBig32(chunk, 100000);
-    chunk.insert(chunk.end(), {16, 6, 0, 0, 0});
+    putBig32(chunk, width);
+    putBig32(chunk, height);
+    chunk.insert(chunk.end(), {bits, colourType, 0, 0, 0});
     putBig32(png, 13);
     png.insert(png.end(), chunk.begin(), chunk.end());
     putBig32(png, crc32(chunk.data(), chunk.size()));
@@ -171,23 +171,46 @@ TEST(OversizedImage, PngHeaderOfTwoBillionPixels)
     putBig32(png, 2);
     png.insert(png.end(), data.begin(), data.end());
     putBig32(png, crc32(data.data(), data.size()));
-    expectTooLarge(png, "PNG");
+    return png;
 }
 
-TEST(OversizedImage, JpegFrameOf65500Squared)
+std::vector<std::uint8_t> jpegWithFrameSize(std::uint16_t width, std::uint16_t height)
 {
     std::vector<std::uint8_t> jpeg = fixtureBytes("rgb.jpg");
     // The baseline frame header holds the height and width after its length and precision.
     for (std::size_t i = 0; i + 9 < jpeg.size(); ++i) {
         if (jpeg[i] == 0xFF && jpeg[i + 1] == 0xC0) {
-            jpeg[i + 5] = 0xFF;
-            jpeg[i + 6] = 0xDC;
-            jpeg[i + 7] = 0xFF;
-            jpeg[i + 8] = 0xDC;
+            jpeg[i + 5] = static_cast<std::uint8_t>(height >> 8);
+            jpeg[i + 6] = static_cast<std::uint8_t>(height);
+            jpeg[i + 7] = static_cast<std::uint8_t>(width >> 8);
+            jpeg[i + 8] = static_cast<std::uint8_t>(width);
             break;
         }
     }
-    expectTooLarge(jpeg, "JPEG");
+    return jpeg;
+}
+
+std::vector<std::uint8_t> gifWithFrameSize(std::uint16_t width, std::uint16_t height)
+{
+    const auto low = [](std::uint16_t v) { return static_cast<std::uint8_t>(v); };
+    const auto high = [](std::uint16_t v) { return static_cast<std::uint8_t>(v >> 8); };
+    // Header, a screen with a two-colour table, an image descriptor covering the screen, then a
+    // minimal LZW stream and the trailer.
+    return {'G',          'I',  'F', '8', '9',  'a',  low(width), high(width), low(height),
+            high(height), 0x80, 0,   0,   0,    0,    0,          255,         255,
+            255,          0x2C, 0,   0,   0,    0,    low(width), high(width), low(height),
+            high(height), 0,    2,   2,   0x4C, 0x01, 0,          0x3B};
+}
+
+TEST(OversizedImage, PngHeaderOfTenBillionPixels)
+{
+    // 100000 x 100000 16-bit RGBA pixels: 80 GB of samples.
+    expectTooLarge(pngHeader(100000, 100000, 16, 6), "PNG");
+}
+
+TEST(OversizedImage, JpegFrameOf65500Squared)
+{
+    expectTooLarge(jpegWithFrameSize(65500, 65500), "JPEG");
 }
 
 TEST(OversizedImage, TiffDirectoryOf70000Squared)
@@ -213,13 +236,49 @@ TEST(OversizedImage, TiffDirectoryOf70000Squared)
     expectTooLarge(bytes.value(), "TIFF");
 }
 
-TEST(OversizedImage, GifScreenOf65535Squared)
+TEST(OversizedImage, GifFrameOf65535Squared)
 {
-    std::vector<std::uint8_t> gif = {'G',  'I', 'F', '8', '9', 'a', 0xFF, 0xFF, 0xFF, 0xFF,
-                                     0x80, 0,   0,   0,   0,   0,   255,  255,  255};
-    // Image descriptor covering the screen, then a minimal LZW stream.
-    gif.insert(gif.end(), {0x2C, 0, 0, 0, 0, 0xFF, 0xFF, 0xFF, 0xFF, 0, 2, 2, 0x4C, 0x01, 0, 0x3B});
-    expectTooLarge(gif, "GIF");
+    expectTooLarge(gifWithFrameSize(65535, 65535), "GIF");
+}
+
+TEST(OversizedImage, AFewBytesCannotHoldAHugePicture)
+{
+    // 20000 x 20000 RGB pixels (1.2 GB) would fit in memory, but these files are far too small
+    // to hold them whatever their compression.
+    const std::vector<std::uint8_t> files[] = {
+        pngHeader(20000, 20000, 8, 2),
+        jpegWithFrameSize(20000, 20000),
+        gifWithFrameSize(20000, 20000),
+    };
+    for (const std::vector<std::uint8_t>& bytes : files) {
+        IOResult<KVBitmapPtr> decoded = decodeImage(bytes);
+        ASSERT_FALSE(decoded.ok());
+        EXPECT_NE(decoded.error().find("far too small for the 20000 × 20000 pixels"),
+                  std::string::npos)
+            << decoded.error();
+    }
+}
+
+TEST(OversizedImage, GifFrameFarOutOnItsScreenIsDecodedAtItsOwnSize)
+{
+    // Move the first frame of a real file to (32512, 32639): the picture is still the frame.
+    std::vector<std::uint8_t> gif = fixtureBytes("interlaced.gif");
+    const std::vector<std::uint8_t> reference = fixtureBytes("ref-interlaced-gif.raw");
+    std::size_t descriptor = 0;
+    for (std::size_t i = 13; i + 10 < gif.size() && descriptor == 0; ++i) {
+        if (gif[i] == 0x2C && gif[i + 5] == 24 && gif[i + 7] == 16)
+            descriptor = i;
+    }
+    ASSERT_NE(descriptor, 0u);
+    gif[descriptor + 2] = 0x7F;
+    gif[descriptor + 3] = 0x7F;
+    gif[descriptor + 4] = 0x7F;
+    IOResult<KVBitmapPtr> decoded = decodeImage(gif);
+    ASSERT_TRUE(decoded.ok()) << decoded.error();
+    EXPECT_EQ(decoded.value()->pixelsWide(), 24);
+    EXPECT_EQ(decoded.value()->pixelsHigh(), 16);
+    EXPECT_EQ(test::allSamples(*decoded.value()),
+              std::vector<std::uint32_t>(reference.begin(), reference.end()));
 }
 
 TEST(OversizedImage, RunLengthBmpOf40000Squared)
