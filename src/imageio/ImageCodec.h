@@ -41,6 +41,10 @@ struct EncodeOptions {
     double quality = 0.9;
     // JPEG 2000: a bare codestream (.j2k) instead of a .jp2 file with boxes.
     bool jpeg2000Codestream = false;
+    // PNG: zlib level (0 to 9) and row filters (libpng's PNG_FILTER_ flags), when not the fast
+    // defaults (level 2, the Up filter alone). For measurements and special needs.
+    std::optional<int> pngCompressionLevel;
+    std::optional<int> pngFilters;
 };
 
 // One image format: recognises its files, opens them for reading and encodes bitmaps.

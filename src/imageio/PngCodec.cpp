@@ -17,11 +17,13 @@ namespace tintorra {
 
 namespace {
 
-// zlib level 2 with the Sub filter alone: a single cheap filter pass (no per-row filter search)
-// and fast deflate, which for photographs costs a few percent of size against level 6 with
-// adaptive filtering but writes several times faster.
+// zlib level 2 with the Up filter alone: one cheap filter pass (no per-row search among the
+// five filters) and fast deflate. On a 12-megapixel 16-bit photograph-like picture
+// (bench/image_file_bench) this writes at about 70 MB/s to 38% of the raw size, where level 6
+// with adaptive filtering takes ten times as long and, on noisy 16-bit samples, compresses
+// worse (45%); level 3 halves the speed for 3% less.
 constexpr int kPngCompressionLevel = 2;
-constexpr int kPngFilters = PNG_FILTER_SUB;
+constexpr int kPngFilters = PNG_FILTER_UP;
 
 struct PngErrorState {
     char message[256] = {};
@@ -247,6 +249,8 @@ struct PngWriteSetup {
     png_uint_32 iccLength = 0;
     png_uint_32 pixelsPerMetreX = 0;
     png_uint_32 pixelsPerMetreY = 0;
+    int compressionLevel = kPngCompressionLevel;
+    int filters = kPngFilters;
 };
 
 const std::uint8_t* nextRow(RowPacker* packer, png_uint_32 y)
@@ -268,8 +272,8 @@ bool writePng(png_structp png, png_infop info, const PngWriteSetup* setup, RowPa
     if (setup->pixelsPerMetreX > 0 && setup->pixelsPerMetreY > 0)
         png_set_pHYs(png, info, setup->pixelsPerMetreX, setup->pixelsPerMetreY,
                      PNG_RESOLUTION_METER);
-    png_set_compression_level(png, kPngCompressionLevel);
-    png_set_filter(png, PNG_FILTER_TYPE_BASE, kPngFilters);
+    png_set_compression_level(png, setup->compressionLevel);
+    png_set_filter(png, PNG_FILTER_TYPE_BASE, setup->filters);
     png_write_info(png, info);
     if (setup->bitDepth == 16)
         png_set_swap(png);
@@ -320,7 +324,7 @@ std::string iccProfileKeyword(const std::string& name)
     return keyword.empty() ? "ICC profile" : keyword;
 }
 
-IOResult<std::vector<std::uint8_t>> encodePng(const KVBitmap& bitmap)
+IOResult<std::vector<std::uint8_t>> encodePng(const KVBitmap& bitmap, const EncodeOptions& options)
 {
     const KVColorSpaceModel model = bitmap.colorSpace().model();
     if (model != KVColorSpaceModel::rgb && model != KVColorSpaceModel::gray)
@@ -356,6 +360,11 @@ IOResult<std::vector<std::uint8_t>> encodePng(const KVBitmap& bitmap)
     bitmapResolution(bitmap, horizontalDpi, verticalDpi);
     setup.pixelsPerMetreX = static_cast<png_uint_32>(horizontalDpi / 0.0254 + 0.5);
     setup.pixelsPerMetreY = static_cast<png_uint_32>(verticalDpi / 0.0254 + 0.5);
+    setup.compressionLevel =
+        std::clamp(options.pngCompressionLevel.value_or(kPngCompressionLevel), 0, 9);
+    setup.filters = options.pngFilters.value_or(kPngFilters) & PNG_ALL_FILTERS;
+    if (setup.filters == 0)
+        setup.filters = PNG_FILTER_NONE;
 
     std::vector<std::uint8_t> bytes;
     PngSink sink{&bytes, false};
@@ -385,9 +394,9 @@ public:
         return std::unique_ptr<ImageReader>(std::make_unique<PngImageReader>(data));
     }
     IOResult<std::vector<std::uint8_t>> encode(const KVBitmap& bitmap,
-                                               const EncodeOptions&) const override
+                                               const EncodeOptions& options) const override
     {
-        return encodePng(bitmap);
+        return encodePng(bitmap, options);
     }
 };
 
