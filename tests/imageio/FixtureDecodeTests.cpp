@@ -58,6 +58,10 @@ const FixtureCase kFixtures[] = {
     {"rgb8-planar-lzw.tif", tiff, rgb, 3, 8, true, false, false, "ref-rgb8.raw", 8, 0, 0},
     {"rgb8-packbits.tif", tiff, rgb, 3, 8, false, false, false, "ref-rgb8.raw", 8, 0, 0},
     {"rgb8-tiled-deflate.tif", tiff, rgb, 3, 8, false, false, false, "ref-rgb8.raw", 8, 0, 0},
+    {"rgb8-tiled-planar-lzw.tif", tiff, rgb, 3, 8, true, false, false, "ref-rgb8.raw", 8, 0, 0},
+    {"rgb16-bigendian.tif", tiff, rgb, 3, 16, false, false, false, "ref-rgb16.raw", 16, 0, 0},
+    // libtiff's and ImageMagick's YCbCr conversions may round differently.
+    {"ycbcr8.tif", tiff, rgb, 3, 8, false, false, false, "ref-ycbcr8-tif.raw", 8, 1, 0},
     {"rgb16-chunky-deflate.tif", tiff, rgb, 3, 16, false, false, false, "ref-rgb16.raw", 16, 0, 0},
     {"rgb16-planar-lzw.tif", tiff, rgb, 3, 16, true, false, false, "ref-rgb16.raw", 16, 0, 0},
     {"rgb8-jpeg.tif", tiff, rgb, 3, 8, false, false, false, "ref-jpeg-tif.raw", 8, 0, 0},
