@@ -2,11 +2,9 @@
 // profile.
 #include "colour/ColorMatrices.h"
 #include "colour/KVColorSpace.h"
-
-#include <lcms2.h>
+#include "colour/LcmsProfile.h"
 
 #include <cstdint>
-#include <memory>
 
 namespace tintorra {
 
@@ -21,11 +19,6 @@ constexpr double kD65White[3] = {0.9504285453771807, 1.0, 1.0889003707981277};
 constexpr std::uint32_t kXyzDataOffset = 8;
 constexpr std::uint32_t kXyzTagMinimumSize = kXyzDataOffset + 12;
 
-struct ProfileCloser {
-    void operator()(void* profile) const { cmsCloseProfile(profile); }
-};
-using ProfileHandle = std::unique_ptr<void, ProfileCloser>;
-
 std::int32_t bigEndianInt32(const std::uint8_t* bytes)
 {
     const std::uint32_t value = (std::uint32_t{bytes[0]} << 24) | (std::uint32_t{bytes[1]} << 16) |
@@ -33,8 +26,8 @@ std::int32_t bigEndianInt32(const std::uint8_t* bytes)
     return static_cast<std::int32_t>(value);
 }
 
-// The three numbers of an XYZ tag, converted in single precision as profiles store them; a tag
-// that is missing or too short reads as zero.
+// The three numbers of an XYZ tag, each converted in single precision; a tag that is missing or
+// too short reads as zero.
 std::array<double, 3> readXyzTag(cmsHPROFILE profile, cmsTagSignature signature)
 {
     std::array<double, 3> xyz = {0.0, 0.0, 0.0};
@@ -108,11 +101,7 @@ void matrixFromColorSpace(Matrix3& out, const KVColorSpace* colorSpace)
     if (colorSpace->model() != KVColorSpaceModel::rgb) {
         return;
     }
-    const std::vector<std::uint8_t>& bytes = colorSpace->iccProfile();
-    const ProfileHandle profile(
-        bytes.empty()
-            ? nullptr
-            : cmsOpenProfileFromMem(bytes.data(), static_cast<cmsUInt32Number>(bytes.size())));
+    const LcmsProfileHandle profile = openLcmsProfile(colorSpace->iccProfile());
     if (!profile) {
         // No profile, or bytes that do not parse as one: the same as an untagged space.
         out = matrixFromChromaticities(sRGBChromaticities());

@@ -1,18 +1,12 @@
 #include "colour/IccProfiles.h"
 
-#include <lcms2.h>
+#include "colour/LcmsProfile.h"
 
-#include <memory>
 #include <string>
 
 namespace tintorra {
 
 namespace {
-
-struct ProfileCloser {
-    void operator()(void* profile) const { cmsCloseProfile(profile); }
-};
-using ProfileHandle = std::unique_ptr<void, ProfileCloser>;
 
 KVColorSpaceModel modelFromSignature(cmsColorSpaceSignature signature)
 {
@@ -101,28 +95,16 @@ std::string profileDescription(cmsHPROFILE profile)
 
 KVColorSpace makeSRGBColorSpace()
 {
-    std::vector<std::uint8_t> bytes;
-    const ProfileHandle profile(cmsCreate_sRGBProfile());
-    cmsUInt32Number size = 0;
-    if (profile && cmsSaveProfileToMem(profile.get(), nullptr, &size) && size > 0) {
-        bytes.resize(size);
-        if (!cmsSaveProfileToMem(profile.get(), bytes.data(), &size)) {
-            bytes.clear();
-        }
-    }
+    const LcmsProfileHandle profile(cmsCreate_sRGBProfile());
     // Without bytes the space is still sRGB: the matrix code falls back to the sRGB row.
-    return {KVColorSpaceModel::rgb, "sRGB", std::move(bytes)};
+    return {KVColorSpaceModel::rgb, "sRGB", saveLcmsProfile(profile.get())};
 }
 
 } // namespace
 
 std::optional<KVColorSpace> colorSpaceFromIccProfile(std::vector<std::uint8_t> bytes)
 {
-    if (bytes.empty()) {
-        return std::nullopt;
-    }
-    const ProfileHandle profile(
-        cmsOpenProfileFromMem(bytes.data(), static_cast<cmsUInt32Number>(bytes.size())));
+    const LcmsProfileHandle profile = openLcmsProfile(bytes);
     if (!profile) {
         return std::nullopt;
     }

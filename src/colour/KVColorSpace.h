@@ -24,10 +24,10 @@ enum class KVColorSpaceModel : int {
 class KVColorSpace {
 public:
     KVColorSpace() = default;
-    KVColorSpace(KVColorSpaceModel model, std::string name, std::vector<std::uint8_t> iccProfile = {})
+    KVColorSpace(KVColorSpaceModel model, std::string name,
+                 std::vector<std::uint8_t> iccProfile = {})
         : model_(model), name_(std::move(name)), iccProfile_(std::move(iccProfile))
-    {
-    }
+    {}
 
     KVColorSpaceModel model() const { return model_; }
     const std::string& name() const { return name_; }

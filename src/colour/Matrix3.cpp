@@ -12,9 +12,11 @@ bool invertMatrix3(Matrix3& out, const Matrix3& in)
     const double g = in[6], h = in[7], i = in[8];
 
     // The adjugate goes out first so that a singular input still leaves it for the caller.
+    // clang-format off
     out = {e * i - f * h, c * h - b * i, b * f - c * e,
            f * g - d * i, a * i - c * g, c * d - a * f,
            d * h - e * g, b * g - a * h, a * e - b * d};
+    // clang-format on
 
     const double determinant = a * out[0] + d * out[1] + g * out[2];
     if (std::fabs(determinant) <= 1e-8) {
