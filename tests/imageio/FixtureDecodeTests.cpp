@@ -76,6 +76,10 @@ const FixtureCase kFixtures[] = {
     {"multipage.tif", tiff, rgb, 3, 8, false, false, false, "ref-rgb8.raw", 8, 0, 0},
     {"bilevel.tif", tiff, grey, 1, 8, false, false, false, "ref-bilevel.raw", 8, 0, 0},
     {"grey16.tif", tiff, grey, 1, 16, false, false, false, nullptr, 0, 0, 0},
+    {"grey8-miniswhite.tif", tiff, grey, 1, 8, false, false, false, "ref-grey8-miniswhite.raw", 8,
+     0, 0},
+    {"grey16-miniswhite.tif", tiff, grey, 1, 16, false, false, false, "ref-grey16-miniswhite.raw",
+     16, 0, 0},
     {"cmyk8.tif", tiff, cmyk, 4, 8, false, false, false, "ref-cmyk8.raw", 8, 0, 0},
     // PNG.
     {"rgb16.png", png, rgb, 3, 16, false, false, false, "ref-rgb16.raw", 16, 0, 0},
