@@ -208,7 +208,7 @@ IOResult<KVBitmapPtr> decodeJpeg2000(std::span<const std::uint8_t> data)
         !opj_end_decompress(codec.get(), stream.get()))
         return damaged();
 
-    // The colour specification, the profile and the channel definitions are applied to the
+    // The colour box, the profile and the channel definitions are applied to the
     // image while decoding, so they are read only now.
     const OPJ_COLOR_SPACE space = image->color_space;
     const std::uint32_t components = image->numcomps;
@@ -232,7 +232,7 @@ IOResult<KVBitmapPtr> decodeJpeg2000(std::span<const std::uint8_t> data)
     default:
         colours = components <= 2 ? 1 : 3;
         model = components <= 2 ? KVColorSpaceModel::gray : KVColorSpaceModel::rgb;
-        // OpenJPEG marks a CIELab colour specification with parameters but no profile.
+        // OpenJPEG marks a CIELab colour box with parameters but no profile.
         if (image->icc_profile_buf && image->icc_profile_len == 0)
             model = KVColorSpaceModel::lab;
         break;
@@ -385,7 +385,7 @@ void appendBoxHeader(std::vector<std::uint8_t>& out, std::uint32_t length, const
 }
 
 // The boxes of a .jp2 file up to and including the header of the codestream box, whose length
-// is filled in once the codestream is written. The colour specification is the image's ICC
+// is filled in once the codestream is written. The colour box holds the image's ICC
 // profile when it has one, otherwise the enumerated space of its model; a channel definition
 // marks alpha as plain or premultiplied opacity.
 std::vector<std::uint8_t> jp2Header(std::uint32_t width, std::uint32_t height,

@@ -30,8 +30,8 @@ struct FixtureCase {
     const char* reference;
     int referenceBits;
     std::uint32_t tolerance;
-    // The size of the embedded profile, or kSRGB for the sRGB space an enumerated colour
-    // specification names.
+    // The size of the embedded profile, or kSRGB for the sRGB space a JPEG 2000 colour box
+    // names by number.
     std::size_t iccBytes;
 };
 
