@@ -1,0 +1,529 @@
+#include "GamutTestSupport.h"
+#include "colour/ColorMatrices.h"
+#include "colour/IccProfiles.h"
+#include "colour/KVColorGamut.h"
+#include "colour/KVColorSpace.h"
+#include "colour/WorkingSpaces.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <map>
+#include <memory>
+#include <numbers>
+#include <ostream>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace tintorra {
+namespace {
+
+using testing_support::lchToLinearRgb;
+using testing_support::linearRgbToLch;
+using testing_support::Rgb;
+
+constexpr double kPi = std::numbers::pi;
+
+double radians(double degrees)
+{
+    return degrees * kPi / 180.0;
+}
+
+// Gamuts are costly enough to share between the tests that only read them.
+KVColorGamutPtr sharedGamut(const char* spaceName, long model)
+{
+    static std::map<std::pair<std::string, long>, KVColorGamutPtr> cache;
+    const auto key = std::make_pair(std::string(spaceName), model);
+    auto found = cache.find(key);
+    if (found == cache.end()) {
+        found =
+            cache
+                .emplace(key,
+                         std::make_shared<const KVColorGamut>(*workingSpaceNamed(spaceName), model))
+                .first;
+    }
+    return found->second;
+}
+
+Matrix3 matrixOf(const KVColorGamut& gamut)
+{
+    Matrix3 m{};
+    gamut.copy_RGB_to_XYZ_matrix(m);
+    return m;
+}
+
+Matrix3 inverseOf(const KVColorGamut& gamut)
+{
+    Matrix3 m{};
+    gamut.copy_XYZ_to_RGB_matrix(m);
+    return m;
+}
+
+// ---- Initialisers --------------------------------------------------------------------------
+
+TEST(KVColorGamut, DefaultIsSRGBOverLuv)
+{
+    const KVColorGamut gamut;
+    const KVColorGamut& reference = *sharedGamut("sRGB", 0);
+    EXPECT_EQ(gamut.colorSpaceModel(), 0);
+    EXPECT_EQ(matrixOf(gamut), matrixFromChromaticities(sRGBChromaticities()));
+    ASSERT_TRUE(gamut.hasTables());
+    for (std::size_t i = 0; i < KVColorGamut::kHueCount; i += 37) {
+        for (std::size_t j = 0; j < KVColorGamut::kLightnessCount; ++j) {
+            ASSERT_EQ(gamut.tableChroma(i, j), reference.tableChroma(i, j)) << i << "," << j;
+        }
+    }
+}
+
+TEST(KVColorGamut, OnlyModelOneIsLab)
+{
+    struct Case {
+        long given;
+        long stored;
+    };
+    for (const Case c : {Case{0, 0}, Case{1, 1}, Case{2, 0}, Case{4, 0}, Case{7, 0}, Case{-1, 0}}) {
+        const KVColorGamut gamut(sRGBChromaticities(), c.given);
+        EXPECT_EQ(gamut.colorSpaceModel(), c.stored) << c.given;
+    }
+    // A model of 7 builds exactly the Luv tables.
+    const KVColorGamut seven(sRGBChromaticities(), 7);
+    const KVColorGamut& luv = *sharedGamut("sRGB", 0);
+    for (std::size_t i = 0; i < KVColorGamut::kHueCount; i += 53) {
+        EXPECT_EQ(seven.tableChroma(i, 100), luv.tableChroma(i, 100)) << i;
+    }
+}
+
+TEST(KVColorGamut, MatricesAreTheSpaceAndItsInverse)
+{
+    const KVColorGamut& gamut = *sharedGamut("Adobe RGB 1998", 1);
+    const Matrix3 M = matrixOf(gamut);
+    const Matrix3 MI = inverseOf(gamut);
+    EXPECT_EQ(M, matrixFromChromaticities(*workingSpaceNamed("Adobe RGB 1998")));
+    Matrix3 product{};
+    multiplyMatrix3(product, M, MI);
+    for (int k = 0; k < 9; ++k) {
+        EXPECT_NEAR(product[k], k % 4 == 0 ? 1.0 : 0.0, 1e-12) << k;
+    }
+}
+
+TEST(KVColorGamut, ColorSpaceInitialisers)
+{
+    // No space means sRGB; a tagged space takes the matrix its profile gives; a grey space leaves
+    // both matrices zero.
+    const KVColorGamut none(static_cast<const KVColorSpace*>(nullptr), 1);
+    EXPECT_EQ(matrixOf(none), matrixFromChromaticities(sRGBChromaticities()));
+    EXPECT_EQ(none.colorSpaceModel(), 1);
+
+    const KVColorSpace profiled = sRGBColorSpace();
+    Matrix3 expected{};
+    matrixFromColorSpace(expected, &profiled);
+    const KVColorGamut byReference(profiled, 0);
+    const KVColorGamut byPointer(&profiled, 0);
+    EXPECT_EQ(matrixOf(byReference), expected);
+    EXPECT_EQ(matrixOf(byPointer), expected);
+    EXPECT_NE(expected, Matrix3{});
+    // Its tables belong to that matrix: just inside at the entry, outside a little beyond.
+    const Matrix3 MI = inverseOf(byReference);
+    for (const std::size_t i : {0u, 200u, 470u}) {
+        const double h = radians(i * 0.5);
+        const double C = byReference.tableChroma(i, 100);
+        EXPECT_TRUE(lchToLinearRgb(false, 50.0, C - 0.002, h, MI).within(-2e-4, 1.0 + 2e-4)) << i;
+        EXPECT_FALSE(lchToLinearRgb(false, 50.0, C + 0.05, h, MI).within(2e-4, 1.0 - 2e-4)) << i;
+    }
+
+    const KVColorGamut grey(KVColorSpace::deviceGray(), 0);
+    EXPECT_EQ(matrixOf(grey), Matrix3{});
+    EXPECT_EQ(inverseOf(grey), Matrix3{});
+}
+
+TEST(KVColorGamut, NonRgbSpaceHoldsTheSmallestStepEverywhereButBlackAndWhite)
+{
+    // The tables of black and white stay 0; everything between ends at the last step of a search
+    // that never finds an inside colour.
+    struct Case {
+        long model;
+        double step;
+    };
+    for (const Case c : {Case{1, 64.0 / 65536.0}, Case{0, 75.0 / 131072.0}}) {
+        const KVColorGamut grey(KVColorSpace::deviceGray(), c.model);
+        for (std::size_t i = 0; i < KVColorGamut::kHueCount; i += 45) {
+            EXPECT_EQ(grey.tableChroma(i, 0), 0.0);
+            EXPECT_EQ(grey.tableChroma(i, 200), 0.0);
+            for (std::size_t j = 1; j < 200; j += 11) {
+                EXPECT_EQ(grey.tableChroma(i, j), c.step) << c.model << " " << i << "," << j;
+            }
+        }
+    }
+}
+
+TEST(KVColorGamut, BuildingStepsByName)
+{
+    ::testing::internal::CaptureStderr();
+    KVColorGamut gamut(sRGBChromaticities(), 1);
+    ::testing::internal::GetCapturedStderr();
+    // The single searches reproduce the table of the model whose coefficients are loaded.
+    for (const std::size_t i : {0u, 111u, 500u}) {
+        for (const std::size_t j : {1u, 64u, 150u}) {
+            EXPECT_EQ(gamut.LabChromaIterationForHue(radians(i * 0.5), j * 0.5),
+                      gamut.tableChroma(i, j));
+        }
+    }
+    const KVColorGamut& luv = *sharedGamut("sRGB", 0);
+    gamut.LuvMatrixPrecalc();
+    EXPECT_EQ(gamut.LuvChromaIterationForHue(radians(60.0), 40.0), luv.tableChroma(120, 80));
+    gamut.LabMatrixPrecalc();
+    EXPECT_EQ(gamut.LabChromaIterationForHue(radians(60.0), 40.0), gamut.tableChroma(120, 80));
+
+    // initVars starts the matrices and the grid over; the tables stay.
+    gamut.buildRGBColors();
+    ASSERT_EQ(gamut.actualNumberOfPoints(), 9261u);
+    gamut.initVars();
+    EXPECT_EQ(gamut.actualNumberOfPoints(), 0u);
+    EXPECT_TRUE(gamut.rgbColors().empty());
+    EXPECT_EQ(matrixOf(gamut), Matrix3{});
+    EXPECT_EQ(inverseOf(gamut), Matrix3{});
+    EXPECT_TRUE(gamut.hasTables());
+}
+
+TEST(KVColorGamut, DescriptionNamesClassAddressAndModel)
+{
+    const KVColorGamut& gamut = *sharedGamut("sRGB", 1);
+    char expected[96];
+    std::snprintf(expected, sizeof expected, "<<KVColorGamut: %p>> colorSpaceModel: 1",
+                  static_cast<const void*>(&gamut));
+    EXPECT_EQ(gamut.description(), expected);
+}
+
+TEST(KVColorGamut, BuildAnnouncesItselfOnStandardError)
+{
+    ::testing::internal::CaptureStderr();
+    const KVColorGamut gamut(sRGBChromaticities(), 1);
+    EXPECT_EQ(::testing::internal::GetCapturedStderr(), "Building chroma LUT...\n");
+    EXPECT_TRUE(gamut.hasTables());
+}
+
+// ---- Allocation failure ----------------------------------------------------------------------
+
+struct AllocationCase {
+    long failing;
+    const char* standardOutput;
+};
+
+class KVColorGamutAllocation : public ::testing::TestWithParam<AllocationCase> {
+protected:
+    void TearDown() override { KVColorGamut::failTableAllocationForTesting(-1); }
+};
+
+TEST_P(KVColorGamutAllocation, LeavesBothTablesAbsentAndSaysWhy)
+{
+    KVColorGamut::failTableAllocationForTesting(GetParam().failing);
+    ::testing::internal::CaptureStdout();
+    ::testing::internal::CaptureStderr();
+    const KVColorGamut gamut(sRGBChromaticities(), 0);
+    const std::string err = ::testing::internal::GetCapturedStderr();
+    const std::string out = ::testing::internal::GetCapturedStdout();
+    KVColorGamut::failTableAllocationForTesting(-1);
+
+    EXPECT_FALSE(gamut.hasTables());
+    EXPECT_EQ(err, "Memory allocation failed building lookup tables");
+    EXPECT_EQ(out, GetParam().standardOutput);
+    EXPECT_EQ(gamut.chromaForHue(1.0, 50.0), 0.0);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    EachAllocation, KVColorGamutAllocation,
+    ::testing::Values(
+        AllocationCase{0, ""},
+        AllocationCase{1, "Memory allocation failed while allocating for matrix[].\n"},
+        AllocationCase{2, "Memory allocation failed while allocating matrix[0][201]\n"},
+        AllocationCase{2 + 719, "Memory allocation failed while allocating matrix[719][201]\n"}));
+
+TEST(KVColorGamutAllocationRecovery, NextBuildSucceedsOnceAllocationWorksAgain)
+{
+    KVColorGamut::failTableAllocationForTesting(5);
+    ::testing::internal::CaptureStdout();
+    ::testing::internal::CaptureStderr();
+    KVColorGamut gamut(sRGBChromaticities(), 0);
+    ::testing::internal::GetCapturedStderr();
+    ::testing::internal::GetCapturedStdout();
+    KVColorGamut::failTableAllocationForTesting(-1);
+    ASSERT_FALSE(gamut.hasTables());
+    gamut.buildChromaLUTsExact();
+    ASSERT_TRUE(gamut.hasTables());
+    EXPECT_EQ(gamut.chromaForHue(1.0, 50.0), sharedGamut("sRGB", 0)->chromaForHue(1.0, 50.0));
+}
+
+// ---- Lookups ---------------------------------------------------------------------------------
+
+TEST(KVColorGamutLookup, ExactGridPointsReturnTheTable)
+{
+    const KVColorGamut& gamut = *sharedGamut("sRGB", 0);
+    for (const std::size_t i : {0u, 1u, 240u, 719u}) {
+        for (const std::size_t j : {1u, 77u, 199u}) {
+            // The hue goes through radians and back, so it may land a hair off the row.
+            EXPECT_NEAR(gamut.chromaForHue(radians(i * 0.5), j * 0.5), gamut.tableChroma(i, j),
+                        1e-9)
+                << i << "," << j;
+        }
+    }
+}
+
+TEST(KVColorGamutLookup, BlackWhiteAndBeyondHaveNoChroma)
+{
+    const KVColorGamut& gamut = *sharedGamut("sRGB", 1);
+    for (const double L : {0.0, -0.3, -7.0, 100.0, 100.2, 250.0, std::nan("")}) {
+        EXPECT_EQ(gamut.chromaForHue(1.0, L), 0.0) << L;
+    }
+    // Just above black the first column is still mixed in.
+    EXPECT_DOUBLE_EQ(gamut.chromaForHue(0.0, 0.2), 0.4 * gamut.tableChroma(0, 1));
+    EXPECT_GT(gamut.chromaForHue(0.0, 0.2), 0.0);
+    EXPECT_EQ(gamut.chromaForHue(std::nan(""), 50.0), 0.0);
+    EXPECT_EQ(gamut.chromaForHue(INFINITY, 50.0), 0.0);
+}
+
+TEST(KVColorGamutLookup, InterpolatesBetweenNeighbours)
+{
+    const KVColorGamut& gamut = *sharedGamut("sRGB", 0);
+    struct Case {
+        double degrees;
+        double lightness;
+        std::size_t i0, i1, j0, j1;
+        double fx, fy;
+    };
+    const Case cases[] = {
+        {10.0, 99.9, 20, 20, 199, 200, 0.0, 0.8},  // last two columns, exact half degree
+        {10.0, 0.1, 20, 20, 0, 1, 0.0, 0.2},       // first two columns
+        {359.9, 50.0, 719, 0, 100, 100, 0.8, 0.0}, // across the seam, exact column
+        {359.9, 50.3, 719, 0, 100, 101, 0.8, 0.6}, // across the seam, both mixes
+        {12.3, 33.3, 24, 25, 66, 67, 0.6, 0.6},    // ordinary cell
+    };
+    for (const Case& c : cases) {
+        const auto T = [&](std::size_t i, std::size_t j) { return gamut.tableChroma(i, j); };
+        const double expected = (1 - c.fx) * (1 - c.fy) * T(c.i0, c.j0) +
+                                c.fx * (1 - c.fy) * T(c.i1, c.j0) +
+                                (1 - c.fx) * c.fy * T(c.i0, c.j1) + c.fx * c.fy * T(c.i1, c.j1);
+        EXPECT_NEAR(gamut.chromaForHue(radians(c.degrees), c.lightness), expected, 1e-9)
+            << c.degrees << " " << c.lightness;
+    }
+}
+
+TEST(KVColorGamutLookup, HueWrapsInRadians)
+{
+    const KVColorGamut& gamut = *sharedGamut("Adobe RGB 1998", 1);
+    for (const double L : {25.0, 50.25, 80.7}) {
+        EXPECT_NEAR(gamut.chromaForHue(radians(-0.25), L), gamut.chromaForHue(radians(359.75), L),
+                    1e-9);
+        EXPECT_NEAR(gamut.chromaForHue(radians(-90.0), L), gamut.chromaForHue(radians(270.0), L),
+                    1e-9);
+        EXPECT_NEAR(gamut.chromaForHue(radians(45.3) + 4 * kPi, L),
+                    gamut.chromaForHue(radians(45.3), L), 1e-9);
+        EXPECT_NEAR(gamut.chromaForHue(2 * kPi, L), gamut.chromaForHue(0.0, L), 1e-9);
+    }
+}
+
+TEST(KVColorGamutLookup, MaxChromaTakesTheNearestHalfDegree)
+{
+    const KVColorGamut& gamut = *sharedGamut("sRGB", 0);
+    struct Case {
+        double degrees;
+        std::size_t row;
+    };
+    for (const Case c : {Case{0.0, 0}, Case{359.8, 0}, Case{359.7, 719}, Case{0.2, 0}, Case{0.3, 1},
+                         Case{-0.5, 719}, Case{90.0, 180}, Case{180.26, 361}, Case{720.1, 0}}) {
+        const ColorComponents record = gamut.maxChromaForHue(radians(c.degrees));
+        const ColorComponents& expected = gamut.tableMaxChroma(c.row);
+        EXPECT_EQ(record, expected) << c.degrees;
+        EXPECT_NEAR(record.c2, radians(c.row * 0.5), 1e-12) << c.degrees;
+        EXPECT_EQ(record.alpha, 1.0);
+    }
+}
+
+// ---- Table contents against independent conversions ------------------------------------------
+
+struct SpaceModel {
+    const char* space;
+    long model;
+};
+
+void PrintTo(const SpaceModel& value, std::ostream* os)
+{
+    *os << value.space << (value.model == 1 ? " Lab" : " Luv");
+}
+
+class KVColorGamutTables : public ::testing::TestWithParam<SpaceModel> {};
+
+TEST_P(KVColorGamutTables, EveryEntrySitsOnTheGamutBoundary)
+{
+    // Just below the tabulated chroma the colour is inside the RGB cube; a little beyond it is
+    // outside. Checked with textbook CIE conversions, away from black and white.
+    //
+    // The Luv search folds the inversion into coefficients that take the white's X and Z from the
+    // Lab white (0.95047, 1.08883) while u'n, v'n come from x, y = 0.31271, 0.32902 (X 0.950429,
+    // Z 1.088900). Against the exact inversion its channels are therefore off by up to 1.3e-4
+    // (measured: sRGB 1.24e-4, Adobe RGB 7.4e-5, ProPhoto 6.5e-5), which where a channel crosses
+    // its limit at a shallow angle moves the boundary by up to 0.2 in chroma. The Lab search's
+    // rounded constants cost at most 5.5e-7. Spaces whose white is not D65 (ProPhoto) have no
+    // inside colour at all near white, not even grey; there the search steps back to 0 and the
+    // inside check is skipped.
+    const auto [space, model] = GetParam();
+    const KVColorGamut& gamut = *sharedGamut(space, model);
+    const Matrix3 MI = inverseOf(gamut);
+    const bool lab = model == 1;
+    const double slack = lab ? 1e-6 : 2e-4;
+    std::size_t failures = 0;
+    std::size_t checked = 0;
+    for (std::size_t i = 0; i < KVColorGamut::kHueCount && failures < 10; ++i) {
+        const double h = radians(i * 0.5);
+        for (std::size_t j = 0; j < KVColorGamut::kLightnessCount && failures < 10; ++j) {
+            const double L = j * 0.5;
+            const double C = gamut.tableChroma(i, j);
+            ASSERT_GE(C, 0.0);
+            if (L < 1.0 || L > 99.0 || C < 0.002) {
+                continue;
+            }
+            ++checked;
+            const Rgb below = lchToLinearRgb(lab, L, C - 0.002, h, MI);
+            const Rgb beyond = lchToLinearRgb(lab, L, C + 0.05, h, MI);
+            if (!below.within(-slack, 1.0 + slack)) {
+                ++failures;
+                ADD_FAILURE() << "not inside at " << i << "," << j << " C " << C << ": " << below.r
+                              << ", " << below.g << ", " << below.b;
+            }
+            if (lab ? beyond.within(0.0, 1.0) : beyond.within(slack, 1.0 - slack)) {
+                ++failures;
+                ADD_FAILURE() << "not outside at " << i << "," << j << " C " << C << ": "
+                              << beyond.r << ", " << beyond.g << ", " << beyond.b;
+            }
+        }
+    }
+    EXPECT_GT(checked, 120000u);
+}
+
+TEST_P(KVColorGamutTables, MaxChromaRecordIsTheFirstLargestEntryOfItsRow)
+{
+    const auto [space, model] = GetParam();
+    const KVColorGamut& gamut = *sharedGamut(space, model);
+    for (std::size_t i = 0; i < KVColorGamut::kHueCount; ++i) {
+        std::vector<double> row(KVColorGamut::kLightnessCount);
+        for (std::size_t j = 0; j < row.size(); ++j) {
+            row[j] = gamut.tableChroma(i, j);
+        }
+        // max_element returns the first of equal maxima: ties keep the lower lightness.
+        const auto largest = std::max_element(row.begin(), row.end());
+        const ColorComponents& record = gamut.tableMaxChroma(i);
+        ASSERT_EQ(record.c1, *largest) << i;
+        ASSERT_EQ(record.c0, static_cast<double>(largest - row.begin()) * 0.5) << i;
+        ASSERT_NEAR(record.c2, radians(i * 0.5), 1e-12) << i;
+        ASSERT_EQ(record.alpha, 1.0) << i;
+    }
+}
+
+std::string spaceModelName(const ::testing::TestParamInfo<SpaceModel>& info)
+{
+    std::string name;
+    for (const char* p = info.param.space; *p; ++p) {
+        if (std::isalnum(static_cast<unsigned char>(*p))) {
+            name += *p;
+        }
+    }
+    return name + (info.param.model == 1 ? "_Lab" : "_Luv");
+}
+
+INSTANTIATE_TEST_SUITE_P(SpacesAndModels, KVColorGamutTables,
+                         ::testing::Values(SpaceModel{"sRGB", 0}, SpaceModel{"sRGB", 1},
+                                           SpaceModel{"Adobe RGB 1998", 0},
+                                           SpaceModel{"Adobe RGB 1998", 1},
+                                           SpaceModel{"ProPhoto RGB", 0},
+                                           SpaceModel{"ProPhoto RGB", 1}),
+                         spaceModelName);
+
+TEST(KVColorGamutTables, HueZeroPeaksOnTheEdgeFromRedToMagenta)
+{
+    // Hue 0 lies between sRGB red and magenta in both models, so its most chromatic colour is
+    // on the cube edge r = 1, g = 0: the point (1, 0, t) whose hue is 0, found here by bisection
+    // on t with textbook conversions. The table can only sample it at half units of lightness.
+    for (const long model : {0L, 1L}) {
+        const bool lab = model == 1;
+        const KVColorGamut& gamut = *sharedGamut("sRGB", model);
+        const Matrix3 M = matrixOf(gamut);
+        const ColorComponents red = linearRgbToLch(lab, 1, 0, 0, M);
+        const ColorComponents magenta = linearRgbToLch(lab, 1, 0, 1, M);
+        ASSERT_GT(red.c2, 0.0);
+        ASSERT_LT(magenta.c2, 0.0);
+        double low = 0.0;
+        double high = 1.0;
+        for (int step = 0; step < 60; ++step) {
+            const double t = 0.5 * (low + high);
+            (linearRgbToLch(lab, 1, 0, t, M).c2 > 0.0 ? low : high) = t;
+        }
+        const ColorComponents cusp = linearRgbToLch(lab, 1, 0, low, M);
+
+        const ColorComponents record = gamut.maxChromaForHue(0.0);
+        EXPECT_EQ(record.c2, 0.0);
+        EXPECT_NEAR(record.c0, cusp.c0, 0.5) << model;
+        EXPECT_LE(record.c1, cusp.c1 + 0.01) << model;
+        EXPECT_GE(record.c1, cusp.c1 - 2.0) << model;
+        EXPECT_GT(record.c0, red.c0) << model;
+        EXPECT_LT(record.c0, magenta.c0) << model;
+        const Rgb rgb = lchToLinearRgb(lab, record.c0, record.c1, 0.0, inverseOf(gamut));
+        EXPECT_NEAR(rgb.r, 1.0, 0.02) << model;
+        EXPECT_NEAR(rgb.g, 0.0, 0.02) << model;
+        EXPECT_NEAR(rgb.b, low, 0.02) << model;
+    }
+}
+
+// ---- Concurrency ----------------------------------------------------------------------------
+
+TEST(KVColorGamutConcurrency, ManyReadersSeeTheSameValues)
+{
+    const KVColorGamutPtr gamut = sharedGamut("sRGB", 1);
+    const auto sweep = [&gamut] {
+        double sum = 0.0;
+        for (int k = 0; k < 20000; ++k) {
+            sum += gamut->chromaForHue(k * 0.001 - 3.0, (k % 1000) * 0.1);
+            sum += gamut->maxChromaForHue(k * 0.002).c1;
+        }
+        return sum;
+    };
+    const double expected = sweep();
+    std::vector<double> sums(4, 0.0);
+    std::vector<std::thread> readers;
+    for (std::size_t t = 0; t < sums.size(); ++t) {
+        readers.emplace_back([&, t] { sums[t] = sweep(); });
+    }
+    for (std::thread& reader : readers) {
+        reader.join();
+    }
+    for (const double sum : sums) {
+        EXPECT_EQ(sum, expected);
+    }
+}
+
+TEST(KVColorGamutConcurrency, GamutsBuiltOnSeveralThreadsAtOnceAgree)
+{
+    std::vector<std::unique_ptr<KVColorGamut>> gamuts(2);
+    ::testing::internal::CaptureStderr();
+    std::vector<std::thread> builders;
+    for (std::size_t t = 0; t < gamuts.size(); ++t) {
+        builders.emplace_back(
+            [&, t] { gamuts[t] = std::make_unique<KVColorGamut>(sRGBChromaticities(), 1); });
+    }
+    for (std::thread& builder : builders) {
+        builder.join();
+    }
+    ::testing::internal::GetCapturedStderr();
+    const KVColorGamut& reference = *sharedGamut("sRGB", 1);
+    for (const auto& gamut : gamuts) {
+        for (std::size_t i = 0; i < KVColorGamut::kHueCount; i += 13) {
+            for (std::size_t j = 0; j < KVColorGamut::kLightnessCount; j += 5) {
+                ASSERT_EQ(gamut->tableChroma(i, j), reference.tableChroma(i, j));
+            }
+        }
+    }
+}
+
+} // namespace
+} // namespace tintorra
