@@ -114,7 +114,10 @@ inline ColorComponents shiftLchColor(const ColorComponents& lch, const Selection
     double newC = oldLimit > newLimit ? C * newLimit / oldLimit : C;
 
     if (p.targetSat > 0.0) {
-        newC = applyChange(newC, (newLimit - newC) * p.targetSat * w * s * p.saturationGain);
+        // The room left is never negative; a colour that rounding has put a hair beyond the limit
+        // has none, so that an infinite gain cannot flip it to minus infinity and grey.
+        const double room = newLimit > newC ? newLimit - newC : 0.0;
+        newC = applyChange(newC, room * p.targetSat * w * s * p.saturationGain);
         newC = clampTo(newC, 0.0, newLimit);
     } else if (p.targetSat == -1.0) {
         newC = 0.0;
