@@ -1,0 +1,202 @@
+// The colour table of a real photograph, measured against a 96 MB memcpy of the same run (M).
+//
+// The image comes from scripts/make-bench-images.sh; point TINTORRA_BENCH_IMAGE at its 8-bit
+// binary PPM (the 16-bit PPM is expected beside it with "-16" for "-8" in the name). Without
+// the variable the image benchmarks are skipped with a message.
+
+#include "engine/ColorTable.h"
+#include "engine/ColorTableBuild.h"
+#include "engine/HueSpectrum.h"
+
+#include <benchmark/benchmark.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace tintorra;
+
+constexpr std::size_t kCopyBytes = 96u << 20;
+double gMemcpySeconds = 0.0;
+
+// A binary PPM (P6) of 8 or 16 bits into a bitmap of 3 or 4 samples per pixel (alpha opaque).
+KVBitmapPtr loadPpm(const std::string& path, bool withAlpha)
+{
+    std::ifstream file(path, std::ios::binary);
+    if (!file) {
+        return nullptr;
+    }
+    std::string magic;
+    file >> magic;
+    std::int64_t values[3] = {0, 0, 0};
+    for (std::int64_t& value : values) {
+        file >> std::ws;
+        while (file.peek() == '#') {
+            std::string comment;
+            std::getline(file, comment);
+            file >> std::ws;
+        }
+        file >> value;
+    }
+    file.get();
+    const auto [wide, high, maximum] = values;
+    if (magic != "P6" || wide <= 0 || high <= 0 || maximum <= 0 || maximum > 65535) {
+        return nullptr;
+    }
+    const std::int64_t bytesPerSample = maximum > 255 ? 2 : 1;
+    std::vector<std::uint8_t> samples(static_cast<std::size_t>(wide * high * 3 * bytesPerSample));
+    file.read(reinterpret_cast<char*>(samples.data()),
+              static_cast<std::streamsize>(samples.size()));
+    if (!file) {
+        return nullptr;
+    }
+    KVBitmapLayout layout;
+    layout.pixelsWide = wide;
+    layout.pixelsHigh = high;
+    layout.bitsPerSample = 8 * bytesPerSample;
+    layout.samplesPerPixel = withAlpha ? 4 : 3;
+    layout.hasAlpha = withAlpha;
+    const KVBitmapPtr bitmap = KVBitmap::create(layout);
+    if (!bitmap) {
+        return nullptr;
+    }
+    const std::int64_t channels = layout.samplesPerPixel;
+    for (std::int64_t y = 0; y < high; ++y) {
+        std::uint8_t* row = bitmap->bitmapData() + y * bitmap->bytesPerRow();
+        const std::uint8_t* in = samples.data() + y * wide * 3 * bytesPerSample;
+        for (std::int64_t x = 0; x < wide; ++x) {
+            for (std::int64_t c = 0; c < channels; ++c) {
+                std::uint8_t* out = row + (x * channels + c) * bytesPerSample;
+                if (c == 3) {
+                    std::memset(out, 0xFF, static_cast<std::size_t>(bytesPerSample));
+                } else if (bytesPerSample == 1) {
+                    *out = in[x * 3 + c];
+                } else {
+                    // PPM stores big-endian words; the bitmap keeps the machine's order.
+                    out[0] = in[(x * 3 + c) * 2 + 1];
+                    out[1] = in[(x * 3 + c) * 2];
+                }
+            }
+        }
+    }
+    return bitmap;
+}
+
+const char* benchImagePath()
+{
+    return std::getenv("TINTORRA_BENCH_IMAGE");
+}
+
+// The photograph, loaded once per layout.
+KVBitmapPtr benchImage(bool sixteenBits, bool withAlpha)
+{
+    static KVBitmapPtr cache[2][2];
+    KVBitmapPtr& slot = cache[sixteenBits][withAlpha];
+    if (!slot && benchImagePath() != nullptr) {
+        std::string path = benchImagePath();
+        if (sixteenBits) {
+            const std::size_t at = path.rfind("-8.");
+            if (at == std::string::npos) {
+                return nullptr;
+            }
+            path.replace(at, 3, "-16.");
+        }
+        slot = loadPpm(path, withAlpha);
+    }
+    return slot;
+}
+
+void reportMultiple(benchmark::State& state, double seconds)
+{
+    if (gMemcpySeconds > 0.0) {
+        state.counters["M"] =
+            benchmark::Counter(seconds / gMemcpySeconds, benchmark::Counter::kAvgIterations);
+    }
+    state.counters["ms"] = benchmark::Counter(seconds * 1e3, benchmark::Counter::kAvgIterations);
+}
+
+void BM_Memcpy96MB(benchmark::State& state)
+{
+    std::vector<char> from(kCopyBytes, 1), to(kCopyBytes, 0);
+    double seconds = 0.0;
+    std::int64_t runs = 0;
+    for (auto _ : state) {
+        const auto start = std::chrono::steady_clock::now();
+        std::memcpy(to.data(), from.data(), kCopyBytes);
+        benchmark::ClobberMemory();
+        seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        ++runs;
+    }
+    gMemcpySeconds = seconds / static_cast<double>(runs);
+    state.counters["ms"] = benchmark::Counter(gMemcpySeconds * 1e3);
+    state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(kCopyBytes));
+}
+BENCHMARK(BM_Memcpy96MB)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+// Arguments: colour mode, threads (0: as the application builds it), 16-bit, alpha.
+void BM_ColorTable(benchmark::State& state)
+{
+    const long mode = state.range(0);
+    const auto threads = static_cast<unsigned>(state.range(1));
+    const KVBitmapPtr bitmap = benchImage(state.range(2) != 0, state.range(3) != 0);
+    if (!bitmap) {
+        state.SkipWithError("no benchmark image: run scripts/make-bench-images.sh and set "
+                            "TINTORRA_BENCH_IMAGE to its eveningglow-6000x4000-8.ppm");
+        return;
+    }
+    double seconds = 0.0;
+    std::uint64_t colors = 0;
+    for (auto _ : state) {
+        const auto start = std::chrono::steady_clock::now();
+        const LChColorTable table = threads == 0
+                                        ? createLChColorTableWithImageGamma(bitmap, 1.0 / 2.2, mode)
+                                        : detail::buildColorTable(bitmap, 1.0 / 2.2, mode, threads);
+        seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        colors = table.count;
+        benchmark::DoNotOptimize(table.colors.get());
+    }
+    reportMultiple(state, seconds);
+    state.counters["colours"] = static_cast<double>(colors);
+    state.counters["MP"] = static_cast<double>(bitmap->pixelsWide() * bitmap->pixelsHigh()) / 1e6;
+}
+BENCHMARK(BM_ColorTable)
+    ->ArgNames({"mode", "threads", "16bit", "alpha"})
+    ->Args({0, 0, 0, 0})
+    ->Args({0, 1, 0, 0})
+    ->Args({0, 0, 0, 1})
+    ->Args({1, 0, 0, 0})
+    ->Args({2, 0, 0, 0})
+    ->Args({3, 0, 0, 0})
+    ->Args({0, 0, 1, 0})
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime()
+    ->MinTime(1.0);
+
+void BM_HueSpectrum(benchmark::State& state)
+{
+    const KVBitmapPtr bitmap = benchImage(false, false);
+    if (!bitmap) {
+        state.SkipWithError("no benchmark image: run scripts/make-bench-images.sh and set "
+                            "TINTORRA_BENCH_IMAGE to its eveningglow-6000x4000-8.ppm");
+        return;
+    }
+    const LChColorTable table = createLChColorTableWithImageGamma(bitmap, 1.0 / 2.2, 0);
+    double seconds = 0.0;
+    for (auto _ : state) {
+        const auto start = std::chrono::steady_clock::now();
+        const LChSpectrum spectrum = createLChSpectrumFromLChColorTable(table);
+        seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+        benchmark::DoNotOptimize(spectrum.bands.get());
+    }
+    reportMultiple(state, seconds);
+}
+BENCHMARK(BM_HueSpectrum)->Unit(benchmark::kMillisecond)->UseRealTime();
+
+} // namespace

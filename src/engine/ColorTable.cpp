@@ -1,0 +1,222 @@
+#include "engine/ColorTable.h"
+
+#include "colour/ColorConversions.h"
+#include "colour/ColorMatrices.h"
+#include "engine/ColorTableBuild.h"
+#include "engine/ColorTableOrder.h"
+#include "engine/PackedSamples.h"
+#include "engine/PixelColorGrouping.h"
+#include "engine/TableAllocation.h"
+#include "engine/WorkerThreads.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <limits>
+
+namespace tintorra {
+
+namespace {
+
+constexpr std::uint64_t kLargestOffset = std::numeric_limits<std::uint32_t>::max();
+
+// Converts the distinct colours into entries of the table's mode. The samples of pixels that
+// are opaque or stored straight are linearised through a table of the 256 possible values, which
+// gives exactly what the conversion of each value would.
+class EntryConverter {
+public:
+    EntryConverter(long colorSpaceModel, double imageGamma, bool premultiplied,
+                   const Matrix3& rgbToXyzMatrix)
+        : mode_(colorSpaceModel), exponent_(1.0 / imageGamma), premultiplied_(premultiplied),
+          matrix_(rgbToXyzMatrix)
+    {
+        for (unsigned value = 0; value < 256; ++value) {
+            linear_[value] = gammaDecode({value / 255.0, 0.0, 0.0, 1.0}, exponent_).c0;
+        }
+    }
+
+    color_table_lch_entry_info operator()(const DistinctColor& distinct) const
+    {
+        const std::uint32_t packed = distinct.color;
+        const unsigned r = packed & 0xFF, g = (packed >> 8) & 0xFF, b = (packed >> 16) & 0xFF;
+        const unsigned a = packed >> 24;
+        ColorComponents linear;
+        if (premultiplied_ && a != 255) {
+            ColorComponents stored{r / 255.0, g / 255.0, b / 255.0, a / 255.0};
+            if (stored.alpha > 0.0) {
+                stored.c0 /= stored.alpha;
+                stored.c1 /= stored.alpha;
+                stored.c2 /= stored.alpha;
+            }
+            linear = gammaDecode(stored, exponent_);
+        } else {
+            linear = {linear_[r], linear_[g], linear_[b], a / 255.0};
+        }
+
+        color_table_lch_entry_info entry;
+        entry.saturation = 0.0f;
+        entry.firstLocation = distinct.firstLocation;
+        entry.locationCount = distinct.locationCount;
+        switch (mode_) {
+        case kColorModeLChuv:
+        case kColorModeLChab: {
+            const ColorComponents lch = mode_ == kColorModeLChuv ? rgbToLchuv(linear, matrix_)
+                                                                 : rgbToLchab(linear, matrix_);
+            store(entry, lch.c2, lch.c1, lch.c0, lch.alpha);
+            break;
+        }
+        case kColorModeHCL: {
+            const HclComponents hcl = rgbToHcl(linear);
+            store(entry, hcl.h, hcl.c, hcl.l, hcl.alpha);
+            entry.saturation = static_cast<float>(hcl.saturation);
+            break;
+        }
+        case kColorModeHSB: {
+            const ColorComponents hsb = rgbToHsb(linear);
+            store(entry, hsb.c0, hsb.c1, hsb.c2, hsb.alpha);
+            break;
+        }
+        default: {
+            const ColorComponents hsl = rgbToHsl(linear);
+            store(entry, hsl.c0, hsl.c1, hsl.c2, hsl.alpha);
+            break;
+        }
+        }
+        return entry;
+    }
+
+private:
+    static void store(color_table_lch_entry_info& entry, double hue, double chroma,
+                      double lightness, double alpha)
+    {
+        entry.hue = static_cast<float>(hue);
+        entry.chroma = static_cast<float>(chroma);
+        entry.lightness = static_cast<float>(lightness);
+        entry.alpha = static_cast<float>(alpha);
+    }
+
+    long mode_;
+    double exponent_;
+    bool premultiplied_;
+    Matrix3 matrix_;
+    std::array<double, 256> linear_{};
+};
+
+void reportGroupingFailure(GroupingFailure failure)
+{
+    switch (failure) {
+    case GroupingFailure::pixelTable:
+        std::fprintf(stderr, "Couldn't get memory for sortable pixel table\n");
+        break;
+    case GroupingFailure::colorList:
+        std::fprintf(stderr, "Couldn't get memory for rgb color table\n");
+        break;
+    case GroupingFailure::locationTable:
+        std::fprintf(stderr, "Couldn't get memory for pixel location table\n");
+        break;
+    case GroupingFailure::none:
+        break;
+    }
+}
+
+} // namespace
+
+bool colorTableCanAddress(std::int64_t pixelsWide, std::int64_t pixelsHigh,
+                          std::int64_t bytesPerRow, std::int64_t bytesPerPixel)
+{
+    if (pixelsWide <= 0 || pixelsHigh <= 0 || bytesPerRow < 0 || bytesPerPixel < 0) {
+        return false;
+    }
+    const auto wide = static_cast<std::uint64_t>(pixelsWide);
+    const auto high = static_cast<std::uint64_t>(pixelsHigh);
+    if (wide > kLargestOffset || high > kLargestOffset || wide * high > kLargestOffset) {
+        return false;
+    }
+    // Both products are below 2^32 * 2^63 only after these guards; check them before forming.
+    const auto rowBytes = static_cast<std::uint64_t>(bytesPerRow);
+    const auto pixelBytes = static_cast<std::uint64_t>(bytesPerPixel);
+    if ((high - 1) != 0 && rowBytes > kLargestOffset / (high - 1)) {
+        return false;
+    }
+    if ((wide - 1) != 0 && pixelBytes > kLargestOffset / (wide - 1)) {
+        return false;
+    }
+    return (high - 1) * rowBytes + (wide - 1) * pixelBytes <= kLargestOffset;
+}
+
+LChColorTable detail::buildColorTable(const KVBitmapPtr& bitmap, double imageGamma,
+                                      long colorSpaceModel, unsigned threads)
+{
+    LChColorTable table;
+    table.colorSpaceModel = colorSpaceModel;
+    if (!bitmap) {
+        return table;
+    }
+    PackedSampleSource source;
+    if (!packedSampleSourceFromBitmap(bitmap, imageGamma, source)) {
+        return table;
+    }
+    if (!colorTableCanAddress(source.pixelsWide, source.pixelsHigh, source.bytesPerRow,
+                              source.bytesPerPixel)) {
+        std::fprintf(stderr, "Image too large for a table of 32-bit pixel offsets\n");
+        return table;
+    }
+
+    threads = std::max(1u, threads);
+    PixelColorGroups groups = groupPixelsByColor(source, threads);
+    if (groups.failure != GroupingFailure::none) {
+        reportGroupingFailure(groups.failure);
+        return table;
+    }
+
+    TableArray<color_table_lch_entry_info> unordered =
+        allocateTable<color_table_lch_entry_info>(groups.colorCount);
+    TableArray<color_table_lch_entry_info> entries =
+        allocateTable<color_table_lch_entry_info>(groups.colorCount);
+    if (!unordered || !entries) {
+        std::fprintf(stderr, "Couldn't get memory for final color table\n");
+        return table;
+    }
+
+    Matrix3 rgbToXyz{};
+    matrixFromColorSpace(rgbToXyz, nullptr);
+    matrixFromColorSpace(rgbToXyz, &bitmap->colorSpace());
+    const EntryConverter convert(colorSpaceModel, source.imageGamma,
+                                 source.hasAlpha && source.premultiplied, rgbToXyz);
+    const std::size_t colorCount = groups.colorCount;
+    const unsigned converters =
+        static_cast<unsigned>(std::clamp<std::size_t>(colorCount, 1, threads));
+    runOnThreads(converters, [&](unsigned thread) {
+        const std::size_t first = colorCount * thread / converters;
+        const std::size_t end = colorCount * (thread + 1) / converters;
+        for (std::size_t i = first; i < end; ++i) {
+            unordered[i] = convert(groups.colors[i]);
+        }
+    });
+    groups.colors.reset();
+
+    if (!sortColorTableEntries(unordered.get(), entries.get(), colorCount, converters)) {
+        std::fprintf(stderr, "Couldn't get memory for final color table\n");
+        return table;
+    }
+
+    table.count = colorCount;
+    table.colors = std::move(entries);
+    table.locations = std::move(groups.locations);
+    table.locationCount = groups.locationCount;
+    return table;
+}
+
+LChColorTable createLChColorTableWithImageGamma(const KVBitmapPtr& bitmap, double imageGamma,
+                                                long colorSpaceModel)
+{
+    // Two threads at most: the table is built in the background while the interface runs.
+    const std::uint64_t pixels =
+        bitmap ? static_cast<std::uint64_t>(std::max<std::int64_t>(0, bitmap->pixelsWide())) *
+                     static_cast<std::uint64_t>(std::max<std::int64_t>(0, bitmap->pixelsHigh()))
+               : 0;
+    return detail::buildColorTable(bitmap, imageGamma, colorSpaceModel,
+                                   tableThreadCount(pixels, 2, std::size_t{1} << 16));
+}
+
+} // namespace tintorra

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <thread>
+#include <vector>
+
+namespace tintorra {
+
+// The number of threads a whole-image table pass may use: the processors available, at most
+// `limit`, and one for small jobs where starting threads costs more than it saves.
+inline unsigned tableThreadCount(std::size_t workItems, unsigned limit,
+                                 std::size_t minimumPerThread)
+{
+    const unsigned available = std::max(1u, std::thread::hardware_concurrency());
+    const std::size_t byWork =
+        std::max<std::size_t>(1, workItems / std::max<std::size_t>(1, minimumPerThread));
+    return static_cast<unsigned>(std::min<std::size_t>({available, limit, byWork}));
+}
+
+// Runs body(index) for index 0 .. count - 1, index 0 on the calling thread and the others on
+// joinable threads that are joined before returning. A thread that cannot be started runs its
+// share on the calling thread instead, so the work is always done and nothing throws.
+template <typename Body>
+void runOnThreads(unsigned count, const Body& body)
+{
+    std::vector<std::thread> threads;
+    std::vector<unsigned> notStarted;
+    try {
+        threads.reserve(count > 0 ? count - 1 : 0);
+        notStarted.reserve(count);
+    } catch (...) {
+        for (unsigned index = 0; index < count; ++index) {
+            body(index);
+        }
+        return;
+    }
+    for (unsigned index = 1; index < count; ++index) {
+        try {
+            threads.emplace_back([&body, index] { body(index); });
+        } catch (...) {
+            notStarted.push_back(index);
+        }
+    }
+    if (count > 0) {
+        body(0u);
+    }
+    for (const unsigned index : notStarted) {
+        body(index);
+    }
+    for (std::thread& thread : threads) {
+        thread.join();
+    }
+}
+
+} // namespace tintorra
