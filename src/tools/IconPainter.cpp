@@ -59,40 +59,68 @@ Region regionAt(double x, double y)
     return (r >= kRingInner && r <= kRingOuter) ? Region::ring : Region::none;
 }
 
-// The ring's colour: the most chromatic colour of the hue, a little darker towards the inside.
-ColorComponents ringColour(const KVColorGamut& gamut, const Matrix3& MI, double hue, double t,
-                           double lightening)
+// The lightness of each half degree's most chromatic colour, smoothed over 40 degrees: the
+// peak lightness jumps between neighbouring hues (most between green and cyan), which would
+// streak the ring.
+std::array<double, 720> smoothedPeakLightness(const KVColorGamut& gamut)
 {
-    const ColorComponents peak = gamut.maxChromaForHue(hue);
-    const double lightness = std::clamp(peak.c0 + (t - 0.6) * 22.0 + lightening, 5.0, 95.0);
-    const double chroma = 0.96 * std::min(peak.c1, gamut.chromaForHue(hue, lightness));
-    return lchuvToRgb({lightness, chroma, hue, 1.0}, MI);
+    std::array<double, 720> raw{};
+    for (std::size_t i = 0; i < raw.size(); ++i) {
+        raw[i] = gamut.maxChromaForHue(static_cast<double>(i) * kPi / 360.0).c0;
+    }
+    std::array<double, 720> smooth{};
+    constexpr int kHalfWindow = 40;
+    for (std::size_t i = 0; i < raw.size(); ++i) {
+        double sum = 0.0;
+        for (int k = -kHalfWindow; k <= kHalfWindow; ++k) {
+            sum += raw[(i + raw.size() + static_cast<std::size_t>(k + 720)) % raw.size()];
+        }
+        smooth[i] = sum / (2 * kHalfWindow + 1);
+    }
+    return smooth;
 }
 
-ColorComponents discColour(const KVColorGamut& gamut, const Matrix3& MI, double r)
+struct Palette {
+    const KVColorGamut& gamut;
+    Matrix3 MI;
+    std::array<double, 720> peakLightness;
+};
+
+// The ring's colour: near the most chromatic colour of the hue, a little darker towards the
+// inside, at 96 % of the largest chroma the lightness allows.
+ColorComponents ringColour(const Palette& palette, double hue, double t, double lightening)
+{
+    const auto index = static_cast<std::size_t>(std::lround(hue * 360.0 / kPi)) % 720;
+    // Pulled towards a middle lightness so that yellow and cyan do not fade into white.
+    const double base = 0.7 * palette.peakLightness[index] + 0.3 * 55.0;
+    const double lightness = std::clamp(base + (t - 0.6) * 22.0 + lightening, 5.0, 95.0);
+    const double chroma = 0.96 * palette.gamut.chromaForHue(hue, lightness);
+    return lchuvToRgb({lightness, chroma, hue, 1.0}, palette.MI);
+}
+
+ColorComponents discColour(const Palette& palette, double r)
 {
     // A soft highlight towards the top left keeps the disc from looking flat.
     const double lightness = 48.0 + 10.0 * (1.0 - r / kDiscRadius);
-    const double chroma = 0.9 * gamut.chromaForHue(kTargetHue, lightness);
-    return lchuvToRgb({lightness, chroma, kTargetHue, 1.0}, MI);
+    const double chroma = 0.9 * palette.gamut.chromaForHue(kTargetHue, lightness);
+    return lchuvToRgb({lightness, chroma, kTargetHue, 1.0}, palette.MI);
 }
 
-ColorComponents regionColour(Region region, double x, double y, const KVColorGamut& gamut,
-                             const Matrix3& MI)
+ColorComponents regionColour(Region region, double x, double y, const Palette& palette)
 {
     const double r = std::hypot(x, y);
     double hue = hueAngle(x, y);
     switch (region) {
     case Region::ring:
-        return ringColour(gamut, MI, hue,
+        return ringColour(palette, hue,
                           std::clamp((r - kRingInner) / (kRingOuter - kRingInner), 0.0, 1.0), 0.0);
     case Region::arc:
         hue = std::clamp(hue, kArcFrom, kArcTo);
         return ringColour(
-            gamut, MI, hue,
+            palette, hue,
             std::clamp((r - kRingInner - kArcLift) / (kRingOuter - kRingInner), 0.0, 1.0), 6.0);
     case Region::disc:
-        return discColour(gamut, MI, std::hypot(x + 0.1, y - 0.1));
+        return discColour(palette, std::hypot(x + 0.1, y - 0.1));
     case Region::none:
         break;
     }
@@ -109,8 +137,8 @@ KVBitmapPtr paintTintorraIcon(int size)
     }
     bitmap->setColorSpace(sRGBColorSpace());
     const KVColorGamut gamut(&bitmap->colorSpace(), kColorModeLChuv);
-    Matrix3 MI{};
-    gamut.copy_XYZ_to_RGB_matrix(MI);
+    Palette palette{gamut, {}, smoothedPeakLightness(gamut)};
+    gamut.copy_XYZ_to_RGB_matrix(palette.MI);
     const PixelManipulationOffsets offsets =
         pixelManipulationOffsetsWithImageGamma(bitmap, 1.0 / 2.2);
 
@@ -136,7 +164,7 @@ KVBitmapPtr paintTintorraIcon(int size)
                     const double d = std::hypot(fx - 0.5, fy - 0.5);
                     if (region != Region::none && d < nearest[index]) {
                         nearest[index] = d;
-                        colours[index] = regionColour(region, x, y, gamut, MI);
+                        colours[index] = regionColour(region, x, y, palette);
                     }
                 }
             }
