@@ -22,7 +22,12 @@ LoadedImage loadImageData(std::span<const std::uint8_t> data, const std::string&
                        "; give a TIFF, PNG, JPEG or JPEG 2000 image");
     }
     const bool tiff = source.value().format() == ImageFormat::tiff;
-    const auto reps = readFromData(data, tiff ? kTypeTIFF : kTypeImage, &error);
+    std::optional<DocumentImageReps> reps;
+    {
+        // The document layer logs undecodable data on standard error; the tool says it itself.
+        const QuietStream quiet(STDERR_FILENO);
+        reps = readFromData(data, tiff ? kTypeTIFF : kTypeImage, &error);
+    }
     if (!reps || reps->imageReps.empty() || !reps->imageReps.front()) {
         if (!error.localizedDescription.empty()) {
             failProcessing(name + ": " + error.localizedDescription + " " +
