@@ -132,6 +132,7 @@ CommandRunner addGamutCommand(CLI::App& tool, const GlobalOptions&)
             failProcessing("not enough memory for the gamut tables");
         }
         if (o.builder == "hull") {
+            const QuietStream quiet(STDERR_FILENO);
             gamut->buildRGBColors();
             gamut->buildLuvColors();
             gamut->buildChromaLUTsFromPolys();

@@ -159,6 +159,14 @@ TEST(GamutCommand, AnswersChromaQueries)
     EXPECT_NEAR(std::stod(cells[0]), 53.24, 1.0);
     EXPECT_NEAR(std::stod(cells[1]), 179.04, 3.5);
     EXPECT_TRUE(black.err.empty()) << black.err;
+
+    // The hull measures the convex hull of the gamut body, so it never gives less chroma than
+    // the search at the same hue's peak; neither builder talks on standard error.
+    const CliRun hull =
+        runCli({"gamut", "--space", "sRGB", "--builder", "hull", "--max-chroma", "12.17"});
+    ASSERT_EQ(hull.exitCode, 0) << hull.err;
+    EXPECT_TRUE(hull.err.empty()) << hull.err;
+    EXPECT_GE(std::stod(splitCells(splitLines(hull.out).at(0))[1]), std::stod(cells[1]) - 0.5);
 }
 
 TEST(GamutCommand, WritesTheWholeTable)
