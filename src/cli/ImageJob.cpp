@@ -1,0 +1,186 @@
+#include "cli/ImageJob.h"
+
+#include "cli/CliFailure.h"
+#include "cli/QuietStream.h"
+#include "controls/HueShiftParametersBuilder.h"
+#include "engine/HueShift.h"
+#include "engine/PixelAccess.h"
+#include "engine/SelectionWeights.h"
+#include "imageio/DocumentFile.h"
+#include "imageio/ImageErrors.h"
+#include "imageio/ImageFile.h"
+
+namespace tintorra::cli {
+
+LoadedImage loadImageData(std::span<const std::uint8_t> data, const std::string& name)
+{
+    KVError error;
+    // By content: a TIFF goes the document's way, so that Tintorra documents give their source.
+    const auto source = ImageSource::open(data);
+    if (!source) {
+        failProcessing(name + ": " + source.error() +
+                       "; give a TIFF, PNG, JPEG or JPEG 2000 image");
+    }
+    const bool tiff = source.value().format() == ImageFormat::tiff;
+    std::optional<DocumentImageReps> reps;
+    {
+        // The document layer logs undecodable data on standard error; the tool says it itself.
+        const QuietStream quiet(STDERR_FILENO);
+        reps = readFromData(data, tiff ? kTypeTIFF : kTypeImage, &error);
+    }
+    if (!reps || reps->imageReps.empty() || !reps->imageReps.front()) {
+        if (!error.localizedDescription.empty()) {
+            failProcessing(name + ": " + error.localizedDescription + " " +
+                           error.localizedRecoverySuggestion);
+        }
+        failProcessing(name + ": the image could not be decoded; check that the file is complete");
+    }
+    LoadedImage image;
+    image.path = name;
+    image.source = reps->imageReps[0];
+    if (reps->imageReps.size() > 1) {
+        image.exclusionMask = reps->imageReps[1];
+    }
+    if (reps->imageReps.size() > 2) {
+        image.inclusionMask = reps->imageReps[2];
+    }
+    image.parameters = reps->artistTag;
+    return image;
+}
+
+LoadedImage loadImageFile(const std::string& path)
+{
+    const auto data = readWholeFile(path);
+    if (!data) {
+        failProcessing(path + ": " + data.error());
+    }
+    return loadImageData(data.value(), path);
+}
+
+KVBitmapPtr loadMaskFile(const std::string& path, std::int64_t width, std::int64_t height)
+{
+    const auto data = readWholeFile(path);
+    if (!data) {
+        failProcessing(path + ": " + data.error());
+    }
+    const auto decoded = decodeImage(data.value());
+    if (!decoded) {
+        failProcessing(path + ": " + decoded.error());
+    }
+    const KVBitmapPtr& file = decoded.value();
+    if (file->pixelsWide() != width || file->pixelsHigh() != height) {
+        failProcessing(path + ": the mask is " + std::to_string(file->pixelsWide()) + " x " +
+                       std::to_string(file->pixelsHigh()) + " pixels but the image is " +
+                       std::to_string(width) + " x " + std::to_string(height) +
+                       "; give a mask of the image's size");
+    }
+    KVBitmapPtr mask = KVBitmap::deviceWhite8Rep(width, height);
+    const auto in = pixelManipulationOffsetsWithImageGamma(file, 1.0);
+    if (!mask || !in.supported) {
+        failProcessing(path + ": the mask's pixel layout is not supported; save it as 8-bit grey "
+                              "or RGB");
+    }
+    for (std::int64_t y = 0; y < height; ++y) {
+        std::uint8_t* row = mask->bitmapData() + y * mask->bytesPerRow();
+        for (std::int64_t x = 0; x < width; ++x) {
+            ColorComponents c{};
+            readGammaFloats(x, y, in, c);
+            const double grey = (c.c0 + c.c1 + c.c2) / 3.0;
+            // Premultiplied files already carry alpha in their samples.
+            const double coverage = in.premultiplied ? grey : grey * c.alpha;
+            row[x] = static_cast<std::uint8_t>(coverage * 255.0 + 0.5);
+        }
+    }
+    return mask;
+}
+
+ShiftJob::ShiftJob(KVBitmapPtr source, const KVHueShiftParameterSet& parameters)
+    : source_(std::move(source)), parameters_(parameters)
+{}
+
+void ShiftJob::buildColorTable()
+{
+    const double imageGamma = 1.0 / parameters_.displayGamma();
+    table_ = createLChColorTableWithImageGamma(source_, imageGamma,
+                                               static_cast<long>(parameters_.colorSpaceModel()));
+    if (table_.empty()) {
+        failProcessing(source_->pixelsWide() > 0
+                           ? "the image's colour table could not be built (unsupported layout or "
+                             "not enough memory); convert it to 8- or 16-bit RGB"
+                           : "the image has no pixels");
+    }
+    spectrum_ = createLChSpectrumFromLChColorTable(table_);
+}
+
+void ShiftJob::buildGamut()
+{
+    if (isLchColorMode(parameters_.colorSpaceModel())) {
+        const QuietStream quiet(STDERR_FILENO);
+        gamut_ = std::make_shared<const KVColorGamut>(
+            &source_->colorSpace(), static_cast<long>(parameters_.colorSpaceModel()));
+        if (!gamut_->hasTables()) {
+            failProcessing("not enough memory for the gamut tables");
+        }
+    }
+}
+
+void ShiftJob::setMasks(KVBitmapPtr exclusion, KVBitmapPtr inclusion)
+{
+    exclusionMask_ = std::move(exclusion);
+    inclusionMask_ = std::move(inclusion);
+}
+
+HueShiftParameters ShiftJob::engineRecord(std::int64_t maskToShow) const
+{
+    KVHueShiftParameterSet set = parameters_;
+    set.setMaskToShow(maskToShow);
+    HueShiftContext context;
+    context.gamut = gamut_;
+    context.colorTable = &table_;
+    context.spectrum = &spectrum_;
+    context.exclusionMask = exclusionMask_;
+    context.inclusionMask = inclusionMask_;
+    return hueShiftParameters(set, context);
+}
+
+KVBitmapPtr ShiftJob::shift(const HueShiftParameters& record, const KVBitmapPtr& destination,
+                            unsigned threads) const
+{
+    KVBitmapPtr result;
+    {
+        const QuietStream quiet(STDOUT_FILENO);
+        result = hueShift(source_, destination, record, threads);
+    }
+    if (!result) {
+        failProcessing("the engine could not shift this image (unsupported pixel layout or not "
+                       "enough memory); convert it to 8- or 16-bit RGB");
+    }
+    return result;
+}
+
+ShiftJob::SelectionCount ShiftJob::countSelection(const HueShiftParameters& record) const
+{
+    HueShiftParameters p = record;
+    normalizeHueShiftParameters(p);
+    SelectionCount count;
+    const bool lch = isLchColorMode(p.colorSpaceModel);
+    for (std::uint64_t i = 0; i < table_.count; ++i) {
+        const color_table_lch_entry_info& e = table_.colors[i];
+        double weight = 0.0;
+        if (lch) {
+            ColorComponents colour{e.lightness, e.chroma, e.hue, e.alpha};
+            weight = selectionWeight(colour, p, false);
+        } else {
+            const double saturation = p.colorSpaceModel == kColorModeHCL ? e.saturation : e.chroma;
+            HclComponents colour{e.hue, e.chroma, e.lightness, e.alpha, saturation};
+            weight = selectionWeight(colour, p, false);
+        }
+        if (weight > 0.0) {
+            ++count.colors;
+            count.pixels += e.locationCount;
+        }
+    }
+    return count;
+}
+
+} // namespace tintorra::cli

@@ -1,0 +1,82 @@
+#include "cli/OutputFormats.h"
+
+#include "cli/CliFailure.h"
+#include "imageio/DocumentFile.h"
+#include "imageio/ImageFile.h"
+#include "imageio/ImageTypes.h"
+
+#include <algorithm>
+#include <cctype>
+
+namespace tintorra::cli {
+
+std::optional<OutputFormat> outputFormatNamed(const std::string& name)
+{
+    if (name == "tiff") {
+        return OutputFormat{std::string(kTypeTIFF), "tiff"};
+    }
+    if (name == "png") {
+        return OutputFormat{std::string(kTypePNG), "png"};
+    }
+    if (name == "jpeg") {
+        return OutputFormat{std::string(kTypeJPEG), "jpeg"};
+    }
+    if (name == "jp2") {
+        return OutputFormat{std::string(kTypeJPEG2000), "jp2"};
+    }
+    if (name == "document") {
+        return OutputFormat{std::string(TintorraTIFFType), "tiff"};
+    }
+    return std::nullopt;
+}
+
+std::optional<OutputFormat> outputFormatForPath(const std::filesystem::path& path)
+{
+    std::string extension = path.extension().string();
+    if (!extension.empty()) {
+        extension.erase(0, 1);
+    }
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    const auto type = typeForExtension(extension);
+    if (!type || !formatForType(*type)) {
+        return std::nullopt;
+    }
+    const auto format = *formatForType(*type);
+    if (format != ImageFormat::tiff && format != ImageFormat::png && format != ImageFormat::jpeg &&
+        format != ImageFormat::jpeg2000) {
+        return std::nullopt;
+    }
+    return OutputFormat{*type, extension};
+}
+
+void writeOutput(const std::filesystem::path& path, const OutputFormat& format,
+                 const OutputImages& images, double quality,
+                 const std::vector<std::filesystem::path>& inputs)
+{
+    if (format.type == TintorraTIFFType) {
+        DocumentImages document;
+        document.outputImageRep = images.shifted;
+        document.inputImageRep = images.source;
+        document.exclusionMaskRep = images.exclusionMask;
+        document.inclusionMaskRep = images.inclusionMask;
+        document.hueShiftParameters = images.parameters;
+        KVError error;
+        if (!saveDocument(path, format.type, document, inputs, &error)) {
+            failProcessing(path.string() + ": " + error.localizedDescription +
+                           (error.localizedRecoverySuggestion.empty()
+                                ? ""
+                                : " " + error.localizedRecoverySuggestion));
+        }
+        return;
+    }
+    EncodeOptions options;
+    options.quality = quality;
+    const IOStatus written =
+        writeImageFile(path, *images.shifted, formatForType(format.type), options, inputs);
+    if (!written) {
+        failProcessing(path.string() + ": " + written.error());
+    }
+}
+
+} // namespace tintorra::cli

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "engine/KVBitmap.h"
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace tintorra::cli {
+
+// What `shift` can write: an image format, or the Tintorra document.
+struct OutputFormat {
+    // The file type (a public image type or the document's own type).
+    std::string type;
+    // The extension the type's files get.
+    std::string extension;
+};
+
+// "tiff", "png", "jpeg", "jp2" or "document"; nothing for other names.
+std::optional<OutputFormat> outputFormatNamed(const std::string& name);
+// The format a file name's extension stands for; nothing for an unknown extension.
+std::optional<OutputFormat> outputFormatForPath(const std::filesystem::path& path);
+
+struct OutputImages {
+    KVBitmapPtr shifted;
+    KVBitmapPtr source;
+    KVBitmapPtr exclusionMask;
+    KVBitmapPtr inclusionMask;
+    std::string parameters;
+};
+
+// Writes the shifted image (or the document) atomically; never over one of `inputs`. Throws a
+// processing CliFailure naming the file on failure, having written nothing.
+void writeOutput(const std::filesystem::path& path, const OutputFormat& format,
+                 const OutputImages& images, double quality,
+                 const std::vector<std::filesystem::path>& inputs);
+
+} // namespace tintorra::cli

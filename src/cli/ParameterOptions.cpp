@@ -1,0 +1,323 @@
+#include "cli/ParameterOptions.h"
+
+#include "cli/CliFailure.h"
+#include "cli/NamedHues.h"
+#include "controls/KVCircularSliderModel.h"
+#include "controls/KVTenSegmentValues.h"
+#include "controls/ParameterEncoding.h"
+#include "imageio/ImageFile.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <charconv>
+#include <cmath>
+#include <vector>
+
+namespace tintorra::cli {
+
+namespace {
+
+constexpr std::array<const char*, 5> kModeNames{"lchuv", "lchab", "hcl", "hsb", "hsl"};
+// The TIFF tag that carries a document's parameter string.
+constexpr int kTiffTagArtist = 315;
+
+std::string lowercase(std::string text)
+{
+    std::transform(text.begin(), text.end(), text.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return text;
+}
+
+std::vector<double> parseNumberList(const std::string& text, char separator,
+                                    const std::string& option)
+{
+    std::vector<double> numbers;
+    std::size_t start = 0;
+    while (true) {
+        const std::size_t end = text.find(separator, start);
+        const std::string item =
+            text.substr(start, end == std::string::npos ? std::string::npos : end - start);
+        double value = 0.0;
+        const char* first = item.data();
+        const char* last = item.data() + item.size();
+        const auto [next, error] = std::from_chars(first, last, value);
+        if (item.empty() || error != std::errc() || next != last || !std::isfinite(value)) {
+            failUsage(option + ": '" + item + "' in '" + text +
+                      "' is not a number; see 'tintorra-cli shift --help'");
+        }
+        numbers.push_back(value);
+        if (end == std::string::npos) {
+            break;
+        }
+        start = end + 1;
+    }
+    return numbers;
+}
+
+// A hue in degrees as a fraction of the circle, the way the saved sets store bounds: negative
+// angles are brought up by whole turns, larger ones are not reduced (360 degrees is 1.0).
+double hueFraction(double degrees)
+{
+    while (degrees < 0.0) {
+        degrees += 360.0;
+    }
+    return degrees / 360.0;
+}
+
+KVSliderValues fractionRange(const std::string& text, const std::string& option)
+{
+    const RangeBounds b = parseRangeBounds(text, option);
+    const std::array<double, 4> values{b.lowerFalloff, b.lower, b.upper, b.upperFalloff};
+    for (const double v : values) {
+        if (v < 0.0 || v > 1.0) {
+            failUsage(option + " " + text + ": every bound must lie in 0..1");
+        }
+    }
+    if (!(b.lowerFalloff <= b.lower && b.lower <= b.upper && b.upper <= b.upperFalloff)) {
+        failUsage(option + " " + text +
+                  ": bounds must not decrease (lowerFalloff:lower:upper:upperFalloff)");
+    }
+    return {b.upperFalloff, b.upper, (b.lower + b.upper) / 2.0, b.lower, b.lowerFalloff};
+}
+
+void applyHueOptions(const ParameterOptions& options, KVHueShiftParameterSet& set)
+{
+    if (options.hue) {
+        const RangeBounds b = parseRangeBounds(*options.hue, "--hue");
+        // Bounds only: the middle is derived circularly, so a range across 0 gets its middle
+        // where the ring shows it.
+        set.setSourceHueValues({{"upperFalloff", hueFraction(b.upperFalloff)},
+                                {"upper", hueFraction(b.upper)},
+                                {"lower", hueFraction(b.lower)},
+                                {"lowerFalloff", hueFraction(b.lowerFalloff)}});
+    }
+    if (options.hueCenter) {
+        if (options.hueSpread < 0.0 || options.hueSpread > 180.0) {
+            failUsage("--hue-spread must lie in 0..180 degrees");
+        }
+        KVCircularSliderModel ring(true);
+        ring.setMiddleValue(hueFraction(std::fmod(*options.hueCenter, 360.0)));
+        ring.setSpreadInDegrees(options.hueSpread);
+        set.setSourceHueValues(ring.values());
+    }
+    if (options.hueSet) {
+        const auto range = namedHueSet(*options.hueSet);
+        if (!range) {
+            std::string names;
+            for (const NamedHue& hue : kNamedHues) {
+                names += (names.empty() ? "" : ", ") + std::string(hue.name);
+            }
+            failUsage("--hue-set '" + *options.hueSet + "' is not a named hue; use one of " +
+                      names);
+        }
+        set.setSourceHueValues(*range);
+    }
+}
+
+} // namespace
+
+std::optional<int> colorModeNamed(const std::string& name)
+{
+    const std::string wanted = lowercase(name);
+    for (std::size_t i = 0; i < kModeNames.size(); ++i) {
+        if (wanted == kModeNames[i]) {
+            return static_cast<int>(i);
+        }
+    }
+    return std::nullopt;
+}
+
+const char* colorModeName(std::int64_t mode)
+{
+    return mode >= 0 && mode < static_cast<std::int64_t>(kModeNames.size())
+               ? kModeNames[static_cast<std::size_t>(mode)]
+               : "unknown";
+}
+
+RangeBounds parseRangeBounds(const std::string& text, const std::string& option)
+{
+    const std::vector<double> numbers = parseNumberList(text, ':', option);
+    if (numbers.size() != 4) {
+        failUsage(option + " '" + text +
+                  "' needs four numbers lowerFalloff:lower:upper:upperFalloff");
+    }
+    return {numbers[0], numbers[1], numbers[2], numbers[3]};
+}
+
+std::optional<KVValueDictionary> namedHueSet(const std::string& name)
+{
+    const std::string wanted = lowercase(name);
+    for (const NamedHue& hue : kNamedHues) {
+        if (lowercase(std::string(hue.name)) == wanted) {
+            const double d = hue.degrees;
+            return KVValueDictionary{{"upperFalloff", hueFraction(d + 20.0)},
+                                     {"upper", hueFraction(d + 10.0)},
+                                     {"middle", hueFraction(d)},
+                                     {"lower", hueFraction(d - 10.0)},
+                                     {"lowerFalloff", hueFraction(d - 20.0)}};
+        }
+    }
+    return std::nullopt;
+}
+
+std::string parametersOfDocument(const std::string& path)
+{
+    auto data = readWholeFile(path);
+    if (!data) {
+        failProcessing(path + ": " + data.error());
+    }
+    auto source = ImageSource::open(data.value());
+    if (!source) {
+        failProcessing(path + ": " + source.error());
+    }
+    const auto artist = source.value().stringProperty(kTiffTagArtist);
+    if (!artist || artist->rfind(kHueShiftParameterPrefix, 0) != 0) {
+        failProcessing(path + ": has no Tintorra parameters; give a document written with "
+                              "'--format document'");
+    }
+    return *artist;
+}
+
+void addParameterOptions(CLI::App& command, ParameterOptions& o)
+{
+    const std::string selection = "Selection";
+    const std::string target = "Target";
+    command.add_option("--mode", o.mode, "colour mode: lchuv|lchab|hcl|hsb|hsl (default lchuv)")
+        ->group(selection);
+    auto* hue = command
+                    .add_option("--hue", o.hue,
+                                "selection hue bounds in degrees LF:L:U:UF (lowerFalloff, lower, "
+                                "upper, upperFalloff); may cross 0, e.g. 340:350:10:20")
+                    ->group(selection);
+    auto* centre =
+        command.add_option("--hue-center", o.hueCenter, "middle of the selection hue in degrees")
+            ->group(selection);
+    command
+        .add_option("--hue-spread", o.hueSpread,
+                    "spread in degrees around --hue-center: half on each side of the middle and "
+                    "as much again of fall-off (default 20)")
+        ->needs(centre)
+        ->group(selection);
+    auto* set = command
+                    .add_option("--hue-set", o.hueSet,
+                                "a named hue's default set: Red, Rust, Orange, Tangerine, "
+                                "Yellow, Lime, Green, Emerald, Aquamarine, Turquoise, Cyan, "
+                                "\"Light Blue\", Blue, Indigo, Purple, Violet, Magenta, Raspberry")
+                    ->group(selection);
+    hue->excludes(centre)->excludes(set);
+    centre->excludes(set);
+    command
+        .add_option("--sat", o.sat,
+                    "selection saturation LF:L:U:UF, fractions 0..1 "
+                    "(default 0:0:1:1)")
+        ->group(selection);
+    command
+        .add_option("--light", o.light,
+                    "selection lightness LF:L:U:UF, fractions 0..1 "
+                    "(default 0:0:1:1)")
+        ->group(selection);
+    command.add_option("--target-hue", o.targetHue, "target hue in degrees (default 0)")
+        ->group(target);
+    command.add_option("--target-sat", o.targetSat, "saturation change -1..1, clamped; 0 = none")
+        ->group(target);
+    command
+        .add_option("--target-bri", o.targetBri,
+                    "brightness change -1..1, clamped; 0 = the brightness curve is used")
+        ->group(target);
+    command
+        .add_option("--curve", o.curve,
+                    "brightness curve v0,...,v10: eleven outputs 0..1 at the inputs 0, 0.1, "
+                    "... 1 (default identity)")
+        ->group(target);
+    command.add_flag("--preserve-hue", o.preserveHue, "keep hues while blending")->group(target);
+    command.add_flag("--blend-to-falloff", o.blendToFalloff, "blend the fall-offs to their hues")
+        ->group(target);
+    command.add_option("--gamma", o.gamma, "display gamma (default 2.2); the engine gets 1/G")
+        ->group(selection);
+    auto* params = command
+                       .add_option("--params", o.params,
+                                   "start from a \"tolm\" parameter string; later options "
+                                   "override")
+                       ->group(selection);
+    auto* from = command
+                     .add_option("--params-from", o.paramsFrom,
+                                 "start from the parameters of a Tintorra document")
+                     ->group(selection);
+    params->excludes(from);
+}
+
+KVHueShiftParameterSet parameterSetFromOptions(const ParameterOptions& options)
+{
+    KVHueShiftParameterSet set;
+    std::optional<std::string> text = options.params;
+    if (options.paramsFrom) {
+        text = parametersOfDocument(*options.paramsFrom);
+    }
+    if (text && !setHueShiftParametersFromHexEncodedString(set, *text)) {
+        failUsage("--params must begin with \"tolm\"; use a string from 'tintorra-cli params "
+                  "encode'");
+    }
+    if (options.mode) {
+        const auto mode = colorModeNamed(*options.mode);
+        if (!mode) {
+            failUsage("--mode '" + *options.mode +
+                      "' is not a colour mode; use lchuv, lchab, "
+                      "hcl, hsb or hsl");
+        }
+        set.setColorSpaceModel(*mode);
+    }
+    applyHueOptions(options, set);
+    if (options.sat) {
+        set.setSourceSatRange(fractionRange(*options.sat, "--sat"));
+    }
+    if (options.light) {
+        set.setSourceBriRange(fractionRange(*options.light, "--light"));
+    }
+    if (options.targetHue) {
+        if (!std::isfinite(*options.targetHue)) {
+            failUsage("--target-hue must be a finite number of degrees");
+        }
+        double turns = std::fmod(*options.targetHue, 360.0) / 360.0;
+        if (turns < 0.0) {
+            turns += 1.0;
+        }
+        set.setTargetHue(turns >= 1.0 ? 0.0 : turns);
+    }
+    if (options.targetSat) {
+        set.setTargetSat(*options.targetSat);
+    }
+    if (options.targetBri) {
+        set.setTargetBri(*options.targetBri);
+    }
+    if (options.curve) {
+        const std::vector<double> values = parseNumberList(*options.curve, ',', "--curve");
+        if (values.size() != kTenSegmentThumbCount) {
+            failUsage("--curve needs eleven comma-separated values, got " +
+                      std::to_string(values.size()));
+        }
+        KVTenSegmentValues curve{};
+        for (std::size_t i = 0; i < curve.size(); ++i) {
+            if (values[i] < 0.0 || values[i] > 1.0) {
+                failUsage("--curve values must lie in 0..1");
+            }
+            curve[i] = values[i];
+        }
+        set.setTargetBriTenVals(dictionaryFromTenSegmentValues(curve));
+    }
+    if (options.preserveHue) {
+        set.setPreserveHue(true);
+    }
+    if (options.blendToFalloff) {
+        set.setBlendToFalloffHues(true);
+    }
+    if (options.gamma) {
+        if (!(*options.gamma > 0.0) || !std::isfinite(*options.gamma)) {
+            failUsage("--gamma must be a positive number such as 2.2");
+        }
+        set.setDisplayGamma(*options.gamma);
+    }
+    return set;
+}
+
+} // namespace tintorra::cli

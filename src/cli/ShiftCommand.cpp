@@ -1,0 +1,247 @@
+#include "cli/CliFailure.h"
+#include "cli/Commands.h"
+#include "cli/ImageJob.h"
+#include "cli/JsonOutput.h"
+#include "cli/OutputFormats.h"
+#include "cli/ParameterOptions.h"
+#include "cli/ProgressBar.h"
+#include "cli/Stopwatch.h"
+#include "controls/ParameterEncoding.h"
+#include "imageio/ShiftedFileName.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <map>
+#include <memory>
+
+namespace tintorra::cli {
+
+namespace {
+
+struct ShiftOptions {
+    ParameterOptions parameters;
+    std::vector<std::string> inputs;
+    std::optional<std::string> output;
+    std::optional<std::string> directory;
+    std::string view = "shifted";
+    std::optional<std::string> format;
+    double quality = 0.9;
+    std::optional<std::string> exclusionMask;
+    std::optional<std::string> inclusionMask;
+    unsigned threads = 0;
+    bool json = false;
+    unsigned repeat = 0;
+};
+
+const std::map<std::string, std::int64_t> kViews{
+    {"shifted", 0}, {"highlight", 1}, {"black-mask", 2}, {"white-mask", 3}};
+
+// Steps of one image on the progress bar.
+constexpr std::size_t kStepsPerImage = 5;
+
+OutputFormat formatFor(const ShiftOptions& o, const std::filesystem::path& input)
+{
+    if (o.format) {
+        const auto named = outputFormatNamed(*o.format);
+        if (!named) {
+            failUsage("--format '" + *o.format +
+                      "' is not an output format; use tiff, png, jpeg, jp2 or document");
+        }
+        return *named;
+    }
+    if (o.output) {
+        const auto byName = outputFormatForPath(*o.output);
+        if (!byName) {
+            failUsage("cannot tell the format from '" + *o.output +
+                      "'; end it in .tif, .png, .jpg or .jp2, or give --format");
+        }
+        return *byName;
+    }
+    // Into a folder without --format: the input's own format where it can be written, else TIFF.
+    const auto byInput = outputFormatForPath(input);
+    return byInput ? *byInput : *outputFormatNamed("tiff");
+}
+
+std::filesystem::path outputPathFor(const ShiftOptions& o, const std::string& input,
+                                    const OutputFormat& format)
+{
+    if (o.output) {
+        return *o.output;
+    }
+    return std::filesystem::path(*o.directory) /
+           (shiftedFileNameForPath(input) + "." + format.extension);
+}
+
+Json shiftOne(const ShiftOptions& o, const KVHueShiftParameterSet& set, const std::string& input,
+              ProgressBar& progress, std::size_t index)
+{
+    const std::string name = std::filesystem::path(input).filename().string();
+    const std::size_t first = index * kStepsPerImage;
+    const OutputFormat format = formatFor(o, input);
+    const std::filesystem::path output = outputPathFor(o, input, format);
+
+    Stopwatch clock;
+    progress.update(first, "loading " + name);
+    LoadedImage image = loadImageFile(input);
+    KVBitmapPtr exclusion = image.exclusionMask;
+    KVBitmapPtr inclusion = image.inclusionMask;
+    if (o.exclusionMask) {
+        exclusion =
+            loadMaskFile(*o.exclusionMask, image.source->pixelsWide(), image.source->pixelsHigh());
+    }
+    if (o.inclusionMask) {
+        inclusion =
+            loadMaskFile(*o.inclusionMask, image.source->pixelsWide(), image.source->pixelsHigh());
+    }
+    const double loadMs = clock.lap();
+
+    progress.update(first + 1, "colour table " + name);
+    ShiftJob job(image.source, set);
+    job.setMasks(exclusion, inclusion);
+    job.buildColorTable();
+    const double tableMs = clock.lap();
+
+    progress.update(first + 2, "gamut " + name);
+    job.buildGamut();
+    const double gamutMs = clock.lap();
+
+    progress.update(first + 3, "shifting " + name);
+    const HueShiftParameters record = job.engineRecord(kViews.at(o.view));
+    KVBitmapPtr result = job.shift(record, nullptr, o.threads);
+    const double shiftMs = clock.lap();
+
+    std::vector<double> reshifts;
+    for (unsigned i = 0; i < o.repeat; ++i) {
+        // As the editor does on every slider change: table, gamut and destination kept.
+        const HueShiftParameters again = job.engineRecord(kViews.at(o.view));
+        clock.lap();
+        result = job.shift(again, result, o.threads);
+        reshifts.push_back(clock.lap());
+    }
+
+    progress.update(first + 4, "saving " + name);
+    clock.lap();
+    std::vector<std::filesystem::path> inputs(o.inputs.begin(), o.inputs.end());
+    for (const auto* mask : {&o.exclusionMask, &o.inclusionMask}) {
+        if (*mask) {
+            inputs.emplace_back(**mask);
+        }
+    }
+    writeOutput(output, format,
+                {result, image.source, exclusion, inclusion,
+                 hexEncodedStringFromHueShiftParameters(record)},
+                o.quality, inputs);
+    const double saveMs = clock.lap();
+    progress.update(first + kStepsPerImage, "wrote " + output.filename().string());
+
+    const auto selection = job.countSelection(record);
+    Json ms = {{"load", loadMs},
+               {"table", tableMs},
+               {"gamut", gamutMs},
+               {"shift", shiftMs},
+               {"save", saveMs}};
+    if (!reshifts.empty()) {
+        ms["reshift"] = median(reshifts);
+    }
+    return {{"input", input},
+            {"output", output.string()},
+            {"width", image.source->pixelsWide()},
+            {"height", image.source->pixelsHigh()},
+            {"bitsPerSample", image.source->bitsPerSample()},
+            {"distinctColors", job.distinctColors()},
+            {"selectedColors", selection.colors},
+            {"selectedPixels", selection.pixels},
+            {"ms", ms}};
+}
+
+} // namespace
+
+CommandRunner addShiftCommand(CLI::App& tool, const GlobalOptions& global)
+{
+    auto options = std::make_shared<ShiftOptions>();
+    CLI::App* command = tool.add_subcommand(
+        "shift", "Recolour images: move the selected hues towards the target and write the "
+                 "results (or a view of the selection, or a Tintorra document)");
+    command->footer("Example:\n  tintorra-cli shift photo.jpg -o photo-blue.png --hue-set Orange "
+                    "--target-hue 220\n  tintorra-cli shift *.tif -d shifted --hue 340:350:10:20 "
+                    "--target-hue 120 --format document");
+    ShiftOptions& o = *options;
+    command
+        ->add_option("INPUT", o.inputs,
+                     "image files (TIFF, PNG, JPEG, JPEG 2000, or a "
+                     "Tintorra document)")
+        ->required();
+    auto* out = command->add_option("-o,--output", o.output, "output file (one input only)");
+    auto* dir = command->add_option("-d,--directory", o.directory,
+                                    "output folder; each file is named after its input with "
+                                    "\" (hue-shifted)\" and the format's extension");
+    out->excludes(dir);
+    command->add_option("--view", o.view, "what to write: shifted|highlight|black-mask|white-mask")
+        ->check(CLI::IsMember({"shifted", "highlight", "black-mask", "white-mask"}));
+    command->add_option("--format", o.format,
+                        "tiff|png|jpeg|jp2|document (default from the output's extension; "
+                        "document = multi-page TIFF with source, masks and parameters)");
+    command->add_option("--quality", o.quality, "JPEG quality 0..1 (default 0.9)")
+        ->check(CLI::Range(0.0, 1.0));
+    command->add_option("--exclusion-mask", o.exclusionMask,
+                        "image of the areas to keep unchanged (white = painted)");
+    command->add_option("--inclusion-mask", o.inclusionMask,
+                        "image of the only areas to change (white = painted)");
+    command->add_option("--threads", o.threads, "worker threads (default: all processors)")
+        ->check(CLI::Range(1u, 1024u));
+    command->add_flag("--json", o.json, "print one JSON object of figures per image");
+    command
+        ->add_option("--repeat", o.repeat,
+                     "re-run the shift N more times as the editor does on every change and "
+                     "report their median as ms.reshift")
+        ->check(CLI::Range(0u, 1000u));
+    addParameterOptions(*command, o.parameters);
+
+    return [command, options, &global]() -> int {
+        const ShiftOptions& o = *options;
+        if (!o.output && !o.directory) {
+            failUsage("shift needs -o OUT or -d DIR; see 'tintorra-cli shift --help'");
+        }
+        if (o.output && o.inputs.size() > 1) {
+            failUsage("-o takes one input, got " + std::to_string(o.inputs.size()) +
+                      "; use -d DIR for several");
+        }
+        const KVHueShiftParameterSet set = parameterSetFromOptions(o.parameters);
+        // Usage errors in the format are found before any work is done.
+        formatFor(o, o.inputs.front());
+        if (o.directory) {
+            std::error_code error;
+            std::filesystem::create_directories(*o.directory, error);
+            if (error) {
+                failProcessing(*o.directory + ": cannot create the folder (" + error.message() +
+                               "); choose a writable folder");
+            }
+        }
+        ProgressBar progress(o.inputs.size() * kStepsPerImage, global.quiet || o.json);
+        int status = kExitSuccess;
+        for (std::size_t i = 0; i < o.inputs.size(); ++i) {
+            try {
+                const Json figures = shiftOne(o, set, o.inputs[i], progress, i);
+                progress.clear();
+                if (o.json) {
+                    printJson(figures);
+                } else if (!global.quiet) {
+                    std::printf("%s -> %s\n", o.inputs[i].c_str(),
+                                figures["output"].get<std::string>().c_str());
+                    std::fflush(stdout);
+                }
+            } catch (const CliFailure& failure) {
+                progress.clear();
+                if (failure.exitCode() == kExitUsageError) {
+                    throw;
+                }
+                printError(failure.what());
+                status = kExitProcessingFailure;
+            }
+        }
+        (void)command;
+        return status;
+    };
+}
+
+} // namespace tintorra::cli

@@ -1,0 +1,83 @@
+#pragma once
+
+#include "controls/HueShiftParameters.h"
+#include "controls/KVHueShiftParameterSet.h"
+#include "controls/KVValueDictionary.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tintorra {
+
+// The parameter string saved inside images: "tolm", then upper-case hex of a version byte, the
+// gamma, four bytes (colour mode, preserve hue, blend to fall-off hues, mask to show), the three
+// targets, the eleven curve values and the three ranges' four bounds each. Doubles are written
+// as their 64 IEEE bits, most significant byte first, so every value survives bit for bit.
+inline constexpr std::string_view kHueShiftParameterPrefix = "tolm";
+inline constexpr std::uint8_t kHueShiftParameterVersion = 1;
+inline constexpr std::size_t kHueShiftParameterStringLength = 446;
+
+// The string of an engine record: with maskToShow 1 that is the highlight's placeholder targets,
+// not the user's.
+std::string hexEncodedStringFromHueShiftParameters(const HueShiftParameters& parameters);
+
+// What a parameter string yields, in the order the values are applied.
+struct DecodedHueShiftParameters {
+    std::uint8_t version = 0;
+    // The reciprocal of the display gamma; 0 gives an infinite display gamma.
+    double gamma = 0.0;
+    std::uint8_t colorSpaceModel = 0;
+    std::uint8_t preserveHue = 0;
+    std::uint8_t blendToFalloffHues = 0;
+    std::uint8_t maskToShow = 0;
+    double targetHue = 0.0;
+    double targetSat = 0.0;
+    // Read, and deliberately never applied: decoding keeps the current target brightness.
+    double targetBri = 0.0;
+    KVValueDictionary targetBriTenVals;
+    // Four bounds each, without "middle", so that the middle is derived again.
+    KVValueDictionary sourceHueValues;
+    KVValueDictionary sourceSatValues;
+    KVValueDictionary sourceBriValues;
+};
+
+// Reads a parameter string; nothing when it is empty or does not begin with "tolm" (case
+// matters). Everything else is read as far as it goes, with no check of length, version or
+// range:
+// - a field is read only while at least two characters remain at its position; otherwise it
+//   keeps the value last read into its slot (one slot for all bytes, one for the four single
+//   doubles, eleven for the curve, four shared by the three ranges; all start at 0);
+// - each byte is read from up to two hex digits of either case, advancing by the digits read;
+//   a byte without digits reads as 0 and does not advance;
+// - a string with any non-ASCII character has no ASCII form: no field is read.
+std::optional<DecodedHueShiftParameters> decodeHueShiftParameters(std::string_view text);
+
+// Applies decoded values through the target's setters in their fixed order: display gamma
+// (1 / gamma), colour mode, preserve hue, blend to fall-off hues, mask to show, target hue,
+// target saturation, curve, then the three ranges. The target brightness is skipped on purpose.
+// An owner that recomputes on every setter should block recomputation around this call and
+// recompute once afterwards.
+template <typename Target>
+void applyDecodedHueShiftParameters(const DecodedHueShiftParameters& decoded, Target& target)
+{
+    target.setDisplayGamma(1.0 / decoded.gamma);
+    target.setColorSpaceModel(static_cast<std::int64_t>(decoded.colorSpaceModel));
+    target.setPreserveHue(decoded.preserveHue != 0);
+    target.setBlendToFalloffHues(decoded.blendToFalloffHues != 0);
+    target.setMaskToShow(static_cast<std::int64_t>(decoded.maskToShow));
+    target.setTargetHue(decoded.targetHue);
+    target.setTargetSat(decoded.targetSat);
+    target.setTargetBriTenVals(decoded.targetBriTenVals);
+    target.setSourceHueValues(decoded.sourceHueValues);
+    target.setSourceSatValues(decoded.sourceSatValues);
+    target.setSourceBriValues(decoded.sourceBriValues);
+}
+
+// Decodes and applies; false (and the set untouched) when the string is not accepted.
+bool setHueShiftParametersFromHexEncodedString(KVHueShiftParameterSet& set, std::string_view text);
+
+} // namespace tintorra

@@ -1,0 +1,152 @@
+#include "engine/HueShift.h"
+
+#include "colour/ColorMatrices.h"
+#include "engine/HueShiftWorkers.h"
+#include "engine/PaintCoverage.h"
+#include "engine/PixelAccess.h"
+#include "engine/SelectionWeights.h"
+#include "engine/WorkerThreads.h"
+
+#include <algorithm>
+#include <cstring>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace tintorra {
+
+namespace {
+
+bool sameLayout(const PixelManipulationOffsets& a, const PixelManipulationOffsets& b)
+{
+    return a.pixelsWide == b.pixelsWide && a.pixelsHigh == b.pixelsHigh &&
+           a.bitsPerSample == b.bitsPerSample && a.samplesPerPixel == b.samplesPerPixel &&
+           a.bytesPerRow == b.bytesPerRow && a.bytesPerPixel == b.bytesPerPixel &&
+           a.hasAlpha == b.hasAlpha && a.bitmapFormat == b.bitmapFormat &&
+           a.premultiplied == b.premultiplied && a.isPlanar == b.isPlanar &&
+           a.numberOfPlanes == b.numberOfPlanes;
+}
+
+// The matrices of the gamut the colours were measured with, or of the source's colour space.
+void runMatrices(const HueShiftParameters& p, const KVBitmap& source, Matrix3& M, Matrix3& MI)
+{
+    if (p.gamut != nullptr) {
+        p.gamut->copy_RGB_to_XYZ_matrix(M);
+        p.gamut->copy_XYZ_to_RGB_matrix(MI);
+        return;
+    }
+    matrixFromColorSpace(M, &source.colorSpace());
+    inverseMatrixFromColorSpace(MI, &source.colorSpace());
+}
+
+// The colour table is usable when it describes colours of the record's mode.
+bool usableColorTable(const ColorTableRef& table, std::int64_t colorSpaceModel)
+{
+    if (table.colorSpaceModel != colorSpaceModel) {
+        return false;
+    }
+    return table.count == 0 || (table.colors != nullptr && table.locations != nullptr);
+}
+
+KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftParameters p,
+                  unsigned processorCount)
+{
+    const std::lock_guard<std::recursive_mutex> lock(source->lock());
+
+    PixelManipulationOffsets sourceOffsets;
+    if (!initializePixelManipulationOffsets(sourceOffsets, source, p.imageGamma) ||
+        (sourceOffsets.samplesPerPixel != 3 && sourceOffsets.samplesPerPixel != 4)) {
+        return nullptr;
+    }
+    const bool byColorTable = sourceOffsets.bitsPerSample == 8;
+    if (byColorTable && !usableColorTable(p.colorTable, p.colorSpaceModel)) {
+        return nullptr;
+    }
+
+    KVBitmapPtr destination;
+    bool copySourceSamples = false;
+    PixelManipulationOffsets destinationOffsets;
+    const PixelManipulationOffsets* destinationRecord = &sourceOffsets;
+    if (given == source) {
+        destination = source;
+    } else {
+        if (given != nullptr &&
+            initializePixelManipulationOffsets(destinationOffsets, given, p.imageGamma) &&
+            sameLayout(sourceOffsets, destinationOffsets) &&
+            given->sampleBytes() == source->sampleBytes()) {
+            destination = given;
+            // The table worker writes only selected colours; the rest must be the source's.
+            copySourceSamples = byColorTable;
+        } else {
+            destination = source->copy();
+            if (destination == nullptr) {
+                return nullptr;
+            }
+            initializePixelManipulationOffsets(destinationOffsets, destination, p.imageGamma);
+        }
+        destinationRecord = &destinationOffsets;
+    }
+
+    if (p.gamut != nullptr && !p.gamut->hasTables()) {
+        p.gamut = nullptr;
+    }
+    normalizeHueShiftParameters(p);
+
+    const PaintCoverage coverage = combinePaintMasks(
+        p.inclusionMask, p.exclusionMask, sourceOffsets.pixelsWide, sourceOffsets.pixelsHigh);
+    HueShiftRun run;
+    run.source = &sourceOffsets;
+    run.destination = destinationRecord;
+    run.coverage = &coverage;
+    runMatrices(p, *source, run.M, run.MI);
+
+    const std::uint64_t items =
+        byColorTable ? p.colorTable.count : static_cast<std::uint64_t>(sourceOffsets.pixelsHigh);
+    const unsigned processors =
+        processorCount != 0 ? processorCount : std::max(1u, std::thread::hardware_concurrency());
+    const auto threads = static_cast<unsigned>(std::min<std::uint64_t>(processors, items));
+    if (threads == 0) {
+        if (copySourceSamples) {
+            std::memcpy(destination->bitmapData(), source->bitmapData(), source->sampleBytes());
+        }
+        return destination;
+    }
+    const std::uint64_t chunk = items / threads;
+    std::vector<HueShiftTask> tasks(threads);
+    for (unsigned i = 0; i < threads; ++i) {
+        tasks[i].run = &run;
+        tasks[i].parameters = p;
+        tasks[i].firstItem = i * chunk;
+        tasks[i].itemCount = i + 1 < threads ? chunk : items - (threads - 1) * chunk;
+        tasks[i].index = i;
+    }
+    if (copySourceSamples) {
+        std::memcpy(destination->bitmapData(), source->bitmapData(), source->sampleBytes());
+    }
+    const auto worker = byColorTable ? colorTableWorker : rowWorker;
+    runOnThreads(threads, [&](unsigned i) { worker(tasks[i]); });
+    return destination;
+}
+
+} // namespace
+
+KVBitmapPtr hueShift(const KVBitmapPtr& source, const KVBitmapPtr& destination,
+                     HueShiftParameters parameters, unsigned processorCount)
+{
+    if (source == nullptr) {
+        return nullptr;
+    }
+    try {
+        return shift(source, destination, std::move(parameters), processorCount);
+    } catch (...) {
+        return nullptr;
+    }
+}
+
+KVBitmapPtr hueShift(const KVBitmapPtr& source, const KVBitmapPtr& destination,
+                     HueShiftParameters parameters)
+{
+    return hueShift(source, destination, std::move(parameters), 0);
+}
+
+} // namespace tintorra

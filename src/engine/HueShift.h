@@ -1,0 +1,32 @@
+#pragma once
+
+#include "controls/HueShiftParameters.h"
+#include "engine/KVBitmap.h"
+
+namespace tintorra {
+
+// The engine's entry: shifts the source's selected colours towards the record's targets, or
+// renders one of the selection masks (maskToShow), into a destination, and returns it.
+//
+// - The destination is the source itself when the same bitmap is given (shifting in place), a
+//   given bitmap whose layout matches the source's in every respect (it is first given the
+//   source's samples), or otherwise a fresh copy of the source. Callers use the returned bitmap.
+// - 8-bit images are shifted through the record's colour table, which must be the table of this
+//   image in the record's colour mode and stay alive and unchanged during the call; other depths
+//   pixel by pixel.
+// - The work is spread over min(processors, items) joinable threads (items: table entries or
+//   rows), all joined before returning; shifts of one source are serialised by its lock. Each
+//   worker prints "thread: <index>" on standard output.
+//
+// Returns nullptr, having written nothing, when the source's layout is unsupported, it has
+// neither 3 nor 4 samples per pixel, an 8-bit source comes without a table of its mode, or
+// memory runs out. Never throws.
+KVBitmapPtr hueShift(const KVBitmapPtr& source, const KVBitmapPtr& destination,
+                     HueShiftParameters parameters);
+
+// The same on at most `processorCount` threads (0: the machine's active processor count), so
+// that results can be compared across thread counts.
+KVBitmapPtr hueShift(const KVBitmapPtr& source, const KVBitmapPtr& destination,
+                     HueShiftParameters parameters, unsigned processorCount);
+
+} // namespace tintorra

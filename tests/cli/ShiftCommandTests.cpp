@@ -1,0 +1,265 @@
+#include "CliRunner.h"
+
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+namespace tintorra::cli_test {
+namespace {
+
+// sRGB red lies at about 12 degrees of LChuv hue; a selection around it takes the red block
+// alone, whatever the target.
+const std::vector<std::string> kSelectRed{"--hue", "352:2:22:32", "--target-hue", "130"};
+
+class ShiftCommand : public testing::Test {
+protected:
+    void SetUp() override
+    {
+        input8_ = folder_ / "blocks.png";
+        writePng(input8_, *makeBlocksImage(8));
+    }
+
+    CliRun shift(std::vector<std::string> arguments) const
+    {
+        arguments.insert(arguments.begin(), "shift");
+        return runCli(arguments);
+    }
+
+    ScratchFolder folder_;
+    std::filesystem::path input8_;
+};
+
+TEST_F(ShiftCommand, ChangesTheSelectedBlockOnly)
+{
+    const auto output = folder_ / "out.png";
+    std::vector<std::string> arguments{input8_.string(), "-o", output.string(), "--json"};
+    arguments.insert(arguments.end(), kSelectRed.begin(), kSelectRed.end());
+    const CliRun run = shift(arguments);
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    const Json figures = run.json();
+    EXPECT_EQ(figures["input"], input8_.string());
+    EXPECT_EQ(figures["output"], output.string());
+    EXPECT_EQ(figures["width"], 32);
+    EXPECT_EQ(figures["height"], 8);
+    EXPECT_EQ(figures["bitsPerSample"], 8);
+    EXPECT_EQ(figures["distinctColors"], 4);
+    EXPECT_EQ(figures["selectedColors"], 1);
+    EXPECT_EQ(figures["selectedPixels"], 64);
+    for (const char* step : {"load", "table", "gamut", "shift", "save"}) {
+        EXPECT_GE(figures["ms"][step].get<double>(), 0.0) << step;
+    }
+    EXPECT_FALSE(figures["ms"].contains("reshift"));
+
+    const KVBitmapPtr source = makeBlocksImage(8);
+    const KVBitmapPtr result = readImage(output);
+    ASSERT_TRUE(result);
+    // Green, blue and grey keep their samples; red now leans to green (hue 130 degrees).
+    for (const int x : {8, 16, 24}) {
+        EXPECT_EQ(samplesAt(*result, x, 3), samplesAt(*source, x, 3)) << "block at " << x;
+    }
+    const auto shifted = samplesAt(*result, 2, 2);
+    EXPECT_GT(shifted[1], shifted[0]);
+}
+
+TEST_F(ShiftCommand, BlackAndWhiteMasksAreComplements)
+{
+    const auto black = folder_ / "black.png";
+    const auto white = folder_ / "white.png";
+    std::vector<std::string> common = kSelectRed;
+    common.push_back("--quiet");
+    auto blackArgs = common;
+    blackArgs.insert(blackArgs.end(),
+                     {input8_.string(), "-o", black.string(), "--view", "black-mask"});
+    auto whiteArgs = common;
+    whiteArgs.insert(whiteArgs.end(),
+                     {input8_.string(), "-o", white.string(), "--view", "white-mask"});
+    ASSERT_EQ(shift(blackArgs).exitCode, 0);
+    ASSERT_EQ(shift(whiteArgs).exitCode, 0);
+    const KVBitmapPtr b = readImage(black);
+    const KVBitmapPtr w = readImage(white);
+    ASSERT_TRUE(b && w);
+    for (int x = 0; x < 32; x += 3) {
+        const auto bs = samplesAt(*b, x, 4);
+        const auto ws = samplesAt(*w, x, 4);
+        for (std::size_t c = 0; c < 3; ++c) {
+            EXPECT_EQ(bs[c] + ws[c], 255u) << "x " << x;
+        }
+    }
+    // The selected block is fully selected: white on the black mask, the rest black.
+    EXPECT_EQ(samplesAt(*b, 1, 1)[0], 255u);
+    EXPECT_EQ(samplesAt(*b, 9, 1)[0], 0u);
+}
+
+TEST_F(ShiftCommand, QuietWritesNothingButTheFile)
+{
+    const auto output = folder_ / "q.tif";
+    const CliRun run = shift({input8_.string(), "-o", output.string(), "--quiet"});
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_TRUE(run.out.empty());
+    EXPECT_TRUE(run.err.empty());
+    EXPECT_TRUE(std::filesystem::exists(output));
+}
+
+TEST_F(ShiftCommand, RepeatAddsTheMedianReshift)
+{
+    const CliRun run = shift({input8_.string(), "-o", (folder_ / "r.png").string(), "--json",
+                              "--repeat", "3", "--threads", "2"});
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_GE(run.json()["ms"]["reshift"].get<double>(), 0.0);
+}
+
+TEST_F(ShiftCommand, SixteenBitImagesStaySixteenBit)
+{
+    const auto input = folder_ / "deep.tif";
+    writeTiff(input, *makeBlocksImage(16));
+    const auto output = folder_ / "deep-out.tiff";
+    std::vector<std::string> arguments{input.string(), "-o", output.string(), "--json"};
+    arguments.insert(arguments.end(), kSelectRed.begin(), kSelectRed.end());
+    const CliRun run = shift(arguments);
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_EQ(run.json()["bitsPerSample"], 16);
+    const KVBitmapPtr result = readImage(output);
+    ASSERT_TRUE(result);
+    EXPECT_EQ(result->bitsPerSample(), 16);
+    EXPECT_EQ(samplesAt(*result, 20, 5), samplesAt(*makeBlocksImage(16), 20, 5));
+}
+
+TEST_F(ShiftCommand, DirectoryOutputsAreNamedAfterTheirInputs)
+{
+    const auto second = folder_ / "photo-shifted-3.tif";
+    writeTiff(second, *makeBlocksImage(8));
+    const auto out = folder_ / "out";
+    const CliRun run = shift({input8_.string(), second.string(), "-d", out.string(), "--quiet"});
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    // Without --format each keeps its own format; a counted name counts on.
+    EXPECT_EQ(filesIn(out),
+              (std::vector<std::string>{"blocks (hue-shifted).png", "photo (hue-shifted)-4.tif"}));
+
+    const auto docs = folder_ / "docs";
+    ASSERT_EQ(shift({input8_.string(), "-d", docs.string(), "--format", "document", "-q"}).exitCode,
+              0);
+    EXPECT_EQ(filesIn(docs), (std::vector<std::string>{"blocks (hue-shifted).tiff"}));
+    ASSERT_EQ(shift({input8_.string(), "-d", docs.string(), "--format", "jpeg", "-q"}).exitCode, 0);
+    EXPECT_EQ(filesIn(docs).size(), 2u);
+}
+
+TEST_F(ShiftCommand, DocumentsCarrySourceAndParameters)
+{
+    const auto document = folder_ / "doc.tiff";
+    // sRGB red lies at 40 degrees of LChab hue.
+    const std::vector<std::string> options{"--mode",       "lchab", "--hue",        "20:30:50:60",
+                                           "--target-hue", "130",   "--target-sat", "0.5"};
+    auto arguments = options;
+    arguments.insert(arguments.end(),
+                     {input8_.string(), "-o", document.string(), "--format", "document", "--json"});
+    const CliRun first = shift(arguments);
+    ASSERT_EQ(first.exitCode, 0) << first.err;
+    EXPECT_EQ(first.json()["selectedPixels"], 64);
+
+    const CliRun info = runCli({"info", document.string()});
+    ASSERT_EQ(info.exitCode, 0) << info.err;
+    const Json described = info.json();
+    EXPECT_TRUE(described["document"].get<bool>());
+    EXPECT_EQ(described["pages"], 2);
+
+    // The document's parameters are those `params encode` gives for the same options.
+    auto encodeArgs = options;
+    encodeArgs.insert(encodeArgs.begin(), {"params", "encode"});
+    const CliRun encoded = runCli(encodeArgs);
+    EXPECT_EQ(described["params"].get<std::string>() + "\n", encoded.out);
+    const CliRun fromFile = runCli({"params", "decode", "--from", document.string()});
+    const CliRun fromString = runCli({"params", "decode", described["params"].get<std::string>()});
+    ASSERT_EQ(fromFile.exitCode, 0) << fromFile.err;
+    EXPECT_EQ(fromFile.out, fromString.out);
+    EXPECT_EQ(fromFile.json()["colorSpaceModel"], 1);
+
+    // Shifting the document again, with its own parameters, starts from its source: the same
+    // red block is selected, not the shifted one.
+    const auto again = folder_ / "again.png";
+    const CliRun rerun = shift(
+        {document.string(), "-o", again.string(), "--json", "--params-from", document.string()});
+    ASSERT_EQ(rerun.exitCode, 0) << rerun.err;
+    EXPECT_EQ(rerun.json()["selectedPixels"], 64);
+    EXPECT_EQ(rerun.json()["distinctColors"], 4);
+}
+
+TEST_F(ShiftCommand, PaintedExclusionKeepsTheImage)
+{
+    KVBitmapPtr painted = makeBlocksImage(8);
+    std::fill(painted->bitmapData(), painted->bitmapData() + painted->planeBytes(), 255);
+    const auto mask = folder_ / "mask.png";
+    writePng(mask, *painted);
+    const auto output = folder_ / "kept.png";
+    auto arguments = kSelectRed;
+    arguments.insert(arguments.end(), {input8_.string(), "-o", output.string(), "--exclusion-mask",
+                                       mask.string(), "-q"});
+    ASSERT_EQ(shift(arguments).exitCode, 0);
+    const KVBitmapPtr result = readImage(output);
+    ASSERT_TRUE(result);
+    EXPECT_EQ(samplesAt(*result, 3, 3), samplesAt(*makeBlocksImage(8), 3, 3));
+}
+
+struct RefusalCase {
+    std::string name;
+    std::vector<std::string> arguments;
+    int exitCode;
+};
+
+class ShiftRefusals : public testing::TestWithParam<RefusalCase> {};
+
+TEST_P(ShiftRefusals, OneLineAndNothingWritten)
+{
+    const ScratchFolder folder;
+    const auto image = folder / "in.png";
+    writePng(image, *makeBlocksImage(8));
+    // A grey image: not RGB.
+    KVBitmapPtr grey = KVBitmap::deviceWhite8Rep(4, 4);
+    writePng(folder / "grey.png", *grey);
+    // A PNG cut short, and a file that is no image at all.
+    {
+        std::ifstream in(image, std::ios::binary);
+        std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+        std::ofstream(folder / "cut.png", std::ios::binary) << bytes.substr(0, bytes.size() / 2);
+        std::ofstream(folder / "notes.txt") << "not an image\n";
+    }
+    writePng(folder / "small.png", *KVBitmap::deviceRGBA8888Rep(3, 3, false));
+
+    std::vector<std::string> arguments{"shift"};
+    for (const std::string& argument : GetParam().arguments) {
+        // "@name" stands for a file in the scratch folder.
+        arguments.push_back(argument.rfind('@', 0) == 0 ? (folder / argument.substr(1)).string()
+                                                        : argument);
+    }
+    const auto before = filesIn(folder.path());
+    const CliRun run = runCli(arguments);
+    EXPECT_EQ(run.exitCode, GetParam().exitCode);
+    ASSERT_EQ(run.errLines().size(), 1u) << run.err;
+    EXPECT_EQ(run.errLines()[0].rfind("tintorra-cli: ", 0), 0u) << run.err;
+    EXPECT_TRUE(run.out.empty()) << run.out;
+    EXPECT_EQ(filesIn(folder.path()), before);
+    // The input is never overwritten.
+    EXPECT_EQ(samplesAt(*readImage(image), 0, 0), samplesAt(*makeBlocksImage(8), 0, 0));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Inputs, ShiftRefusals,
+    testing::Values(
+        RefusalCase{"NotRgb", {"@grey.png", "-o", "@out.png"}, 1},
+        RefusalCase{"Truncated", {"@cut.png", "-o", "@out.png"}, 1},
+        RefusalCase{"NotAnImage", {"@notes.txt", "-o", "@out.png"}, 1},
+        RefusalCase{"Missing", {"@absent.png", "-o", "@out.png"}, 1},
+        RefusalCase{"OverwritesInput", {"@in.png", "-o", "@in.png"}, 1},
+        RefusalCase{
+            "MaskOfOtherSize", {"@in.png", "-o", "@out.png", "--inclusion-mask", "@small.png"}, 1},
+        RefusalCase{"NoOutput", {"@in.png"}, 2}, RefusalCase{"NoInput", {"-o", "@out.png"}, 2},
+        RefusalCase{"TwoInputsOneOutput", {"@in.png", "@in.png", "-o", "@out.png"}, 2},
+        RefusalCase{"UnknownExtension", {"@in.png", "-o", "@out.xyz"}, 2},
+        RefusalCase{"UnknownFormat", {"@in.png", "-o", "@out.png", "--format", "gif"}, 2},
+        RefusalCase{"UnknownView", {"@in.png", "-o", "@out.png", "--view", "negative"}, 2},
+        RefusalCase{"BadQuality", {"@in.png", "-o", "@out.jpg", "--quality", "3"}, 2},
+        RefusalCase{"BadHue", {"@in.png", "-o", "@out.png", "--hue", "1:2"}, 2},
+        RefusalCase{"UnknownOption", {"@in.png", "-o", "@out.png", "--colour", "red"}, 2}),
+    [](const testing::TestParamInfo<RefusalCase>& info) { return info.param.name; });
+
+} // namespace
+} // namespace tintorra::cli_test
