@@ -108,14 +108,20 @@ const Prepared* prepared(std::int64_t mode, bool withAlpha)
     return slot.get();
 }
 
+// Wall time as multiples of the memcpy (M), and the shifting thread's CPU time as multiples of
+// the memcpy's CPU time (M_cpu): on one thread the latter is the engine's own cost, whatever else
+// the machine is doing.
 void runShifts(benchmark::State& state, const KVBitmapPtr& image, HueShiftParameters parameters,
-               bool reuseDestination)
+               bool reuseDestination, unsigned processors)
 {
     KVBitmapPtr destination = reuseDestination ? image->copy() : nullptr;
     double seconds = 0.0;
+    double cpuSeconds = 0.0;
     for (auto _ : state) {
         const auto start = std::chrono::steady_clock::now();
-        KVBitmapPtr result = hueShift(image, destination, parameters);
+        const double cpuStart = threadCpuSeconds();
+        KVBitmapPtr result = hueShift(image, destination, parameters, processors);
+        cpuSeconds += threadCpuSeconds() - cpuStart;
         seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
         benchmark::DoNotOptimize(result.get());
         if (!result) {
@@ -124,9 +130,14 @@ void runShifts(benchmark::State& state, const KVBitmapPtr& image, HueShiftParame
         }
     }
     reportMultiple(state, seconds);
+    if (processors == 1 && memcpyCpuSeconds() > 0.0) {
+        state.counters["M_cpu"] =
+            benchmark::Counter(cpuSeconds / memcpyCpuSeconds(), benchmark::Counter::kAvgIterations);
+    }
 }
 
-// Arguments: colour mode, alpha, reuse the destination, selection (10 or 100).
+// Arguments: colour mode, alpha, reuse the destination, selection (10 or 100), threads (0: one
+// per processor).
 void BM_ReshiftWithTable(benchmark::State& state)
 {
     const std::int64_t mode = state.range(0);
@@ -138,13 +149,14 @@ void BM_ReshiftWithTable(benchmark::State& state)
     }
     HueShiftParameters parameters = state.range(3) == 10 ? p->selectTenth : p->selectAll;
     parameters.colorTable = ColorTableRef::of(p->table);
-    runShifts(state, benchImage(false, alpha), parameters, state.range(2) != 0);
+    runShifts(state, benchImage(false, alpha), parameters, state.range(2) != 0,
+              static_cast<unsigned>(state.range(4)));
     state.counters["colours"] = state.range(3) == 10 ? p->tenthColours : 100.0;
     state.counters["pixels"] = state.range(3) == 10 ? p->tenthPixels : 100.0;
     state.counters["tableColours"] = static_cast<double>(p->table.count);
 }
 
-// Arguments: colour mode, selection (10 or 100), reuse the destination.
+// Arguments: colour mode, selection (10 or 100), reuse the destination, threads.
 void BM_ShiftSixteenBitRows(benchmark::State& state)
 {
     const std::int64_t mode = state.range(0);
@@ -155,33 +167,97 @@ void BM_ShiftSixteenBitRows(benchmark::State& state)
         return;
     }
     runShifts(state, image, state.range(1) == 10 ? p->selectTenth : p->selectAll,
-              state.range(2) != 0);
+              state.range(2) != 0, static_cast<unsigned>(state.range(3)));
     state.counters["pixels"] = state.range(1) == 10 ? p->tenthPixels : 100.0;
 }
 
 BENCHMARK(BM_Memcpy96MB)->Unit(benchmark::kMillisecond)->UseRealTime();
 BENCHMARK(BM_ReshiftWithTable)
-    ->ArgNames({"mode", "alpha", "reuse", "sel"})
-    ->Args({0, 0, 0, 10})
-    ->Args({0, 0, 1, 10})
-    ->Args({0, 1, 0, 10})
-    ->Args({0, 1, 1, 10})
-    ->Args({1, 1, 1, 10})
-    ->Args({3, 1, 1, 10})
-    ->Args({0, 1, 1, 100})
+    ->ArgNames({"mode", "alpha", "reuse", "sel", "threads"})
+    ->Args({0, 0, 0, 10, 0})
+    ->Args({0, 0, 1, 10, 0})
+    ->Args({0, 1, 0, 10, 0})
+    ->Args({0, 1, 1, 10, 0})
+    ->Args({0, 1, 1, 10, 1})
+    ->Args({1, 1, 1, 10, 0})
+    ->Args({3, 1, 1, 10, 0})
+    ->Args({0, 1, 1, 100, 0})
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
 BENCHMARK(BM_ShiftSixteenBitRows)
-    ->ArgNames({"mode", "sel", "reuse"})
-    ->Args({0, 10, 0})
-    ->Args({0, 10, 1})
-    ->Args({0, 100, 1})
-    ->Args({1, 10, 1})
-    ->Args({1, 100, 1})
-    ->Args({3, 10, 1})
-    ->Args({3, 100, 1})
+    ->ArgNames({"mode", "sel", "reuse", "threads"})
+    ->Args({0, 10, 0, 0})
+    ->Args({0, 10, 1, 0})
+    ->Args({0, 10, 1, 1})
+    ->Args({0, 100, 1, 0})
+    ->Args({0, 100, 1, 1})
+    ->Args({1, 10, 1, 0})
+    ->Args({1, 100, 1, 0})
+    ->Args({3, 10, 1, 0})
+    ->Args({3, 100, 1, 0})
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
+
+} // namespace
+} // namespace tintorra::bench
+
+namespace tintorra::bench {
+namespace {
+
+// Per-pixel cost without the photograph: 600 x 400 random 16-bit colours on one thread, so that
+// the CPU time (not the wall time of a shared machine) gives nanoseconds per pixel.
+void BM_RowKernelPerPixel(benchmark::State& state)
+{
+    static KVBitmapPtr image;
+    if (!image) {
+        KVBitmapLayout layout;
+        layout.pixelsWide = 600;
+        layout.pixelsHigh = 400;
+        layout.bitsPerSample = 16;
+        layout.samplesPerPixel = 3;
+        layout.hasAlpha = false;
+        image = KVBitmap::create(layout);
+        std::uint32_t seed = 12345;
+        auto* words = reinterpret_cast<std::uint16_t*>(image->bitmapData());
+        for (std::size_t i = 0; i < image->sampleBytes() / 2; ++i) {
+            seed = seed * 1664525u + 1013904223u;
+            words[i] = static_cast<std::uint16_t>(seed >> 16);
+        }
+    }
+    const std::int64_t mode = state.range(0);
+    HueShiftParameters p;
+    p.colorSpaceModel = mode;
+    if (isLchColorMode(mode)) {
+        static KVColorGamutPtr gamuts[2];
+        if (!gamuts[mode]) {
+            gamuts[mode] = std::make_shared<const KVColorGamut>(sRGBChromaticities(), mode);
+        }
+        p.gamut = gamuts[mode];
+    }
+    const double width = state.range(1) / 100.0;
+    p.hueLowerFalloff = 0.3;
+    p.hueLower = 0.3;
+    p.hueUpper = 0.3 + width;
+    p.hueUpperFalloff = 0.3 + width;
+    p.targetHue = 0.7;
+    p.targetSat = 0.3;
+    const KVBitmapPtr destination = image->copy();
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(hueShift(image, destination, p, 1).get());
+    }
+    state.counters["ns/pixel"] =
+        benchmark::Counter(static_cast<double>(state.iterations()) * 600 * 400,
+                           benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+BENCHMARK(BM_RowKernelPerPixel)
+    ->ArgNames({"mode", "hue%"})
+    ->Args({0, 10})
+    ->Args({0, 100})
+    ->Args({1, 10})
+    ->Args({1, 100})
+    ->Args({3, 10})
+    ->Args({3, 100})
+    ->Unit(benchmark::kMillisecond);
 
 } // namespace
 } // namespace tintorra::bench

@@ -1,8 +1,10 @@
+#include "engine/BatchMath.h"
 #include "engine/HueShiftWorkers.h"
 #include "engine/SelectionMasks.h"
 #include "engine/ShiftOutcome.h"
 
 #include <cstring>
+#include <vector>
 
 namespace tintorra {
 
@@ -72,6 +74,282 @@ private:
     const SampleEncodeTable* table_;
 };
 
+// The working arrays of one worker, kept from row to row. Candidates are the pixels whose
+// weight is computed (not transparent, hue possibly selectable); selected ones have a weight
+// above 0.
+struct RowScratch {
+    std::vector<ColorComponents> linear;
+    std::vector<std::uint32_t> candidate;
+    std::vector<ColorComponents> lch;
+    std::vector<HclComponents> cylinder;
+    std::vector<double> a;
+    std::vector<double> b;
+    std::vector<double> c;
+    std::vector<double> d;
+    std::vector<std::uint32_t> selected;
+    std::vector<Selection> selection;
+    std::vector<double> weight;
+    std::vector<ColorComponents> xyz;
+    std::vector<ColorComponents> rgb;
+
+    void reserve(std::size_t n)
+    {
+        xyz.resize(n);
+        rgb.resize(n);
+        linear.resize(n);
+        candidate.resize(n);
+        lch.resize(n);
+        cylinder.resize(n);
+        a.resize(n);
+        b.resize(n);
+        c.resize(n);
+        d.resize(n);
+        selected.resize(n);
+        selection.resize(n);
+        weight.resize(n);
+    }
+};
+
+// Linear RGB of the candidates into LCh, the cube roots and arctangents taken together. Each
+// step is that of rgbToLchuv and rgbToLchab.
+void lchOfCandidates(std::size_t count, std::int64_t mode, const Matrix3& M, RowScratch& s)
+{
+    std::vector<ColorComponents>& xyz = s.xyz;
+    for (std::size_t j = 0; j < count; ++j) {
+        xyz[j] = rgbToXyz(s.linear[s.candidate[j]], M);
+    }
+    if (mode == kColorModeLChuv) {
+        for (std::size_t j = 0; j < count; ++j) {
+            s.a[j] = xyz[j].c1;
+        }
+        batch::cbrt(s.a.data(), s.a.data(), count);
+        for (std::size_t j = 0; j < count; ++j) {
+            const double X = xyz[j].c0;
+            const double Y = xyz[j].c1;
+            const double Z = xyz[j].c2;
+            if (X == 0.0 && Y == 0.0 && Z == 0.0) {
+                s.b[j] = 0.0; // u
+                s.c[j] = 0.0; // v
+                s.lch[j] = {0.0, 0.0, 0.0, xyz[j].alpha};
+                continue;
+            }
+            const double dd = X + 15.0 * Y + 3.0 * Z;
+            const double uPrime = 4.0 * X / dd;
+            const double vPrime = 9.0 * Y / dd;
+            const double L = Y > kCieEpsilon ? 116.0 * s.a[j] - 16.0 : kCieKappa * Y;
+            s.b[j] = 13.0 * L * (uPrime - kLuvWhiteU);
+            s.c[j] = 13.0 * L * (vPrime - kLuvWhiteV);
+            s.lch[j] = {L, std::sqrt(s.b[j] * s.b[j] + s.c[j] * s.c[j]), 0.0, xyz[j].alpha};
+        }
+        batch::atan2(s.c.data(), s.b.data(), s.d.data(), count);
+        for (std::size_t j = 0; j < count; ++j) {
+            s.lch[j].c2 = s.d[j];
+        }
+        return;
+    }
+    for (std::size_t j = 0; j < count; ++j) {
+        s.a[j] = xyz[j].c0 / kLabWhiteX;
+        s.b[j] = xyz[j].c1;
+        s.c[j] = xyz[j].c2 / kLabWhiteZ;
+    }
+    batch::cbrt(s.a.data(), s.d.data(), count);
+    const auto f = [](double t, double root) {
+        return t > kCieEpsilon ? root : (kCieKappa * t + 16.0) / 116.0;
+    };
+    for (std::size_t j = 0; j < count; ++j) {
+        s.a[j] = f(s.a[j], s.d[j]);
+    }
+    batch::cbrt(s.b.data(), s.d.data(), count);
+    for (std::size_t j = 0; j < count; ++j) {
+        s.b[j] = f(s.b[j], s.d[j]);
+    }
+    batch::cbrt(s.c.data(), s.d.data(), count);
+    for (std::size_t j = 0; j < count; ++j) {
+        s.c[j] = f(s.c[j], s.d[j]);
+    }
+    for (std::size_t j = 0; j < count; ++j) {
+        const ColorComponents& v = xyz[j];
+        if (v.c0 == 0.0 && v.c1 == 0.0 && v.c2 == 0.0) {
+            s.lch[j] = labToLchFast({0.0, 0.0, 0.0, v.alpha});
+            continue;
+        }
+        const double fx = s.a[j];
+        const double fy = s.b[j];
+        const double fz = s.c[j];
+        s.lch[j] = labToLchFast({116.0 * fy - 16.0, 500.0 * (fx - fy), 200.0 * (fy - fz), v.alpha});
+    }
+}
+
+// The mode colour each selected candidate is painted with (shifted, or a highlight), its
+// lightness powers taken together.
+template <typename Colour, typename Level, typename Finish, typename Highlight>
+void resultsOfSelected(std::size_t count, const HueShiftParameters& p, RowScratch& s,
+                       std::vector<Colour>& colours, const Level& levelOf, const Finish& finish,
+                       const Highlight& highlight)
+{
+    if (p.maskToShow == kShowSelectionHighlight) {
+        for (std::size_t k = 0; k < count; ++k) {
+            const std::uint32_t j = s.selected[k];
+            colours[j] = highlight(colours[j], s.selection[k]);
+        }
+        return;
+    }
+    for (std::size_t k = 0; k < count; ++k) {
+        s.a[k] = lightnessPowerBase(levelOf(colours[s.selected[k]]), p);
+    }
+    batch::pow(s.a.data(), p.imageGamma, s.a.data(), count);
+    bool anyCurve = false;
+    for (std::size_t k = 0; k < count; ++k) {
+        double y = 0.0;
+        const bool applies = curveOutput(s.a[k], p, y);
+        s.c[k] = applies ? 1.0 : 0.0;
+        s.b[k] = y;
+        anyCurve = anyCurve || applies;
+    }
+    if (anyCurve) {
+        batch::pow(s.b.data(), 1.0 / p.imageGamma, s.b.data(), count);
+    }
+    for (std::size_t k = 0; k < count; ++k) {
+        const std::uint32_t j = s.selected[k];
+        colours[j] = finish(colours[j], s.selection[k], s.a[k], s.c[k] != 0.0, s.b[k]);
+    }
+}
+
+void writeSelected(std::int64_t y, const std::vector<ColorComponents>& rgb, std::size_t count,
+                   const RowScratch& s, const PaintCoverage& coverage, const LinearWriter& write)
+{
+    for (std::size_t k = 0; k < count; ++k) {
+        const std::uint32_t x = s.candidate[s.selected[k]];
+        const unsigned painted = coverage.present() ? coverage.at(x, y) : 255;
+        if (painted != 0) {
+            write(x, y, mixColors(s.linear[x], rgb[k], painted / 255.0));
+        }
+    }
+}
+
+// One row: every pixel's weight, then the selected pixels' colours, each stage over the whole
+// row so that the powers, roots and angles go four at a time.
+void shiftRow(const HueShiftRun& run, const HueShiftParameters& p, const OutcomeContext& context,
+              std::int64_t y, const LinearReader& read, const LinearWriter& write, RowScratch& s)
+{
+    const PixelManipulationOffsets& source = *run.source;
+    const PixelManipulationOffsets& destination = *run.destination;
+    const PaintCoverage& coverage = *run.coverage;
+    const std::int64_t mode = p.colorSpaceModel;
+    const bool lch = isLchColorMode(mode);
+    const auto wide = static_cast<std::size_t>(source.pixelsWide);
+
+    std::size_t candidates = 0;
+    for (std::size_t x = 0; x < wide; ++x) {
+        const ColorComponents linear = read(static_cast<std::int64_t>(x), y);
+        s.linear[x] = linear;
+        // Transparent pixels and (over Luv) hues off the selectable arc have weight 0.
+        if (linear.alpha != 0.0 &&
+            (mode != kColorModeLChuv ||
+             run.luvHueFilter.mayBeSelected(linear.c0, linear.c1, linear.c2))) {
+            s.candidate[candidates++] = static_cast<std::uint32_t>(x);
+        }
+    }
+    if (lch) {
+        lchOfCandidates(candidates, mode, context.M, s);
+    } else {
+        for (std::size_t j = 0; j < candidates; ++j) {
+            s.cylinder[j] = cylinderFromLinearRgb(s.linear[s.candidate[j]], mode);
+        }
+    }
+
+    std::size_t selected = 0;
+    for (std::size_t j = 0; j < candidates; ++j) {
+        const Selection selection =
+            lch ? lchSelection(s.lch[j], p, context.gamut) : cylinderSelection(s.cylinder[j], p);
+        s.weight[j] = selection.weight;
+        if (selection.weight > 0.0) {
+            s.selected[selected] = static_cast<std::uint32_t>(j);
+            s.selection[selected] = selection;
+            ++selected;
+        }
+    }
+
+    if (showsGreyMask(p.maskToShow)) {
+        // Every pixel, stored as samples directly, without gamma: weight 0.5 is 128 of 255.
+        const bool white = p.maskToShow == kShowWhiteMask;
+        const bool limited = p.paintMaskLimitsMasks != 0 && coverage.present();
+        std::size_t j = 0;
+        for (std::size_t x = 0; x < wide; ++x) {
+            double v = 0.0;
+            if (j < candidates && s.candidate[j] == x) {
+                v = s.weight[j] > 0.0 ? s.weight[j] : 0.0;
+                ++j;
+            }
+            if (limited) {
+                v *= coverage.at(static_cast<std::int64_t>(x), y) / 255.0;
+            }
+            const double grey = white ? 1.0 - v : v;
+            writeGammaFloats(static_cast<std::int64_t>(x), y, destination, {grey, grey, grey, 1.0});
+        }
+        return;
+    }
+
+    std::vector<ColorComponents>& rgb = s.rgb;
+    if (lch) {
+        resultsOfSelected(
+            selected, p, s, s.lch, [](const ColorComponents& c) { return c.c0 / 100.0; },
+            [&](const ColorComponents& c, const Selection& selection, double first, bool curve,
+                double second) {
+                const double newL = lchShiftedLightness(c.c0, selection, p, first, curve, second);
+                if (p.maskToShow == kShowHoverHighlight && isHoveredLightness(c.c0, p)) {
+                    return lchHighlightColor(c.c2, selection.weight == 1.0,
+                                             context.partialHighlight, context.gamut);
+                }
+                return finishLchShift(c, selection, p, context.gamut, newL);
+            },
+            [&](const ColorComponents& c, const Selection& selection) {
+                return lchHighlightColor(c.c2, selection.weight == 1.0, context.partialHighlight,
+                                         context.gamut);
+            });
+        // Back to linear RGB as lchuvToRgb and lchabToRgb do, the sines and cosines together.
+        for (std::size_t k = 0; k < selected; ++k) {
+            s.a[k] = s.lch[s.selected[k]].c2;
+        }
+        batch::sincos(s.a.data(), s.b.data(), s.c.data(), selected);
+        for (std::size_t k = 0; k < selected; ++k) {
+            const ColorComponents& c = s.lch[s.selected[k]];
+            const ColorComponents cartesian{c.c0, c.c1 * s.c[k], c.c1 * s.b[k], c.alpha};
+            const ColorComponents xyz =
+                mode == kColorModeLChuv ? luvToXyz(cartesian) : labToXyz(cartesian);
+            rgb[k] = outcome_detail::unitColor(xyzToRgb(xyz, context.MI));
+        }
+    } else {
+        const bool hcl = mode == kColorModeHCL;
+        resultsOfSelected(
+            selected, p, s, s.cylinder, [](const HclComponents& c) { return c.l; },
+            [&](const HclComponents& c, const Selection& selection, double first, bool curve,
+                double second) {
+                const double newV = cylinderShiftedLevel(c, selection, p, first, curve, second);
+                HclComponents result = finishCylinderShift(c, selection, p, newV);
+                if (p.maskToShow == kShowHoverHighlight && isHoveredLightness(c.l, p)) {
+                    result.h = wrapIntoRange(result.h + 0.5, 0.0, 1.0);
+                    result.alpha = 1.0;
+                    if (hcl) {
+                        result.l = 0.5;
+                    }
+                }
+                return result;
+            },
+            [&](const HclComponents& c, const Selection& selection) {
+                if (hcl) {
+                    return hclHighlightColor(c);
+                }
+                const ColorComponents h = hsbHighlightColor(c.h, selection.weight == 1.0);
+                return HclComponents{h.c0, h.c1, h.c2, h.alpha, h.c1};
+            });
+        for (std::size_t k = 0; k < selected; ++k) {
+            rgb[k] = outcome_detail::cylinderToLinearRgb(s.cylinder[s.selected[k]], mode);
+        }
+    }
+    writeSelected(y, rgb, selected, s, coverage, write);
+}
+
 } // namespace
 
 void rowWorker(const HueShiftTask& task)
@@ -81,17 +359,12 @@ void rowWorker(const HueShiftTask& task)
     const HueShiftParameters& p = task.parameters;
     const PixelManipulationOffsets& source = *run.source;
     const PixelManipulationOffsets& destination = *run.destination;
-    const PaintCoverage& coverage = *run.coverage;
     const OutcomeContext context{&p, p.gamut.get(), run.M, run.MI, PartialHighlight::reduceChroma};
-    const std::int64_t mode = p.colorSpaceModel;
-    const bool lch = isLchColorMode(mode);
-    const bool filterByLuvHue = mode == kColorModeLChuv;
-    const bool greyMask = showsGreyMask(p.maskToShow);
-    const bool white = p.maskToShow == kShowWhiteMask;
-    const bool limitedByCoverage = p.paintMaskLimitsMasks != 0 && coverage.present();
     const LinearReader read(source, run.wordDecode.get());
     const LinearWriter write(destination, run.wordEncode.get());
     const auto rowBytes = static_cast<std::size_t>(source.bytesPerRow);
+    RowScratch scratch;
+    scratch.reserve(static_cast<std::size_t>(source.pixelsWide));
 
     const auto end = static_cast<std::int64_t>(task.firstItem + task.itemCount);
     for (auto y = static_cast<std::int64_t>(task.firstItem); y < end; ++y) {
@@ -100,33 +373,7 @@ void rowWorker(const HueShiftTask& task)
             std::memcpy(destination.bitmapData + y * destination.bytesPerRow,
                         source.bitmapData + y * source.bytesPerRow, rowBytes);
         }
-        for (std::int64_t x = 0; x < source.pixelsWide; ++x) {
-            const ColorComponents linear = read(x, y);
-            ShiftOutcome outcome;
-            // Transparent pixels and (over Luv) hues off the selectable arc have weight 0.
-            if (linear.alpha != 0.0 && (!filterByLuvHue || run.luvHueFilter.mayBeSelected(
-                                                               linear.c0, linear.c1, linear.c2))) {
-                outcome = lch ? lchOutcome(lchFromLinearRgb(linear, mode, context.M), context)
-                              : cylinderOutcome(cylinderFromLinearRgb(linear, mode), context);
-            }
-            if (greyMask) {
-                // Stored as samples directly, without gamma: a weight of 0.5 is 128 of 255.
-                double v = outcome.weight > 0.0 ? outcome.weight : 0.0;
-                if (limitedByCoverage) {
-                    v *= coverage.at(x, y) / 255.0;
-                }
-                const double grey = white ? 1.0 - v : v;
-                writeGammaFloats(x, y, destination, {grey, grey, grey, 1.0});
-                continue;
-            }
-            if (!(outcome.weight > 0.0)) {
-                continue;
-            }
-            const unsigned painted = coverage.present() ? coverage.at(x, y) : 255;
-            if (painted != 0) {
-                write(x, y, mixColors(linear, outcome.rgb, painted / 255.0));
-            }
-        }
+        shiftRow(run, p, context, y, read, write, scratch);
     }
 }
 

@@ -41,9 +41,17 @@ public:
         if (linear >= 1.0) {
             return maximum_;
         }
-        const float guess = gammaF_ == 1.0f ? static_cast<float>(linear)
+        const float power = gammaF_ == 1.0f ? static_cast<float>(linear)
                                             : std::pow(static_cast<float>(linear), gammaF_);
-        auto k = static_cast<unsigned>(guess * static_cast<float>(maximum_) + 0.5f);
+        const double scaled = static_cast<double>(power) * maximum_ + 0.5;
+        const double whole = std::floor(scaled);
+        const double fraction = scaled - whole;
+        auto k = static_cast<unsigned>(whole);
+        // The single-precision power is within a few parts in 1e7 of the double one, far less
+        // than the margin: away from a rounding boundary the guess is the answer.
+        if (fraction > kMargin && fraction < 1.0 - kMargin && k <= maximum_) {
+            return k;
+        }
         if (k > maximum_) {
             k = maximum_;
         }
@@ -57,6 +65,7 @@ public:
     }
 
 private:
+    static constexpr double kMargin = 0.05;
     unsigned maximum_;
     float gammaF_;
     // thresholds_[k]: the smallest value stored as k or more; [0] is -inf and [max + 1] +inf.
