@@ -1,7 +1,9 @@
 #include "engine/HueShiftWorkers.h"
 #include "engine/SelectionMasks.h"
+#include "engine/ShiftBatch.h"
 #include "engine/ShiftOutcome.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace tintorra {
@@ -88,17 +90,48 @@ void colorTableWorker(const HueShiftTask& task, std::vector<TableColor>& toWrite
         return;
     }
 
+    // The selected colours of each stretch of candidates are painted together.
+    constexpr std::size_t kStretch = 1024;
     const SampleEncodeTable& encode = *run.byteEncode;
+    ShiftBatch batch;
+    batch.reserve(kStretch);
     for (const auto& [begin, stop] : candidates) {
-        for (std::uint64_t i = begin; i < stop; ++i) {
-            const color_table_lch_entry_info& entry = table.colors[i];
-            if (!describesPixels(entry, table)) {
-                continue;
+        for (std::uint64_t from = begin; from < stop; from += kStretch) {
+            const auto count =
+                static_cast<std::size_t>(std::min<std::uint64_t>(kStretch, stop - from));
+            std::size_t selected = 0;
+            for (std::size_t j = 0; j < count; ++j) {
+                const color_table_lch_entry_info& entry = table.colors[from + j];
+                if (!describesPixels(entry, table)) {
+                    continue;
+                }
+                Selection selection;
+                if (lch) {
+                    batch.lch[j] = {entry.lightness, entry.chroma, entry.hue, entry.alpha};
+                    selection = lchSelection(batch.lch[j], p, context.gamut);
+                } else {
+                    // The table keeps HCL's own saturation; HSB and HSL test their S.
+                    const double saturation =
+                        p.colorSpaceModel == kColorModeHCL ? entry.saturation : entry.chroma;
+                    batch.cylinder[j] = {entry.hue, entry.chroma, entry.lightness, entry.alpha,
+                                         saturation};
+                    selection = cylinderSelection(batch.cylinder[j], p);
+                }
+                if (selection.weight > 0.0) {
+                    batch.selected[selected] = static_cast<std::uint32_t>(j);
+                    batch.selection[selected] = selection;
+                    ++selected;
+                }
             }
-            const ShiftOutcome outcome = entryOutcome(entry, lch, p.colorSpaceModel, context);
-            if (outcome.weight > 0.0) {
+            if (lch) {
+                paintSelectedLch(batch, selected, context);
+            } else {
+                paintSelectedCylinders(batch, selected, context);
+            }
+            for (std::size_t k = 0; k < selected; ++k) {
+                const color_table_lch_entry_info& entry = table.colors[from + batch.selected[k]];
                 toWrite.push_back({entry.firstLocation, entry.locationCount,
-                                   encodedColor(outcome.rgb, *run.destination, encode)});
+                                   encodedColor(batch.rgb[k], *run.destination, encode)});
             }
         }
     }

@@ -40,13 +40,12 @@ void runMatrices(const HueShiftParameters& p, const KVBitmap& source, Matrix3& M
     inverseMatrixFromColorSpace(MI, &source.colorSpace());
 }
 
-// The colour table is usable when it describes colours of the record's mode.
+// A colour table is usable when it is empty (nothing to shift) or describes colours of the
+// record's mode.
 bool usableColorTable(const ColorTableRef& table, std::int64_t colorSpaceModel)
 {
-    if (table.colorSpaceModel != colorSpaceModel) {
-        return false;
-    }
-    return table.count == 0 || (table.colors != nullptr && table.locations != nullptr);
+    return table.count == 0 || (table.colorSpaceModel == colorSpaceModel &&
+                                table.colors != nullptr && table.locations != nullptr);
 }
 
 KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftParameters p,
@@ -138,10 +137,10 @@ KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftP
 
     if (byColorTable) {
         std::vector<std::vector<TableColor>> toWrite(threads);
-        runOnThreads(threads, [&](unsigned i) { colorTableWorker(tasks[i], toWrite[i]); });
+        runWorkers(threads, [&](unsigned i) { colorTableWorker(tasks[i], toWrite[i]); });
         writeTableColors(run, p, toWrite, threads);
     } else {
-        runOnThreads(threads, [&](unsigned i) { rowWorker(tasks[i]); });
+        runWorkers(threads, [&](unsigned i) { rowWorker(tasks[i]); });
     }
     return destination;
 }

@@ -6,9 +6,12 @@
 #include "engine/PaintCoverage.h"
 #include "engine/PixelAccess.h"
 #include "engine/SampleTables.h"
+#include "engine/WorkerThreads.h"
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
+#include <new>
 #include <vector>
 
 namespace tintorra {
@@ -80,5 +83,23 @@ void rowWorker(const HueShiftTask& task);
 
 // The trace both workers begin with, on standard output.
 void printWorkerTrace(unsigned long index);
+
+// Runs body(index) for every index on joinable threads (runOnThreads) and rethrows, once all are
+// joined, std::bad_alloc for a worker that failed: an exception must not leave a thread.
+template <typename Body>
+void runWorkers(unsigned count, const Body& body)
+{
+    std::atomic<bool> failed{false};
+    runOnThreads(count, [&](unsigned index) {
+        try {
+            body(index);
+        } catch (...) {
+            failed.store(true, std::memory_order_relaxed);
+        }
+    });
+    if (failed.load(std::memory_order_relaxed)) {
+        throw std::bad_alloc();
+    }
+}
 
 } // namespace tintorra

@@ -1,6 +1,7 @@
 #include "engine/BatchMath.h"
 #include "engine/HueShiftWorkers.h"
 #include "engine/SelectionMasks.h"
+#include "engine/ShiftBatch.h"
 #include "engine/ShiftOutcome.h"
 
 #include <cstring>
@@ -80,43 +81,31 @@ private:
 struct RowScratch {
     std::vector<ColorComponents> linear;
     std::vector<std::uint32_t> candidate;
-    std::vector<ColorComponents> lch;
-    std::vector<HclComponents> cylinder;
-    std::vector<double> a;
-    std::vector<double> b;
-    std::vector<double> c;
-    std::vector<double> d;
-    std::vector<std::uint32_t> selected;
-    std::vector<Selection> selection;
     std::vector<double> weight;
     std::vector<ColorComponents> xyz;
-    std::vector<ColorComponents> rgb;
+    std::vector<double> d;
+    ShiftBatch batch;
 
     void reserve(std::size_t n)
     {
-        xyz.resize(n);
-        rgb.resize(n);
         linear.resize(n);
         candidate.resize(n);
-        lch.resize(n);
-        cylinder.resize(n);
-        a.resize(n);
-        b.resize(n);
-        c.resize(n);
-        d.resize(n);
-        selected.resize(n);
-        selection.resize(n);
         weight.resize(n);
+        xyz.resize(n);
+        d.resize(n);
+        batch.reserve(n);
     }
 };
 
 // Linear RGB of the candidates into LCh, the cube roots and arctangents taken together. Each
 // step is that of rgbToLchuv and rgbToLchab.
-void lchOfCandidates(std::size_t count, std::int64_t mode, const Matrix3& M, RowScratch& s)
+void lchOfCandidates(std::size_t count, std::int64_t mode, const Matrix3& M, RowScratch& scratch)
 {
-    std::vector<ColorComponents>& xyz = s.xyz;
+    ShiftBatch& s = scratch.batch;
+    std::vector<ColorComponents>& xyz = scratch.xyz;
+    std::vector<double>& dd = scratch.d;
     for (std::size_t j = 0; j < count; ++j) {
-        xyz[j] = rgbToXyz(s.linear[s.candidate[j]], M);
+        xyz[j] = rgbToXyz(scratch.linear[scratch.candidate[j]], M);
     }
     if (mode == kColorModeLChuv) {
         for (std::size_t j = 0; j < count; ++j) {
@@ -133,17 +122,17 @@ void lchOfCandidates(std::size_t count, std::int64_t mode, const Matrix3& M, Row
                 s.lch[j] = {0.0, 0.0, 0.0, xyz[j].alpha};
                 continue;
             }
-            const double dd = X + 15.0 * Y + 3.0 * Z;
-            const double uPrime = 4.0 * X / dd;
-            const double vPrime = 9.0 * Y / dd;
+            const double d = X + 15.0 * Y + 3.0 * Z;
+            const double uPrime = 4.0 * X / d;
+            const double vPrime = 9.0 * Y / d;
             const double L = Y > kCieEpsilon ? 116.0 * s.a[j] - 16.0 : kCieKappa * Y;
             s.b[j] = 13.0 * L * (uPrime - kLuvWhiteU);
             s.c[j] = 13.0 * L * (vPrime - kLuvWhiteV);
             s.lch[j] = {L, std::sqrt(s.b[j] * s.b[j] + s.c[j] * s.c[j]), 0.0, xyz[j].alpha};
         }
-        batch::atan2(s.c.data(), s.b.data(), s.d.data(), count);
+        batch::atan2(s.c.data(), s.b.data(), dd.data(), count);
         for (std::size_t j = 0; j < count; ++j) {
-            s.lch[j].c2 = s.d[j];
+            s.lch[j].c2 = dd[j];
         }
         return;
     }
@@ -152,20 +141,20 @@ void lchOfCandidates(std::size_t count, std::int64_t mode, const Matrix3& M, Row
         s.b[j] = xyz[j].c1;
         s.c[j] = xyz[j].c2 / kLabWhiteZ;
     }
-    batch::cbrt(s.a.data(), s.d.data(), count);
+    batch::cbrt(s.a.data(), dd.data(), count);
     const auto f = [](double t, double root) {
         return t > kCieEpsilon ? root : (kCieKappa * t + 16.0) / 116.0;
     };
     for (std::size_t j = 0; j < count; ++j) {
-        s.a[j] = f(s.a[j], s.d[j]);
+        s.a[j] = f(s.a[j], dd[j]);
     }
-    batch::cbrt(s.b.data(), s.d.data(), count);
+    batch::cbrt(s.b.data(), dd.data(), count);
     for (std::size_t j = 0; j < count; ++j) {
-        s.b[j] = f(s.b[j], s.d[j]);
+        s.b[j] = f(s.b[j], dd[j]);
     }
-    batch::cbrt(s.c.data(), s.d.data(), count);
+    batch::cbrt(s.c.data(), dd.data(), count);
     for (std::size_t j = 0; j < count; ++j) {
-        s.c[j] = f(s.c[j], s.d[j]);
+        s.c[j] = f(s.c[j], dd[j]);
     }
     for (std::size_t j = 0; j < count; ++j) {
         const ColorComponents& v = xyz[j];
@@ -180,49 +169,14 @@ void lchOfCandidates(std::size_t count, std::int64_t mode, const Matrix3& M, Row
     }
 }
 
-// The mode colour each selected candidate is painted with (shifted, or a highlight), its
-// lightness powers taken together.
-template <typename Colour, typename Level, typename Finish, typename Highlight>
-void resultsOfSelected(std::size_t count, const HueShiftParameters& p, RowScratch& s,
-                       std::vector<Colour>& colours, const Level& levelOf, const Finish& finish,
-                       const Highlight& highlight)
-{
-    if (p.maskToShow == kShowSelectionHighlight) {
-        for (std::size_t k = 0; k < count; ++k) {
-            const std::uint32_t j = s.selected[k];
-            colours[j] = highlight(colours[j], s.selection[k]);
-        }
-        return;
-    }
-    for (std::size_t k = 0; k < count; ++k) {
-        s.a[k] = lightnessPowerBase(levelOf(colours[s.selected[k]]), p);
-    }
-    batch::pow(s.a.data(), p.imageGamma, s.a.data(), count);
-    bool anyCurve = false;
-    for (std::size_t k = 0; k < count; ++k) {
-        double y = 0.0;
-        const bool applies = curveOutput(s.a[k], p, y);
-        s.c[k] = applies ? 1.0 : 0.0;
-        s.b[k] = y;
-        anyCurve = anyCurve || applies;
-    }
-    if (anyCurve) {
-        batch::pow(s.b.data(), 1.0 / p.imageGamma, s.b.data(), count);
-    }
-    for (std::size_t k = 0; k < count; ++k) {
-        const std::uint32_t j = s.selected[k];
-        colours[j] = finish(colours[j], s.selection[k], s.a[k], s.c[k] != 0.0, s.b[k]);
-    }
-}
-
-void writeSelected(std::int64_t y, const std::vector<ColorComponents>& rgb, std::size_t count,
-                   const RowScratch& s, const PaintCoverage& coverage, const LinearWriter& write)
+void writeSelected(std::int64_t y, std::size_t count, const RowScratch& s,
+                   const PaintCoverage& coverage, const LinearWriter& write)
 {
     for (std::size_t k = 0; k < count; ++k) {
-        const std::uint32_t x = s.candidate[s.selected[k]];
+        const std::uint32_t x = s.candidate[s.batch.selected[k]];
         const unsigned painted = coverage.present() ? coverage.at(x, y) : 255;
         if (painted != 0) {
-            write(x, y, mixColors(s.linear[x], rgb[k], painted / 255.0));
+            write(x, y, mixColors(s.linear[x], s.batch.rgb[k], painted / 255.0));
         }
     }
 }
@@ -250,22 +204,23 @@ void shiftRow(const HueShiftRun& run, const HueShiftParameters& p, const Outcome
             s.candidate[candidates++] = static_cast<std::uint32_t>(x);
         }
     }
+    ShiftBatch& colors = s.batch;
     if (lch) {
         lchOfCandidates(candidates, mode, context.M, s);
     } else {
         for (std::size_t j = 0; j < candidates; ++j) {
-            s.cylinder[j] = cylinderFromLinearRgb(s.linear[s.candidate[j]], mode);
+            colors.cylinder[j] = cylinderFromLinearRgb(s.linear[s.candidate[j]], mode);
         }
     }
 
     std::size_t selected = 0;
     for (std::size_t j = 0; j < candidates; ++j) {
-        const Selection selection =
-            lch ? lchSelection(s.lch[j], p, context.gamut) : cylinderSelection(s.cylinder[j], p);
+        const Selection selection = lch ? lchSelection(colors.lch[j], p, context.gamut)
+                                        : cylinderSelection(colors.cylinder[j], p);
         s.weight[j] = selection.weight;
         if (selection.weight > 0.0) {
-            s.selected[selected] = static_cast<std::uint32_t>(j);
-            s.selection[selected] = selection;
+            colors.selected[selected] = static_cast<std::uint32_t>(j);
+            colors.selection[selected] = selection;
             ++selected;
         }
     }
@@ -290,64 +245,12 @@ void shiftRow(const HueShiftRun& run, const HueShiftParameters& p, const Outcome
         return;
     }
 
-    std::vector<ColorComponents>& rgb = s.rgb;
     if (lch) {
-        resultsOfSelected(
-            selected, p, s, s.lch, [](const ColorComponents& c) { return c.c0 / 100.0; },
-            [&](const ColorComponents& c, const Selection& selection, double first, bool curve,
-                double second) {
-                const double newL = lchShiftedLightness(c.c0, selection, p, first, curve, second);
-                if (p.maskToShow == kShowHoverHighlight && isHoveredLightness(c.c0, p)) {
-                    return lchHighlightColor(c.c2, selection.weight == 1.0,
-                                             context.partialHighlight, context.gamut);
-                }
-                return finishLchShift(c, selection, p, context.gamut, newL);
-            },
-            [&](const ColorComponents& c, const Selection& selection) {
-                return lchHighlightColor(c.c2, selection.weight == 1.0, context.partialHighlight,
-                                         context.gamut);
-            });
-        // Back to linear RGB as lchuvToRgb and lchabToRgb do, the sines and cosines together.
-        for (std::size_t k = 0; k < selected; ++k) {
-            s.a[k] = s.lch[s.selected[k]].c2;
-        }
-        batch::sincos(s.a.data(), s.b.data(), s.c.data(), selected);
-        for (std::size_t k = 0; k < selected; ++k) {
-            const ColorComponents& c = s.lch[s.selected[k]];
-            const ColorComponents cartesian{c.c0, c.c1 * s.c[k], c.c1 * s.b[k], c.alpha};
-            const ColorComponents xyz =
-                mode == kColorModeLChuv ? luvToXyz(cartesian) : labToXyz(cartesian);
-            rgb[k] = outcome_detail::unitColor(xyzToRgb(xyz, context.MI));
-        }
+        paintSelectedLch(colors, selected, context);
     } else {
-        const bool hcl = mode == kColorModeHCL;
-        resultsOfSelected(
-            selected, p, s, s.cylinder, [](const HclComponents& c) { return c.l; },
-            [&](const HclComponents& c, const Selection& selection, double first, bool curve,
-                double second) {
-                const double newV = cylinderShiftedLevel(c, selection, p, first, curve, second);
-                HclComponents result = finishCylinderShift(c, selection, p, newV);
-                if (p.maskToShow == kShowHoverHighlight && isHoveredLightness(c.l, p)) {
-                    result.h = wrapIntoRange(result.h + 0.5, 0.0, 1.0);
-                    result.alpha = 1.0;
-                    if (hcl) {
-                        result.l = 0.5;
-                    }
-                }
-                return result;
-            },
-            [&](const HclComponents& c, const Selection& selection) {
-                if (hcl) {
-                    return hclHighlightColor(c);
-                }
-                const ColorComponents h = hsbHighlightColor(c.h, selection.weight == 1.0);
-                return HclComponents{h.c0, h.c1, h.c2, h.alpha, h.c1};
-            });
-        for (std::size_t k = 0; k < selected; ++k) {
-            rgb[k] = outcome_detail::cylinderToLinearRgb(s.cylinder[s.selected[k]], mode);
-        }
+        paintSelectedCylinders(colors, selected, context);
     }
-    writeSelected(y, rgb, selected, s, coverage, write);
+    writeSelected(y, selected, s, coverage, write);
 }
 
 } // namespace

@@ -192,7 +192,7 @@ void writeTableColors(const HueShiftRun& run, const HueShiftParameters& p,
         const std::uint64_t waveEnd = blocks * (wave + 1) / waves;
         const std::uint64_t waveEndByte = std::min(imageBytes, waveEnd * blockBytes);
 
-        runOnThreads(threads, [&](unsigned t) {
+        runWorkers(threads, [&](unsigned t) {
             std::vector<std::vector<Record>>& bucket = buckets[t];
             bucket.assign(waveEnd - waveBegin, {});
             for (std::size_t i = runs[t].begin; i < runs[t].end; ++i) {
@@ -229,7 +229,7 @@ void writeTableColors(const HueShiftRun& run, const HueShiftParameters& p,
 
         const std::uint64_t waveBlocks = waveEnd - waveBegin;
         const auto writers = static_cast<unsigned>(std::min<std::uint64_t>(threads, waveBlocks));
-        runOnThreads(writers, [&](unsigned t) {
+        runWorkers(writers, [&](unsigned t) {
             const std::uint64_t first = waveBegin + waveBlocks * t / writers;
             const std::uint64_t last = waveBegin + waveBlocks * (t + 1) / writers;
             for (std::uint64_t b = first; b < last; ++b) {
