@@ -133,8 +133,10 @@ void KVColorGamut::failTableAllocationForTesting(long allocationIndex)
     failingTableAllocation.store(allocationIndex, std::memory_order_relaxed);
 }
 
-KVColorGamut::ChromaRows KVColorGamut::allocateMatrix(std::size_t rows, std::size_t columns)
+KVColorGamut::ChromaRows KVColorGamut::allocateMatrix()
 {
+    constexpr std::size_t rows = kHueCount;
+    constexpr std::size_t columns = kLightnessCount;
     double** rowArray = allocateZeroed<double*>(rows, 1);
     if (rowArray == nullptr) {
         std::printf("Memory allocation failed while allocating for matrix[].\n");
@@ -161,7 +163,7 @@ bool KVColorGamut::allocateTables()
         // Zeroed records, alpha included, until the rows are filled.
         std::fill_n(records.get(), kHueCount, ColorComponents{0.0, 0.0, 0.0, 0.0});
     }
-    ChromaRows rows = allocateMatrix(kHueCount, kLightnessCount);
+    ChromaRows rows = allocateMatrix();
     if (!records || !rows) {
         std::fprintf(stderr, "Memory allocation failed building lookup tables");
         return false;

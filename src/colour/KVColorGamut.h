@@ -116,7 +116,9 @@ private:
     bool allocateTables();
     template <class ChromaOfRow>
     void fillTables(ChromaOfRow chromaOfRow);
-    static ChromaRows allocateMatrix(std::size_t rows, std::size_t columns);
+    // kHueCount zeroed rows of kLightnessCount doubles; nothing (after saying so) when any
+    // allocation fails.
+    static ChromaRows allocateMatrix();
 
     std::size_t divisionsPerChannel_ = 20;
     std::size_t pointsPerChannel_ = 21;

@@ -149,15 +149,12 @@ public:
     double resetStep() const;
 
     // --- Mouse ----------------------------------------------------------------------------------
+    // Pointer values come from the widget: on a ring the angle about the centre (0 to the right,
+    // counter-clockwise, in [0, 2 pi)) mapped linearly onto [min, max]; on a straight slider the
+    // long axis less 13 points at each end, mapped the same way.
     // The order in which the widget tests its parts (the first whose shape holds the point wins).
     std::vector<int> hitTestOrder() const;
     int hitTest(const std::function<bool(int part)>& partContainsPoint) const;
-    // The value at an angle around the ring (0 to the right, counter-clockwise positive).
-    double valueFromAngle(double radians) const;
-    // The value at a position along a straight slider's long axis of the given length; the
-    // first and last 13 points are insets.
-    double valueFromTrackPosition(double position, double length) const;
-    double trackPositionFromValue(double value, double length) const;
     double valueForControlPart(int part) const;
 
     // The press of a button over `part` with the pointer at `pointerValue`. Returns whether a
@@ -188,6 +185,7 @@ public:
     void nudgeMiddleValue(KVNudgeCommand command);
 
     // --- Bindings and action --------------------------------------------------------------------
+    // A copy of the model carries the same callbacks; rebind or clear them on copies.
     static const KVKeyDependencyTable& keyPathsForValuesAffectingValueForKey();
     static const KVKeyDependencyTable& keyPathsForValuesAffectedByValueForKey();
     KVSliderBindings& bindings() { return bindings_; }

@@ -4,7 +4,6 @@
 #include "controls/KVCircularSliderModel.h"
 
 #include <cmath>
-#include <numbers>
 
 namespace tintorra {
 
@@ -12,9 +11,6 @@ namespace {
 
 // A drag may wind the ring this many turns either way from where it started, and no further.
 constexpr double kMaximumDragTurns = 100.0;
-
-// The ends of a straight slider's track that are not part of the scale.
-constexpr double kTrackInset = 13.0;
 
 constexpr double kNudgeStep = 1.0 / 360.0;
 constexpr double kLargeNudgeStep = 10.0 / 360.0;
@@ -45,31 +41,6 @@ int KVCircularSliderModel::hitTest(const std::function<bool(int part)>& partCont
         }
     }
     return kCircularPartNone;
-}
-
-double KVCircularSliderModel::valueFromAngle(double radians) const
-{
-    const double turn = 2.0 * std::numbers::pi;
-    const double angle = wrapIntoRange(radians, 0.0, turn);
-    return minValue_ + angle / turn * wrapDist_;
-}
-
-double KVCircularSliderModel::valueFromTrackPosition(double position, double length) const
-{
-    const double usable = length - 2.0 * kTrackInset;
-    if (usable <= 0.0) {
-        return minValue_;
-    }
-    return minValue_ + (position - kTrackInset) / usable * wrapDist_;
-}
-
-double KVCircularSliderModel::trackPositionFromValue(double value, double length) const
-{
-    const double usable = length - 2.0 * kTrackInset;
-    if (wrapDist_ == 0.0) {
-        return kTrackInset;
-    }
-    return kTrackInset + (value - minValue_) / wrapDist_ * usable;
 }
 
 double KVCircularSliderModel::valueForControlPart(int part) const

@@ -273,16 +273,6 @@ std::int32_t KVTenSegmentSliderModel::hitTest(
     return kTenSegmentPartNone;
 }
 
-double KVTenSegmentSliderModel::valueFromTrackPosition(double position, double length) const
-{
-    constexpr double inset = 13.0;
-    const double usable = length - 2.0 * inset;
-    if (usable <= 0.0) {
-        return minValue_;
-    }
-    return minValue_ + (position - inset) / usable * (maxValue_ - minValue_);
-}
-
 bool KVTenSegmentSliderModel::mouseDown(std::int32_t part, double pointerValue)
 {
     if (!enabled_) {

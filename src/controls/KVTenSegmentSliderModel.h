@@ -98,8 +98,6 @@ public:
     std::vector<std::int32_t> hitTestOrder(double pointerValue) const;
     std::int32_t hitTest(double pointerValue,
                          const std::function<bool(std::int32_t part)>& partContainsPoint) const;
-    // The value at a position along the long axis of the given length (13-point insets).
-    double valueFromTrackPosition(double position, double length) const;
 
     // Returns whether a drag started (the widget then opens an undo group).
     bool mouseDown(std::int32_t part, double pointerValue);

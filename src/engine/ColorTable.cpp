@@ -7,7 +7,7 @@
 #include "engine/PackedSamples.h"
 #include "engine/PixelColorGrouping.h"
 #include "engine/TableAllocation.h"
-#include "engine/WorkerThreads.h"
+#include "engine/TableThreads.h"
 
 #include <algorithm>
 #include <array>
@@ -25,22 +25,38 @@ constexpr std::uint64_t kLargestOffset = std::numeric_limits<std::uint32_t>::max
 // gives exactly what the conversion of each value would.
 class EntryConverter {
 public:
-    EntryConverter(long colorSpaceModel, double imageGamma, bool premultiplied,
-                   const Matrix3& rgbToXyzMatrix)
-        : mode_(colorSpaceModel), exponent_(1.0 / imageGamma), premultiplied_(premultiplied),
-          matrix_(rgbToXyzMatrix)
+    EntryConverter(double imageGamma, bool premultiplied, const Matrix3& rgbToXyzMatrix)
+        : exponent_(1.0 / imageGamma), premultiplied_(premultiplied), matrix_(rgbToXyzMatrix)
     {
         for (unsigned value = 0; value < 256; ++value) {
             linear_[value] = gammaDecode({value / 255.0, 0.0, 0.0, 1.0}, exponent_).c0;
         }
     }
 
-    color_table_lch_entry_info operator()(const DistinctColor& distinct) const
+    // Converts `count` colours in mode `colorSpaceModel` (anything but 0 to 3 is HSL), with the
+    // mode's dispatch outside the loop.
+    void convert(long colorSpaceModel, const DistinctColor* colors, std::size_t count,
+                 color_table_lch_entry_info* entries) const
     {
-        const std::uint32_t packed = distinct.color;
+        switch (colorSpaceModel) {
+        case kColorModeLChuv:
+            return convertAll<kColorModeLChuv>(colors, count, entries);
+        case kColorModeLChab:
+            return convertAll<kColorModeLChab>(colors, count, entries);
+        case kColorModeHCL:
+            return convertAll<kColorModeHCL>(colors, count, entries);
+        case kColorModeHSB:
+            return convertAll<kColorModeHSB>(colors, count, entries);
+        default:
+            return convertAll<kColorModeHSL>(colors, count, entries);
+        }
+    }
+
+private:
+    ColorComponents linearColor(std::uint32_t packed) const
+    {
         const unsigned r = packed & 0xFF, g = (packed >> 8) & 0xFF, b = (packed >> 16) & 0xFF;
         const unsigned a = packed >> 24;
-        ColorComponents linear;
         if (premultiplied_ && a != 255) {
             ColorComponents stored{r / 255.0, g / 255.0, b / 255.0, a / 255.0};
             if (stored.alpha > 0.0) {
@@ -48,44 +64,39 @@ public:
                 stored.c1 /= stored.alpha;
                 stored.c2 /= stored.alpha;
             }
-            linear = gammaDecode(stored, exponent_);
-        } else {
-            linear = {linear_[r], linear_[g], linear_[b], a / 255.0};
+            return gammaDecode(stored, exponent_);
         }
-
-        color_table_lch_entry_info entry;
-        entry.saturation = 0.0f;
-        entry.firstLocation = distinct.firstLocation;
-        entry.locationCount = distinct.locationCount;
-        switch (mode_) {
-        case kColorModeLChuv:
-        case kColorModeLChab: {
-            const ColorComponents lch = mode_ == kColorModeLChuv ? rgbToLchuv(linear, matrix_)
-                                                                 : rgbToLchab(linear, matrix_);
-            store(entry, lch.c2, lch.c1, lch.c0, lch.alpha);
-            break;
-        }
-        case kColorModeHCL: {
-            const HclComponents hcl = rgbToHcl(linear);
-            store(entry, hcl.h, hcl.c, hcl.l, hcl.alpha);
-            entry.saturation = static_cast<float>(hcl.saturation);
-            break;
-        }
-        case kColorModeHSB: {
-            const ColorComponents hsb = rgbToHsb(linear);
-            store(entry, hsb.c0, hsb.c1, hsb.c2, hsb.alpha);
-            break;
-        }
-        default: {
-            const ColorComponents hsl = rgbToHsl(linear);
-            store(entry, hsl.c0, hsl.c1, hsl.c2, hsl.alpha);
-            break;
-        }
-        }
-        return entry;
+        return {linear_[r], linear_[g], linear_[b], a / 255.0};
     }
 
-private:
+    template <long kMode>
+    void convertAll(const DistinctColor* colors, std::size_t count,
+                    color_table_lch_entry_info* entries) const
+    {
+        for (std::size_t i = 0; i < count; ++i) {
+            const ColorComponents linear = linearColor(colors[i].color);
+            color_table_lch_entry_info& entry = entries[i];
+            entry.saturation = 0.0f;
+            entry.firstLocation = colors[i].firstLocation;
+            entry.locationCount = colors[i].locationCount;
+            if constexpr (kMode == kColorModeLChuv || kMode == kColorModeLChab) {
+                const ColorComponents lch = kMode == kColorModeLChuv ? rgbToLchuv(linear, matrix_)
+                                                                     : rgbToLchab(linear, matrix_);
+                store(entry, lch.c2, lch.c1, lch.c0, lch.alpha);
+            } else if constexpr (kMode == kColorModeHCL) {
+                const HclComponents hcl = rgbToHcl(linear);
+                store(entry, hcl.h, hcl.c, hcl.l, hcl.alpha);
+                entry.saturation = static_cast<float>(hcl.saturation);
+            } else if constexpr (kMode == kColorModeHSB) {
+                const ColorComponents hsb = rgbToHsb(linear);
+                store(entry, hsb.c0, hsb.c1, hsb.c2, hsb.alpha);
+            } else {
+                const ColorComponents hsl = rgbToHsl(linear);
+                store(entry, hsl.c0, hsl.c1, hsl.c2, hsl.alpha);
+            }
+        }
+    }
+
     static void store(color_table_lch_entry_info& entry, double hue, double chroma,
                       double lightness, double alpha)
     {
@@ -95,7 +106,6 @@ private:
         entry.alpha = static_cast<float>(alpha);
     }
 
-    long mode_;
     double exponent_;
     bool premultiplied_;
     Matrix3 matrix_;
@@ -132,7 +142,7 @@ bool colorTableCanAddress(std::int64_t pixelsWide, std::int64_t pixelsHigh,
     if (wide > kLargestOffset || high > kLargestOffset || wide * high > kLargestOffset) {
         return false;
     }
-    // Both products are below 2^32 * 2^63 only after these guards; check them before forming.
+    // Guard both products against overflow before forming them.
     const auto rowBytes = static_cast<std::uint64_t>(bytesPerRow);
     const auto pixelBytes = static_cast<std::uint64_t>(bytesPerPixel);
     if ((high - 1) != 0 && rowBytes > kLargestOffset / (high - 1)) {
@@ -181,24 +191,19 @@ LChColorTable detail::buildColorTable(const KVBitmapPtr& bitmap, double imageGam
     Matrix3 rgbToXyz{};
     matrixFromColorSpace(rgbToXyz, nullptr);
     matrixFromColorSpace(rgbToXyz, &bitmap->colorSpace());
-    const EntryConverter convert(colorSpaceModel, source.imageGamma,
-                                 source.hasAlpha && source.premultiplied, rgbToXyz);
+    const EntryConverter converter(source.imageGamma, source.hasAlpha && source.premultiplied,
+                                   rgbToXyz);
     const std::size_t colorCount = groups.colorCount;
-    const unsigned converters =
-        static_cast<unsigned>(std::clamp<std::size_t>(colorCount, 1, threads));
-    runOnThreads(converters, [&](unsigned thread) {
-        const std::size_t first = colorCount * thread / converters;
-        const std::size_t end = colorCount * (thread + 1) / converters;
-        for (std::size_t i = first; i < end; ++i) {
-            unordered[i] = convert(groups.colors[i]);
-        }
+    const std::size_t chunks = std::clamp<std::size_t>(colorCount / 4096, 1, 8 * threads);
+    runChunks(threads, chunks, [&](std::size_t chunk, unsigned) {
+        const std::size_t first = colorCount * chunk / chunks;
+        const std::size_t end = colorCount * (chunk + 1) / chunks;
+        converter.convert(colorSpaceModel, groups.colors.get() + first, end - first,
+                          unordered.get() + first);
     });
     groups.colors.reset();
 
-    if (!sortColorTableEntries(unordered.get(), entries.get(), colorCount, converters)) {
-        std::fprintf(stderr, "Couldn't get memory for final color table\n");
-        return table;
-    }
+    sortColorTableEntries(unordered.get(), entries.get(), colorCount, threads);
 
     table.count = colorCount;
     table.colors = std::move(entries);

@@ -1,106 +1,102 @@
 #include "engine/ColorTableOrder.h"
 
-#include "engine/TableAllocation.h"
-#include "engine/WorkerThreads.h"
+#include "engine/TableThreads.h"
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
+#include <array>
+#include <cstring>
 #include <vector>
 
 namespace tintorra {
 
 namespace {
 
-// Average entries per bucket: small enough for insertion sorting, large enough that the
-// bucket counts stay in cache.
-constexpr std::size_t kEntriesPerBucket = 8;
+// The hue's ordered bits are sorted in three stable passes of 11 bits each.
+constexpr unsigned kDigitBits = 11;
+constexpr std::size_t kDigitValues = std::size_t{1} << kDigitBits;
+constexpr unsigned kPasses = 3;
+// Each pass splits the entries into this many runs per thread, counted and moved in parallel.
+constexpr std::size_t kRunsPerThread = 4;
 
-// A bucket index that never decreases with the hue, in the order of orderedFloatBits: finite
-// hues spread linearly over [lowest, highest], infinities and NaNs at the ends by their sign.
-class HueBuckets {
-public:
-    HueBuckets(double lowest, double highest, std::size_t count)
-        : lowest_(lowest), last_(count - 1),
-          scale_(highest > lowest ? static_cast<double>(count) / (highest - lowest) : 0.0)
-    {}
+using Histogram = std::array<std::uint32_t, kDigitValues>;
 
-    std::size_t operator()(float hue) const
-    {
-        if (!std::isfinite(hue)) {
-            return std::signbit(hue) ? 0 : last_;
-        }
-        const double position = (static_cast<double>(hue) - lowest_) * scale_;
-        return position >= static_cast<double>(last_) ? last_ : static_cast<std::size_t>(position);
-    }
-
-private:
-    double lowest_;
-    std::size_t last_;
-    double scale_;
-};
+unsigned hueDigit(const color_table_lch_entry_info& entry, unsigned pass)
+{
+    return (orderedFloatBits(entry.hue) >> (pass * kDigitBits)) &
+           static_cast<unsigned>(kDigitValues - 1);
+}
 
 } // namespace
 
-bool sortColorTableEntries(color_table_lch_entry_info* source, color_table_lch_entry_info* entries,
+void sortColorTableEntries(color_table_lch_entry_info* source, color_table_lch_entry_info* entries,
                            std::size_t count, unsigned threads)
 {
     if (count == 0) {
-        return true;
+        return;
     }
-    double lowest = std::numeric_limits<double>::infinity();
-    double highest = -lowest;
-    for (std::size_t i = 0; i < count; ++i) {
-        const float hue = source[i].hue;
-        if (std::isfinite(hue)) {
-            lowest = std::min(lowest, static_cast<double>(hue));
-            highest = std::max(highest, static_cast<double>(hue));
+    const std::size_t runs =
+        std::clamp<std::size_t>(count / 16384, 1, kRunsPerThread * std::max(1u, threads));
+    const auto runStart = [&](std::size_t run) { return count * run / runs; };
+    std::vector<Histogram> histograms(runs);
+
+    // Least significant digit first, moving whole entries: each pass reads them in order and
+    // writes 2048 streams, which keeps the moves in cache where gathering them by a sorted index
+    // would miss it on nearly every entry. Runs keep their order within each digit, so the
+    // passes stay stable however the runs are shared out.
+    color_table_lch_entry_info* from = source;
+    color_table_lch_entry_info* to = entries;
+    for (unsigned pass = 0; pass < kPasses; ++pass) {
+        runChunks(threads, runs, [&](std::size_t run, unsigned) {
+            Histogram& histogram = histograms[run];
+            histogram.fill(0);
+            for (std::size_t i = runStart(run); i < runStart(run + 1); ++i) {
+                ++histogram[hueDigit(from[i], pass)];
+            }
+        });
+        // A digit that is the same for all entries moves nothing.
+        const unsigned firstDigit = hueDigit(from[0], pass);
+        std::uint64_t sharingFirstDigit = 0;
+        for (const Histogram& histogram : histograms) {
+            sharingFirstDigit += histogram[firstDigit];
         }
+        if (sharingFirstDigit == count) {
+            continue;
+        }
+        std::uint32_t running = 0;
+        for (std::size_t value = 0; value < kDigitValues; ++value) {
+            for (Histogram& histogram : histograms) {
+                const std::uint32_t members = histogram[value];
+                histogram[value] = running;
+                running += members;
+            }
+        }
+        runChunks(threads, runs, [&](std::size_t run, unsigned) {
+            Histogram& cursors = histograms[run];
+            for (std::size_t i = runStart(run); i < runStart(run + 1); ++i) {
+                to[cursors[hueDigit(from[i], pass)]++] = from[i];
+            }
+        });
+        std::swap(from, to);
     }
-    if (!(lowest <= highest)) {
-        lowest = highest = 0.0;
+    if (from != entries) {
+        std::memcpy(entries, from, count * sizeof(color_table_lch_entry_info));
     }
 
-    const std::size_t bucketCount = std::max<std::size_t>(1, count / kEntriesPerBucket);
-    const HueBuckets bucketOf(lowest, highest, bucketCount);
-    TableArray<std::uint32_t> buckets = allocateTable<std::uint32_t>(count);
-    TableArray<std::size_t> starts = allocateTable<std::size_t>(bucketCount + 1);
-    if (!buckets || !starts) {
-        return false;
-    }
-    std::fill(starts.get(), starts.get() + bucketCount + 1, std::size_t{0});
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::size_t bucket = bucketOf(source[i].hue);
-        buckets[i] = static_cast<std::uint32_t>(bucket);
-        ++starts[bucket + 1];
-    }
-    for (std::size_t bucket = 0; bucket < bucketCount; ++bucket) {
-        starts[bucket + 1] += starts[bucket];
-    }
-    {
-        std::vector<std::size_t> cursors(starts.get(), starts.get() + bucketCount);
-        for (std::size_t i = 0; i < count; ++i) {
-            entries[cursors[buckets[i]]++] = source[i];
+    // Runs of equal hue (all greys, and hues that the cylinders repeat exactly) by the rest.
+    for (std::size_t first = 0; first < count;) {
+        const std::uint32_t hue = orderedFloatBits(entries[first].hue);
+        std::size_t end = first + 1;
+        while (end < count && orderedFloatBits(entries[end].hue) == hue) {
+            ++end;
         }
-    }
-
-    // Each thread sorts the buckets of about an equal share of the entries.
-    threads = static_cast<unsigned>(std::clamp<std::size_t>(threads, 1, bucketCount));
-    std::vector<std::size_t> firstBucket(threads + 1, bucketCount);
-    firstBucket[0] = 0;
-    for (unsigned thread = 1; thread < threads; ++thread) {
-        std::size_t bucket = firstBucket[thread - 1];
-        while (bucket < bucketCount && starts[bucket] * threads < count * thread) {
-            ++bucket;
+        if (end - first > 1) {
+            std::sort(entries + first, entries + end,
+                      [](const color_table_lch_entry_info& a, const color_table_lch_entry_info& b) {
+                          return colorTableEntryLess(a, b);
+                      });
         }
-        firstBucket[thread] = bucket;
+        first = end;
     }
-    runOnThreads(threads, [&](unsigned thread) {
-        for (std::size_t bucket = firstBucket[thread]; bucket < firstBucket[thread + 1]; ++bucket) {
-            std::sort(entries + starts[bucket], entries + starts[bucket + 1], colorTableEntryLess);
-        }
-    });
-    return true;
 }
 
 } // namespace tintorra

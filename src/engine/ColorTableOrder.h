@@ -5,7 +5,6 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <tuple>
 
 namespace tintorra {
 
@@ -23,16 +22,22 @@ inline std::uint32_t orderedFloatBits(float value)
 inline bool colorTableEntryLess(const color_table_lch_entry_info& a,
                                 const color_table_lch_entry_info& b)
 {
-    return std::make_tuple(orderedFloatBits(a.hue), orderedFloatBits(a.lightness),
-                           orderedFloatBits(a.chroma), a.firstLocation) <
-           std::make_tuple(orderedFloatBits(b.hue), orderedFloatBits(b.lightness),
-                           orderedFloatBits(b.chroma), b.firstLocation);
+    const std::uint64_t aHigh =
+        std::uint64_t{orderedFloatBits(a.hue)} << 32 | orderedFloatBits(a.lightness);
+    const std::uint64_t bHigh =
+        std::uint64_t{orderedFloatBits(b.hue)} << 32 | orderedFloatBits(b.lightness);
+    if (aHigh != bHigh) {
+        return aHigh < bHigh;
+    }
+    const std::uint64_t aLow = std::uint64_t{orderedFloatBits(a.chroma)} << 32 | a.firstLocation;
+    const std::uint64_t bLow = std::uint64_t{orderedFloatBits(b.chroma)} << 32 | b.firstLocation;
+    return aLow < bLow;
 }
 
-// Sorts `entries` into the table order, from `source` (left unspecified afterwards). Distributes
-// the entries into buckets of hue ranges and sorts each small bucket, on up to `threads`
-// threads. Returns false, leaving `entries` unspecified, when memory runs out.
-bool sortColorTableEntries(color_table_lch_entry_info* source, color_table_lch_entry_info* entries,
+// Writes the `count` entries of `source` to `entries` in the table order: a radix sort of the
+// hues on up to `threads` threads, then the runs of equal hue by comparison. `source` is used as
+// the radix sort's second buffer and holds no particular order afterwards.
+void sortColorTableEntries(color_table_lch_entry_info* source, color_table_lch_entry_info* entries,
                            std::size_t count, unsigned threads);
 
 } // namespace tintorra

@@ -6,7 +6,7 @@
 #include "engine/PixelAccess.h"
 #include "engine/SelectionWeights.h"
 #include "engine/ShiftOutcome.h"
-#include "engine/WorkerThreads.h"
+#include "engine/TableThreads.h"
 
 #include <algorithm>
 #include <cstring>

@@ -6,7 +6,7 @@
 #include "engine/PaintCoverage.h"
 #include "engine/PixelAccess.h"
 #include "engine/SampleTables.h"
-#include "engine/WorkerThreads.h"
+#include "engine/TableThreads.h"
 
 #include <atomic>
 #include <cstdint>

@@ -40,8 +40,8 @@ SpectrumPlace spectrumPlaceOfEntry(const color_table_lch_entry_info& entry, long
         return {kAchromaticBand, 0.0};
     }
     const double period = huePeriod(colorSpaceModel);
-    double hue = entry.hue;
-    hue -= std::floor(hue / period) * period;
+    double hue = period == 1.0 ? fractionalPart(entry.hue) : wrapRadians(entry.hue);
+    // A hue a hair below zero can wrap to exactly one period in double arithmetic.
     if (hue >= period) {
         hue = 0.0;
     }

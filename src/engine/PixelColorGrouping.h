@@ -32,10 +32,11 @@ struct PixelColorGroups {
 // Groups the pixels of `source` by colour, using up to `threads` threads; the result does not
 // depend on the thread count. The caller guarantees that every offset fits in 32 bits.
 //
-// A counting sort: one pass histograms 16 high bits of the packed colour, a second scatters each
-// offset (with the colour's remaining low bits) into its bucket, keeping scan order, and a third
-// sorts each small bucket by its low bits while the bucket is in cache. This touches each pixel
-// three times instead of the eight scattering passes of a radix sort on (colour, offset).
+// A two-level counting sort: one pass histograms the high bits of the packed colour, a second
+// scatters each pixel's offset (with the colour's low bits) into its bucket in scan order, and a
+// third sorts each small bucket by its low bits while the bucket is in cache, straight into the
+// locations. Each pixel is touched three times, against the eight scattering passes of a radix
+// sort on (colour, offset); the bucket count is kept small enough for the scatter to stay in cache.
 PixelColorGroups groupPixelsByColor(const PackedSampleSource& source, unsigned threads);
 
 } // namespace tintorra

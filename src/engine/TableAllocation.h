@@ -19,11 +19,18 @@ using TableArray = std::unique_ptr<T[], TableDeleter>;
 namespace detail {
 // Counts down to an injected allocation failure; negative when none is armed.
 extern std::atomic<long> tableAllocationsBeforeFailure;
-// Raw memory for `bytes`; large blocks are aligned to and advised as huge pages, because the
-// per-pixel tables are written in scattered order and would otherwise miss the TLB on nearly
-// every store. nullptr when memory runs out.
+// Raw memory for `bytes`, from malloc or, for large blocks, from the blocks kept for reuse.
+// nullptr when memory runs out.
 void* allocateTableBytes(std::size_t bytes);
 } // namespace detail
+
+// Large table blocks (from 4 MB) are not returned to the system when freed but kept, up to
+// 512 MB, for the next table: clearing fresh pages costs more than building a table, and a
+// rebuild after a change of colour mode or gamma asks for the same sizes. This gives the kept
+// memory back, for when no table will be built for a while (the last document closes).
+void releaseRetainedTableMemory();
+// Bytes currently kept for reuse.
+std::size_t retainedTableMemory();
 
 // Makes the table allocation after `successfulAllocations` further ones fail, once, so that the
 // out-of-memory paths of the colour table and the quantised spectrum can be exercised. Negative

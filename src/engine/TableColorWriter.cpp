@@ -1,6 +1,6 @@
 #include "engine/HueShiftWorkers.h"
 #include "engine/SelectionMasks.h"
-#include "engine/WorkerThreads.h"
+#include "engine/TableThreads.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,3 +1,4 @@
+#include "ConversionTestSupport.h"
 #include "colour/ColorConversions.h"
 
 #include <gtest/gtest.h>
@@ -16,7 +17,7 @@ struct CylinderCase {
     double lightness;
 };
 
-// Hand-derived from the definitions of hue, HSB and HSL.
+// Hand-derived from the definitions of hue, HSB and HSL. Red is hue 1.0, not 0.
 constexpr CylinderCase kCylinderCases[] = {
     {{1, 0, 0, 1}, 1.0, 1.0, 1.0, 1.0, 0.5},
     {{1, 1, 0, 1}, 1.0 / 6, 1.0, 1.0, 1.0, 0.5},
@@ -34,6 +35,11 @@ TEST(ColorCylinders, ForwardHueSaturationAndValue)
 {
     for (const CylinderCase& c : kCylinderCases) {
         const ColorComponents hsb = rgbToHsb(c.rgb);
+        if (c.hue == 1.0) { // exactly, not just close to 0 across the seam
+            EXPECT_EQ(hsb.c0, 1.0);
+            EXPECT_EQ(rgbToHsl(c.rgb).c0, 1.0);
+            EXPECT_EQ(rgbToHcl(c.rgb).h, 1.0);
+        }
         EXPECT_NEAR(hsb.c0, c.hue, 1e-15) << c.rgb.c0 << "," << c.rgb.c1 << "," << c.rgb.c2;
         EXPECT_NEAR(hsb.c1, c.hsbSaturation, 1e-15);
         EXPECT_NEAR(hsb.c2, c.brightness, 1e-15);
@@ -47,23 +53,14 @@ TEST(ColorCylinders, ForwardHueSaturationAndValue)
     }
 }
 
-TEST(ColorCylinders, RedIsHueOneNotZero)
-{
-    EXPECT_EQ(rgbToHsb({1, 0, 0, 1}).c0, 1.0);
-    EXPECT_EQ(rgbToHsl({1, 0, 0, 1}).c0, 1.0);
-    EXPECT_EQ(rgbToHcl({1, 0, 0, 1}).h, 1.0);
-}
-
 TEST(ColorCylinders, GreysHaveNoHueOrSaturation)
 {
     for (const double v : {0.0, 0.25, 0.5, 1.0}) {
         EXPECT_EQ(rgbToHsb({v, v, v, 0.5}), (ColorComponents{0.0, 0.0, v, 0.5}));
         EXPECT_EQ(rgbToHsl({v, v, v, 0.5}), (ColorComponents{0.0, 0.0, v, 0.5}));
         const HclComponents hcl = rgbToHcl({v, v, v, 0.5});
-        EXPECT_EQ(hcl.h, 0.0);
-        EXPECT_EQ(hcl.c, 0.0);
+        EXPECT_EQ(hcl.h + hcl.c + hcl.saturation, 0.0);
         EXPECT_NEAR(hcl.l, v, 1e-15);
-        EXPECT_EQ(hcl.saturation, 0.0);
     }
 }
 
@@ -72,31 +69,23 @@ TEST(ColorCylinders, ReverseConversionsWrapTheHue)
     // Each pair names the same hue.
     const double equivalent[][2] = {
         {1.0, 0.0}, {-0.25, 0.75}, {2.5, 0.5}, {-3.0, 0.0}, {7.0 / 6, 1.0 / 6}};
-    for (const auto& pair : equivalent) {
-        const ColorComponents hsbA = hsbToRgb({pair[0], 0.8, 0.9, 1.0});
-        const ColorComponents hsbB = hsbToRgb({pair[1], 0.8, 0.9, 1.0});
-        EXPECT_NEAR(hsbA.c0, hsbB.c0, 1e-15) << pair[0];
-        EXPECT_NEAR(hsbA.c1, hsbB.c1, 1e-15) << pair[0];
-        EXPECT_NEAR(hsbA.c2, hsbB.c2, 1e-15) << pair[0];
-        const ColorComponents hslA = hslToRgb({pair[0], 0.8, 0.4, 1.0});
-        const ColorComponents hslB = hslToRgb({pair[1], 0.8, 0.4, 1.0});
-        EXPECT_NEAR(hslA.c0, hslB.c0, 1e-15) << pair[0];
-        EXPECT_NEAR(hslA.c1, hslB.c1, 1e-15) << pair[0];
-        EXPECT_NEAR(hslA.c2, hslB.c2, 1e-15) << pair[0];
-        const ColorComponents hclA = hclToRgb({pair[0], 0.5, 0.4, 1.0});
-        const ColorComponents hclB = hclToRgb({pair[1], 0.5, 0.4, 1.0});
-        EXPECT_NEAR(hclA.c0, hclB.c0, 1e-15) << pair[0];
-        EXPECT_NEAR(hclA.c1, hclB.c1, 1e-15) << pair[0];
-        EXPECT_NEAR(hclA.c2, hclB.c2, 1e-15) << pair[0];
+    for (const auto& [a, b] : equivalent) {
+        EXPECT_LE(testing::largestChannelError(hsbToRgb({a, 0.8, 0.9, 1.0}),
+                                               hsbToRgb({b, 0.8, 0.9, 1.0})),
+                  1e-15)
+            << a;
+        EXPECT_LE(testing::largestChannelError(hslToRgb({a, 0.8, 0.4, 1.0}),
+                                               hslToRgb({b, 0.8, 0.4, 1.0})),
+                  1e-15)
+            << a;
+        EXPECT_LE(testing::largestChannelError(hclToRgb({a, 0.5, 0.4, 1.0}),
+                                               hclToRgb({b, 0.5, 0.4, 1.0})),
+                  1e-15)
+            << a;
     }
-}
-
-TEST(ColorCylinders, NonFiniteHueGivesGreyInsteadOfHanging)
-{
-    const ColorComponents rgb = hsbToRgb({std::nan(""), 1.0, 0.5, 1.0});
-    EXPECT_EQ(rgb, (ColorComponents{0.0, 0.0, 0.0, 1.0}));
-    const ColorComponents infinite = hsbToRgb({INFINITY, 0.5, 0.5, 1.0});
-    EXPECT_EQ(infinite, (ColorComponents{0.25, 0.25, 0.25, 1.0}));
+    // A non-finite hue gives grey instead of hanging.
+    EXPECT_EQ(hsbToRgb({std::nan(""), 1.0, 0.5, 1.0}), (ColorComponents{0.0, 0.0, 0.0, 1.0}));
+    EXPECT_EQ(hsbToRgb({INFINITY, 0.5, 0.5, 1.0}), (ColorComponents{0.25, 0.25, 0.25, 1.0}));
 }
 
 TEST(ColorCylinders, HclKeepsLumaAndGivesUpChroma)

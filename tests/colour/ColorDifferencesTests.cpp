@@ -6,6 +6,7 @@
 #include <fstream>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace tintorra {
@@ -90,56 +91,35 @@ TEST(ColorDifferences, Cie94WeightsByApplication)
     EXPECT_NE(deltaE94(0, moreChroma, reference), deltaE94(0, reference, moreChroma));
 }
 
-TEST(ColorDifferences, CmcTermsAndTotal)
+TEST(ColorDifferences, CmcWeights)
 {
-    // Hand-derived weights for a reference of L 50, C 50 at hue 90 degrees (outside 164..345):
-    // SL = 0.040975 * 50 / 1.8825, SC = 0.0638 * 50 / 1.655 + 0.638,
-    // T = 0.36 + |0.4 cos 125 deg|, F = sqrt(50^4 / (50^4 + 1900)).
+    // Reference L 50, C 50 at hue 90 degrees: SL = 0.040975 L / (1 + 0.01765 L) = 1.088313,
+    // SC = 0.0638 C / (1 + 0.0131 C) + 0.638 = 2.565492. A pure lightness step of 4 and a pure
+    // chroma step of 10 along the hue have no hue term.
     const ColorComponents reference{50.0, 0.0, 50.0, 1.0};
-    const double sl = 0.040975 * 50.0 / 1.8825;
-    const double sc = 0.0638 * 50.0 / 1.655 + 0.638;
-    const double t = 0.36 + std::fabs(0.4 * std::cos(radiansFromDegrees(125.0)));
-    const double f = std::sqrt(std::pow(50.0, 4) / (std::pow(50.0, 4) + 1900.0));
-    const double sh = sc * (f * t + 1.0 - f);
-
+    EXPECT_NEAR(deltaECMCLightness(reference, {46.0, 0.0, 50.0, 1.0}, 2.0), -4.0 / 2.176627, 1e-6);
+    EXPECT_NEAR(deltaECMCChroma(reference, {50.0, 0.0, 60.0, 1.0}, 1.0), 10.0 / 2.565492, 1e-6);
+    EXPECT_NEAR(deltaECMCHue(reference, {50.0, 0.0, 60.0, 1.0}), 0.0, 1e-12);
+    // The total is the root of the sum of the squared terms.
     const ColorComponents sample{46.0, 6.0, 58.0, 1.0};
-    const double dL = -4.0;
-    const double dC = std::hypot(6.0, 58.0) - 50.0;
-    const double dH = std::sqrt(36.0 + 64.0 - dC * dC);
-    EXPECT_NEAR(deltaECMCLightness(reference, sample, 2.0), dL / (2.0 * sl), 1e-12);
-    EXPECT_NEAR(deltaECMCChroma(reference, sample, 1.0), dC / sc, 1e-12);
-    EXPECT_NEAR(deltaECMCHue(reference, sample), dH / sh, 1e-12);
-    const double expected =
-        std::sqrt(std::pow(dL / (2.0 * sl), 2) + std::pow(dC / sc, 2) + std::pow(dH / sh, 2));
-    EXPECT_NEAR(deltaECMC(reference, sample, 2.0, 1.0), expected, 1e-12);
-}
-
-TEST(ColorDifferences, CmcSpecialWeights)
-{
-    // Below L 16 the lightness weight is the constant 0.511.
+    EXPECT_NEAR(deltaECMC(reference, sample, 2.0, 1.0),
+                std::hypot(deltaECMCLightness(reference, sample, 2.0),
+                           deltaECMCChroma(reference, sample, 1.0),
+                           deltaECMCHue(reference, sample)),
+                1e-12);
+    // Below L 16 the lightness weight is the constant 0.511; a neutral pair has no difference.
     EXPECT_NEAR(deltaECMCLightness({10.0, 0.0, 0.0, 1.0}, {12.0, 0.0, 0.0, 1.0}, 1.0), 2.0 / 0.511,
                 1e-12);
-    // A neutral reference has hue 0 (T from the 0.36 branch) and F = 0, so SH = SC = 0.638.
-    EXPECT_NEAR(deltaECMCHue({50.0, 0.0, 0.0, 1.0}, {50.0, 0.0, 0.0, 1.0}), 0.0, 1e-15);
     EXPECT_NEAR(deltaECMC({50.0, 0.0, 0.0, 1.0}, {50.0, 0.0, 0.0, 1.0}, 2.0, 1.0), 0.0, 1e-15);
-    // Blue-green references (164..345 degrees) use the 0.56 branch of T: check one on each side
-    // of the 164 degree edge through the hue term of a fixed rotation.
-    const auto hueTermAt = [](double degrees) {
-        const double h = radiansFromDegrees(degrees);
-        const ColorComponents reference{50.0, 40.0 * std::cos(h), 40.0 * std::sin(h), 1.0};
-        const double h2 = radiansFromDegrees(degrees + 5.0);
-        const ColorComponents sample{50.0, 40.0 * std::cos(h2), 40.0 * std::sin(h2), 1.0};
-        return deltaECMCHue(reference, sample);
-    };
-    const double sc = 0.0638 * 40.0 / (1.0 + 0.0131 * 40.0) + 0.638;
-    const double f = std::sqrt(std::pow(40.0, 4) / (std::pow(40.0, 4) + 1900.0));
-    const double dH = 2.0 * 40.0 * std::sin(radiansFromDegrees(2.5));
-    for (const double degrees : {163.0, 165.0, 300.0, 346.0}) {
-        const bool blueGreen = degrees >= 164.0 && degrees <= 345.0;
-        const double t = blueGreen
-                             ? 0.56 + std::fabs(0.2 * std::cos(radiansFromDegrees(degrees + 168.0)))
-                             : 0.36 + std::fabs(0.4 * std::cos(radiansFromDegrees(degrees + 35.0)));
-        EXPECT_NEAR(hueTermAt(degrees), dH / (sc * (f * t + 1.0 - f)), 1e-9) << degrees;
+    // A 2 degree turn at chroma 40 has dH = 80 sin 1 deg; SH = SC (F T + 1 - F) with T from
+    // 0.36 + |0.4 cos(h + 35)| at 90 degrees (0.58943) and, blue-green, from
+    // 0.56 + |0.2 cos(h + 168)| at 270 degrees (0.60158).
+    for (const auto& [degrees, expected] : {std::pair{90.0, 1.0240262}, {270.0, 1.0033540}}) {
+        const auto at = [](double d) {
+            const double h = radiansFromDegrees(d);
+            return ColorComponents{50.0, 40.0 * std::cos(h), 40.0 * std::sin(h), 1.0};
+        };
+        EXPECT_NEAR(deltaECMCHue(at(degrees), at(degrees + 2.0)), expected, 1e-6) << degrees;
     }
 }
 

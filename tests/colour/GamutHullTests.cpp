@@ -22,29 +22,29 @@ double radians(double degrees)
 
 TEST(RayTriangleDistance, HitsMissesAndDegenerateCases)
 {
-    // A triangle in the plane x = 2 around the x axis; rays start at the origin.
-    const double v0[3] = {2, -1, -1};
-    const double v1[3] = {2, 2, -1};
-    const double v2[3] = {2, -1, 2};
-    const double origin[3] = {0, 0, 0};
-    struct Case {
+    // A triangle in the plane x = d around the x axis; rays start at the origin.
+    const double s = 1.0 / std::sqrt(2.0);
+    const double n = 1.0 / std::sqrt(1.0 + 0.64 + 0.64);
+    const struct {
         const char* what;
+        double plane;
         double direction[3];
         double expected; // negative: no hit
+    } cases[] = {
+        {"straight on", 2.0, {1, 0, 0}, 2.0},
+        {"slanted, still inside", 2.0, {s, s * 0.4, 0}, 2.0 / s},
+        {"pointing away", 2.0, {-1, 0, 0}, -1.0},
+        {"passing beside it", 2.0, {s, -s, 0}, -1.0},
+        {"parallel to its plane", 2.0, {0, 1, 0}, -1.0},
+        {"through the hypotenuse's far side", 2.0, {n, 0.8 * n, 0.8 * n}, -1.0},
+        {"too close counts as no hit", 1e-7, {1, 0, 0}, -1.0},
+        {"just far enough", 2e-6, {1, 0, 0}, 2e-6},
     };
-    const double s = 1.0 / std::sqrt(2.0);
-    const Case cases[] = {
-        {"straight on", {1, 0, 0}, 2.0},
-        {"slanted, still inside", {s, s * 0.4, 0}, 2.0 / s},
-        {"pointing away", {-1, 0, 0}, -1.0},
-        {"passing beside it", {s, -s, 0}, -1.0},
-        {"parallel to its plane", {0, 1, 0}, -1.0},
-        {"through the hypotenuse's far side",
-         {1.0 / std::sqrt(1.0 + 0.64 + 0.64), 0.8 / std::sqrt(1.0 + 0.64 + 0.64),
-          0.8 / std::sqrt(1.0 + 0.64 + 0.64)},
-         -1.0},
-    };
-    for (const Case& c : cases) {
+    const double origin[3] = {0, 0, 0};
+    for (const auto& c : cases) {
+        const double v0[3] = {c.plane, -1, -1};
+        const double v1[3] = {c.plane, 2, -1};
+        const double v2[3] = {c.plane, -1, 2};
         const double t = rayTriangleDistance(origin, c.direction, v0, v1, v2);
         if (c.expected < 0.0) {
             EXPECT_LT(t, 0.0) << c.what;
@@ -52,19 +52,6 @@ TEST(RayTriangleDistance, HitsMissesAndDegenerateCases)
             EXPECT_NEAR(t, c.expected, 1e-12) << c.what;
         }
     }
-}
-
-TEST(RayTriangleDistance, TooCloseCountsAsNoHit)
-{
-    const double v0[3] = {1e-7, -1, -1};
-    const double v1[3] = {1e-7, 2, -1};
-    const double v2[3] = {1e-7, -1, 2};
-    const double origin[3] = {0, 0, 0};
-    const double direction[3] = {1, 0, 0};
-    EXPECT_LT(rayTriangleDistance(origin, direction, v0, v1, v2), 0.0);
-    const double farther[3][3] = {{2e-6, -1, -1}, {2e-6, 2, -1}, {2e-6, -1, 2}};
-    EXPECT_NEAR(rayTriangleDistance(origin, direction, farther[0], farther[1], farther[2]), 2e-6,
-                1e-15);
 }
 
 // ---- Hull of a simple solid ------------------------------------------------------------------
@@ -111,11 +98,71 @@ TEST(GamutHull, FlatOrMissingInputGivesNoTriangles)
     EXPECT_EQ(plane.triangleCount(), 0u);
 }
 
-// ---- The hull builder of a gamut, against the search ---------------------------------------
+// ---- The hull builder of a gamut ------------------------------------------------------------
+
+// A gamut with its 21^3 grid, the grid's Luv points and their hull, but search tables only.
+std::unique_ptr<KVColorGamut> gamutWithHull(bool interiorPoints)
+{
+    ::testing::internal::CaptureStderr();
+    auto gamut = std::make_unique<KVColorGamut>(sRGBChromaticities(), 0);
+    gamut->setIncludeInteriorPoints(interiorPoints);
+    gamut->buildRGBColors();
+    gamut->buildLuvColors();
+    gamut->buildHull();
+    ::testing::internal::GetCapturedStderr();
+    return gamut;
+}
+
+TEST(GamutHullGrid, GridAndPointsAreAsDescribed)
+{
+    const std::unique_ptr<KVColorGamut> gamut = gamutWithHull(true);
+    ASSERT_EQ(gamut->rgbColors().size(), 9261u);
+    EXPECT_EQ(gamut->actualNumberOfPoints(), 9261u);
+    // Red outermost, then green, then blue.
+    EXPECT_EQ(gamut->rgbColors()[1], (ColorComponents{0.0, 0.0, 0.05, 1.0}));
+    EXPECT_EQ(gamut->rgbColors()[21], (ColorComponents{0.0, 0.05, 0.0, 1.0}));
+    EXPECT_EQ(gamut->rgbColors()[441], (ColorComponents{0.05, 0.0, 0.0, 1.0}));
+    EXPECT_EQ(gamut->rgbColors().back(), (ColorComponents{1.0, 1.0, 1.0, 1.0}));
+    // White is L = 100 on the axis, black the origin.
+    ASSERT_EQ(gamut->luvColors().size(), 9261u);
+    EXPECT_NEAR(gamut->luvColors().back().c0, 100.0, 1e-9);
+    EXPECT_NEAR(gamut->luvColors().back().c1, 0.0, 1e-3);
+    EXPECT_NEAR(gamut->luvColors().back().c2, 0.0, 1e-3);
+    EXPECT_EQ(gamut->luvColors().front().c0, 0.0);
+    const GamutHull* hull = gamut->hull();
+    ASSERT_NE(hull, nullptr);
+    EXPECT_EQ(hull->inputPointCount(), 9261u);
+    EXPECT_GT(hull->triangleCount(), 100u);
+    // Every hull corner is a point of the grid (the hull adds none).
+    for (std::size_t t = 0; t < hull->triangleCount(); t += 7) {
+        EXPECT_LT(hull->triangleCorner(t, 0), 9261u);
+    }
+}
+
+TEST(GamutHullGrid, SurfacePointsAloneGiveTheSameHull)
+{
+    // Interior grid points map to the inside of the Luv body, so leaving them out cannot change
+    // the convex hull.
+    const std::unique_ptr<KVColorGamut> surface = gamutWithHull(false);
+    const std::unique_ptr<KVColorGamut> full = gamutWithHull(true);
+    EXPECT_EQ(surface->actualNumberOfPoints(), 9261u - 19u * 19u * 19u);
+    for (const ColorComponents& rgb : surface->rgbColors()) {
+        const bool onSurface = rgb.c0 == 0.0 || rgb.c0 == 1.0 || rgb.c1 == 0.0 || rgb.c1 == 1.0 ||
+                               rgb.c2 == 0.0 || rgb.c2 == 1.0;
+        ASSERT_TRUE(onSurface) << rgb.c0 << ", " << rgb.c1 << ", " << rgb.c2;
+    }
+    for (const double degrees : {3.0, 77.0, 150.5, 260.0, 333.3}) {
+        for (const double L : {5.0, 30.0, 52.5, 88.0}) {
+            EXPECT_NEAR(surface->calculateChromaForHue(radians(degrees), L),
+                        full->calculateChromaForHue(radians(degrees), L), 1e-9)
+                << degrees << " " << L;
+        }
+    }
+}
 
 // One sRGB gamut whose tables were rebuilt from its hull, next to one built by the search. The
-// hull costs a tetrahedralisation and 145 000 rays, so the suite builds it once.
-class GamutHullBuilder : public ::testing::Test {
+// hull tables cost a tetrahedralisation and 145 000 rays, so the suite builds them once.
+class GamutHullTables : public ::testing::Test {
 protected:
     static void SetUpTestSuite()
     {
@@ -139,37 +186,11 @@ protected:
     static std::string* buildOutput_;
 };
 
-KVColorGamut* GamutHullBuilder::searched_ = nullptr;
-KVColorGamut* GamutHullBuilder::hulled_ = nullptr;
-std::string* GamutHullBuilder::buildOutput_ = nullptr;
+KVColorGamut* GamutHullTables::searched_ = nullptr;
+KVColorGamut* GamutHullTables::hulled_ = nullptr;
+std::string* GamutHullTables::buildOutput_ = nullptr;
 
-TEST_F(GamutHullBuilder, GridAndPointsAreAsDescribed)
-{
-    EXPECT_EQ(*buildOutput_, "Building chroma LUT...\nBuilding chroma LUT...\nBuilding Luv "
-                             "colors...\nBuilding chroma LUT...\n");
-    ASSERT_EQ(hulled_->rgbColors().size(), 9261u);
-    EXPECT_EQ(hulled_->actualNumberOfPoints(), 9261u);
-    // Red outermost, then green, then blue.
-    const ColorComponents& second = hulled_->rgbColors()[1];
-    EXPECT_EQ(second, (ColorComponents{0.0, 0.0, 0.05, 1.0}));
-    const ColorComponents& row = hulled_->rgbColors()[21];
-    EXPECT_EQ(row, (ColorComponents{0.0, 0.05, 0.0, 1.0}));
-    const ColorComponents& plane = hulled_->rgbColors()[441];
-    EXPECT_EQ(plane, (ColorComponents{0.05, 0.0, 0.0, 1.0}));
-    EXPECT_EQ(hulled_->rgbColors().back(), (ColorComponents{1.0, 1.0, 1.0, 1.0}));
-    // White is L = 100 on the axis, black the origin.
-    ASSERT_EQ(hulled_->luvColors().size(), 9261u);
-    EXPECT_NEAR(hulled_->luvColors().back().c0, 100.0, 1e-9);
-    EXPECT_NEAR(hulled_->luvColors().back().c1, 0.0, 1e-3);
-    EXPECT_NEAR(hulled_->luvColors().back().c2, 0.0, 1e-3);
-    EXPECT_EQ(hulled_->luvColors().front().c0, 0.0);
-    const GamutHull* hull = hulled_->hull();
-    ASSERT_NE(hull, nullptr);
-    EXPECT_EQ(hull->inputPointCount(), 9261u);
-    EXPECT_GT(hull->triangleCount(), 100u);
-}
-
-TEST_F(GamutHullBuilder, HullAgreesWithTheSearch)
+TEST_F(GamutHullTables, HullAgreesWithTheSearch)
 {
     // The hull is the convex hull of the 21^3 grid in Luv. Where the gamut body is convex its
     // flat faces cut slightly inside the true boundary; where the body is concave (towards white
@@ -201,8 +222,10 @@ TEST_F(GamutHullBuilder, HullAgreesWithTheSearch)
     }
 }
 
-TEST_F(GamutHullBuilder, TablesMatchTheUnfilteredRayCast)
+TEST_F(GamutHullTables, TablesFollowTheirRays)
 {
+    EXPECT_EQ(*buildOutput_, "Building chroma LUT...\nBuilding chroma LUT...\nBuilding Luv "
+                             "colors...\nBuilding chroma LUT...\n");
     // The table fill looks only at triangles near each lightness; the plain walk over every
     // triangle must find the very same first hit.
     for (std::size_t i = 0; i < KVColorGamut::kHueCount; i += 31) {
@@ -215,10 +238,7 @@ TEST_F(GamutHullBuilder, TablesMatchTheUnfilteredRayCast)
     }
     EXPECT_EQ(hulled_->calculateChromaForHue(1.0, 0.0), 0.0);
     EXPECT_EQ(hulled_->calculateChromaForHue(1.0, 100.0), 0.0);
-}
-
-TEST_F(GamutHullBuilder, MaxChromaRecordsFollowTheHullTables)
-{
+    // The most chromatic colour of each hue comes from the hull tables too.
     for (std::size_t i = 0; i < KVColorGamut::kHueCount; i += 17) {
         double largest = 0.0;
         double at = 0.0;
@@ -230,32 +250,6 @@ TEST_F(GamutHullBuilder, MaxChromaRecordsFollowTheHullTables)
         }
         EXPECT_EQ(hulled_->tableMaxChroma(i).c1, largest);
         EXPECT_EQ(hulled_->tableMaxChroma(i).c0, at);
-    }
-}
-
-TEST_F(GamutHullBuilder, SurfacePointsAloneGiveTheSameHull)
-{
-    // Interior grid points map to the inside of the Luv body, so leaving them out cannot change
-    // the convex hull.
-    ::testing::internal::CaptureStderr();
-    KVColorGamut surface(sRGBChromaticities(), 0);
-    surface.setIncludeInteriorPoints(false);
-    surface.buildRGBColors();
-    surface.buildLuvColors();
-    surface.buildHull();
-    ::testing::internal::GetCapturedStderr();
-    EXPECT_EQ(surface.actualNumberOfPoints(), 9261u - 19u * 19u * 19u);
-    for (const ColorComponents& rgb : surface.rgbColors()) {
-        const bool onSurface = rgb.c0 == 0.0 || rgb.c0 == 1.0 || rgb.c1 == 0.0 || rgb.c1 == 1.0 ||
-                               rgb.c2 == 0.0 || rgb.c2 == 1.0;
-        ASSERT_TRUE(onSurface) << rgb.c0 << ", " << rgb.c1 << ", " << rgb.c2;
-    }
-    for (const double degrees : {3.0, 77.0, 150.5, 260.0, 333.3}) {
-        for (const double L : {5.0, 30.0, 52.5, 88.0}) {
-            EXPECT_NEAR(surface.calculateChromaForHue(radians(degrees), L),
-                        hulled_->calculateChromaForHue(radians(degrees), L), 1e-9)
-                << degrees << " " << L;
-        }
     }
 }
 

@@ -53,17 +53,6 @@ TEST(HueAngles, WrapsLandInTheirHalfOpenRanges)
     }
 }
 
-TEST(HueAngles, HueFraction)
-{
-    EXPECT_DOUBLE_EQ(hueFraction(0.5 * kPi), 0.25);
-    EXPECT_DOUBLE_EQ(hueFraction(-0.5 * kPi), 0.75);
-    EXPECT_DOUBLE_EQ(hueFraction(kPi), 0.5);
-    EXPECT_DOUBLE_EQ(hueFraction(-kPi), 0.5);
-    EXPECT_DOUBLE_EQ(hueFraction(-5.0 * kPi), 0.5);
-    // Only negative angles are wrapped.
-    EXPECT_DOUBLE_EQ(hueFraction(3.0 * kPi), 1.5);
-}
-
 TEST(HueAngles, HueDifferenceTakesTheShorterArc)
 {
     struct DifferenceCase {
@@ -110,22 +99,38 @@ TEST(HueAngles, WrapIntoRange)
     EXPECT_TRUE(std::isinf(wrapIntoRange(INFINITY, 0.0, 1.0)));
 }
 
-TEST(HueAngles, RoundToStep)
+TEST(HueAngles, SmallHelpers)
 {
-    EXPECT_DOUBLE_EQ(roundToStep(0.74, 0.5), 0.5);
-    EXPECT_DOUBLE_EQ(roundToStep(0.75, 0.5), 1.0);
-    EXPECT_DOUBLE_EQ(roundToStep(-0.25, 0.5), 0.0);
-    EXPECT_DOUBLE_EQ(roundToStep(-0.26, 0.5), -0.5);
-    EXPECT_DOUBLE_EQ(roundToStep(13.0, 5.0), 15.0);
-}
-
-TEST(HueAngles, AngleBetweenIsSignedCounterClockwise)
-{
-    const AnglePoint origin{1.0, 1.0};
-    EXPECT_DOUBLE_EQ(angleBetween(origin, {2.0, 1.0}, {1.0, 3.0}), 0.5 * kPi);
-    EXPECT_DOUBLE_EQ(angleBetween(origin, {1.0, 3.0}, {2.0, 1.0}), -0.5 * kPi);
-    EXPECT_DOUBLE_EQ(angleBetween(origin, {2.0, 1.0}, {0.0, 1.0}), kPi);
-    EXPECT_DOUBLE_EQ(angleBetween(origin, {2.0, 2.0}, {5.0, 5.0}), 0.0);
+    const struct {
+        const char* what;
+        double got, expected;
+    } cases[] = {
+        {"fraction of pi/2", hueFraction(0.5 * kPi), 0.25},
+        {"fraction of -pi/2", hueFraction(-0.5 * kPi), 0.75},
+        {"fraction of -pi", hueFraction(-kPi), 0.5},
+        {"fraction of -5 pi", hueFraction(-5.0 * kPi), 0.5},
+        {"fraction of 3 pi: only negative angles wrap", hueFraction(3.0 * kPi), 1.5},
+        {"round 0.74 to 0.5", roundToStep(0.74, 0.5), 0.5},
+        {"round 0.75 to 0.5", roundToStep(0.75, 0.5), 1.0},
+        {"round -0.25 to 0.5", roundToStep(-0.25, 0.5), 0.0},
+        {"round -0.26 to 0.5", roundToStep(-0.26, 0.5), -0.5},
+        {"round 13 to 5", roundToStep(13.0, 5.0), 15.0},
+        {"angle +90", angleBetween({1.0, 1.0}, {2.0, 1.0}, {1.0, 3.0}), 0.5 * kPi},
+        {"angle -90", angleBetween({1.0, 1.0}, {1.0, 3.0}, {2.0, 1.0}), -0.5 * kPi},
+        {"angle 180", angleBetween({1.0, 1.0}, {2.0, 1.0}, {0.0, 1.0}), kPi},
+        {"angle 0", angleBetween({1.0, 1.0}, {2.0, 2.0}, {5.0, 5.0}), 0.0},
+        {"coarse on +y", fastAtan2Coarse(2.0, 0.0), 0.5 * kPi},
+        {"coarse on -y", fastAtan2Coarse(-2.0, 0.0), -0.5 * kPi},
+        {"coarse at the origin", fastAtan2Coarse(0.0, 0.0), 0.0},
+        {"coarse on +x", fastAtan2Coarse(0.0, 3.0), 0.0},
+        {"coarse on -x", fastAtan2Coarse(0.0, -3.0), kPi},
+        // The 1e-10 guard makes (0, 0) the direction y = 1e-10, x = 0, which the cubic places
+        // just above pi/2: finite, never NaN.
+        {"fast at the origin", fastAtan2(0.0, 0.0), 0.9817 - 0.1963 + 0.25 * kPi},
+    };
+    for (const auto& c : cases) {
+        EXPECT_NEAR(c.got, c.expected, 1e-15) << c.what;
+    }
 }
 
 // Largest |approximation - atan2| over a fine sweep of directions at several radii.
@@ -155,25 +160,6 @@ TEST(HueAngles, FastArctangentsStayWithinTheirErrors)
     }
     // Measured 4.9e-3 rad (0.28 degrees).
     EXPECT_LT(largestArctangentError(fastAtan2Coarse), radiansFromDegrees(0.3));
-}
-
-TEST(HueAngles, FastArctangentAtTheOrigin)
-{
-    // The 1e-10 guard makes (0, 0) the direction y = 1e-10, x = 0, which the cubic places just
-    // above pi/2; the result is finite, never NaN.
-    const double atOrigin = fastAtan2(0.0, 0.0);
-    EXPECT_FALSE(std::isnan(atOrigin));
-    EXPECT_NEAR(atOrigin, 0.5 * kPi, 2e-6);
-    EXPECT_NEAR(atOrigin, 0.9817 - 0.1963 + 0.25 * kPi, 1e-15);
-}
-
-TEST(HueAngles, CoarseArctangentOnTheAxes)
-{
-    EXPECT_EQ(fastAtan2Coarse(2.0, 0.0), 0.5 * kPi);
-    EXPECT_EQ(fastAtan2Coarse(-2.0, 0.0), -0.5 * kPi);
-    EXPECT_EQ(fastAtan2Coarse(0.0, 0.0), 0.0);
-    EXPECT_EQ(fastAtan2Coarse(0.0, 3.0), 0.0);
-    EXPECT_DOUBLE_EQ(fastAtan2Coarse(0.0, -3.0), kPi);
 }
 
 } // namespace

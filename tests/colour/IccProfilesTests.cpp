@@ -88,30 +88,21 @@ TEST(ColorSpaceFromIccProfile, BuiltProfileWithoutDescriptionHasAnEmptyName)
     EXPECT_EQ(space->name(), "");
 }
 
-TEST(SRGBColorSpace, IsAnRGBSpaceWithALittleCmsProfile)
-{
-    const KVColorSpace space = sRGBColorSpace();
-    EXPECT_EQ(space.model(), KVColorSpaceModel::rgb);
-    EXPECT_EQ(space.name(), "sRGB");
-    ASSERT_TRUE(space.hasIccProfile());
-
-    const auto parsed = test::parseProfile(space.iccProfile());
-    ASSERT_TRUE(parsed);
-    EXPECT_EQ(parsed->colorSpace, "RGB ");
-    const auto reread = colorSpaceFromIccProfile(space.iccProfile());
-    ASSERT_TRUE(reread);
-    EXPECT_EQ(reread->model(), KVColorSpaceModel::rgb);
-}
-
 // The profile is a version 4 one whose white point tag holds D50, so, like the version 4 profiles
 // of colord, its matrix has the sRGB primaries but maps RGB white onto D50. Code that wants the
 // sRGB row should use an untagged space (or none) instead.
 TEST(SRGBColorSpace, MatrixHasTheSRGBPrimariesButAD50White)
 {
     const KVColorSpace space = sRGBColorSpace();
+    EXPECT_EQ(space.model(), KVColorSpaceModel::rgb);
+    EXPECT_EQ(space.name(), "sRGB");
     const auto parsed = test::parseProfile(space.iccProfile());
     ASSERT_TRUE(parsed);
+    EXPECT_EQ(parsed->colorSpace, "RGB ");
     EXPECT_EQ(parsed->majorVersion, 4);
+    const auto reread = colorSpaceFromIccProfile(space.iccProfile());
+    ASSERT_TRUE(reread);
+    EXPECT_EQ(reread->model(), KVColorSpaceModel::rgb);
     const auto white = test::xyzTag(*parsed, "wtpt");
     ASSERT_TRUE(white);
 

@@ -22,11 +22,6 @@ std::vector<std::string> linesOf(const std::string& text)
     return lines;
 }
 
-bool startsWith(const std::string& text, const std::string& prefix)
-{
-    return text.compare(0, prefix.size(), prefix) == 0;
-}
-
 // Three channels printed with %f after `prefix`; true when they parse, each within 0..1, and one
 // of them at 0 or 1 within 0.01 (a colour on the surface of the RGB cube).
 bool isSurfaceRgb(const std::string& line, const std::string& prefix)
@@ -52,14 +47,21 @@ protected:
         ::testing::internal::GetCapturedStderr();
     }
 
+    // The lines a diagnostic writes to standard error.
+    template <typename Run>
+    static std::vector<std::string> printed(Run run)
+    {
+        ::testing::internal::CaptureStderr();
+        run();
+        return linesOf(::testing::internal::GetCapturedStderr());
+    }
+
     std::unique_ptr<KVColorGamut> gamut_;
 };
 
 TEST_F(GamutDiagnostics, RgbRoundTripPrintsMatricesAndNoErrorsForLuv)
 {
-    ::testing::internal::CaptureStderr();
-    gamut_->testRGBColors();
-    const std::vector<std::string> lines = linesOf(::testing::internal::GetCapturedStderr());
+    const auto lines = printed([this] { gamut_->testRGBColors(); });
     ASSERT_EQ(lines.size(), 1u + 4u + 4u + 1u + 1u);
     EXPECT_EQ(lines[0], "Color gamut matrices:");
     EXPECT_EQ(lines[1], "Matrix |RGB->XYZ matrix|:");
@@ -74,9 +76,7 @@ TEST_F(GamutDiagnostics, LabRoundTripReportsOnlyWhatExceedsTheThreshold)
     KVColorGamut lab(sRGBChromaticities(), 1);
     lab.buildRGBColors();
     ::testing::internal::GetCapturedStderr();
-    ::testing::internal::CaptureStderr();
-    lab.testRGBColors();
-    const std::vector<std::string> lines = linesOf(::testing::internal::GetCapturedStderr());
+    const auto lines = printed([&lab] { lab.testRGBColors(); });
     ASSERT_GE(lines.size(), 11u);
     EXPECT_EQ(lines.back(), "Finished testing rgb values.");
     for (std::size_t k = 10; k + 1 < lines.size(); ++k) {
@@ -95,25 +95,21 @@ TEST_F(GamutDiagnostics, LabRoundTripReportsOnlyWhatExceedsTheThreshold)
 
 TEST_F(GamutDiagnostics, LuvValuesPrintFourLinesPerPoint)
 {
-    ::testing::internal::CaptureStderr();
-    gamut_->testLuvColors();
-    const std::vector<std::string> lines = linesOf(::testing::internal::GetCapturedStderr());
+    const auto lines = printed([this] { gamut_->testLuvColors(); });
     ASSERT_EQ(lines.size(), 2u + 4u * 9261u);
     EXPECT_EQ(lines.front(), "Testing Luv values...");
     EXPECT_EQ(lines[1], "Luv[0]: 0.000000, 0.000000, 0.000000");
     EXPECT_EQ(lines[2], "rgb[0] before: 0.000000, 0.000000, 0.000000");
     EXPECT_EQ(lines[3], "rgb[0]  after: 0.000000, 0.000000, 0.000000");
     EXPECT_EQ(lines[4], "rgb errors: 0.000000, 0.000000, 0.000000");
-    EXPECT_TRUE(startsWith(lines[4 * 9260 + 1], "Luv[9260]: 100.000000, "));
+    EXPECT_TRUE(lines[4 * 9260 + 1].starts_with("Luv[9260]: 100.000000, "));
     EXPECT_EQ(lines[4 * 9260 + 2], "rgb[9260] before: 1.000000, 1.000000, 1.000000");
     EXPECT_EQ(lines.back(), "Finished testing Luv values.");
 }
 
 TEST_F(GamutDiagnostics, ChromaTableEntriesLieOnTheCubeSurface)
 {
-    ::testing::internal::CaptureStderr();
-    gamut_->testChromaLUT(90, 25);
-    const std::vector<std::string> lines = linesOf(::testing::internal::GetCapturedStderr());
+    const auto lines = printed([this] { gamut_->testChromaLUT(90, 25); });
     ASSERT_EQ(lines.size(), 2u + 8u * 9u);
     EXPECT_EQ(lines.front(), "Testing chroma LUT values...");
     EXPECT_EQ(lines.back(), "Finished testing chroma LUT values.");
@@ -134,28 +130,24 @@ TEST_F(GamutDiagnostics, ChromaTableEntriesLieOnTheCubeSurface)
 
 TEST_F(GamutDiagnostics, MaxChromaColoursLieOnTheCubeSurface)
 {
-    ::testing::internal::CaptureStderr();
-    gamut_->testMaxChromaLUT();
-    const std::vector<std::string> lines = linesOf(::testing::internal::GetCapturedStderr());
+    const auto lines = printed([this] { gamut_->testMaxChromaLUT(); });
     ASSERT_EQ(lines.size(), 2u + 720u);
     EXPECT_EQ(lines.front(), "Testing maxChroma LUT values...");
     EXPECT_EQ(lines.back(), "Finished testing maxChroma LUT values.");
-    EXPECT_TRUE(startsWith(lines[1], "hue: 0.000000 rgb: "));
-    EXPECT_TRUE(startsWith(lines[720], "hue: 359.500000 rgb: "));
+    EXPECT_TRUE(lines[1].starts_with("hue: 0.000000 rgb: "));
+    EXPECT_TRUE(lines[720].starts_with("hue: 359.500000 rgb: "));
     for (std::size_t k = 1; k + 1 < lines.size(); ++k) {
         EXPECT_TRUE(isSurfaceRgb(lines[k], " rgb: ")) << lines[k];
     }
 }
 
-TEST(GamutDiagnosticsWithoutGrid, PrintOnlyTheirFrames)
+TEST_F(GamutDiagnostics, WithoutGridOnlyTheFramesArePrinted)
 {
     ::testing::internal::CaptureStderr();
     const KVColorGamut gamut(sRGBChromaticities(), 0);
     ::testing::internal::GetCapturedStderr();
-    ::testing::internal::CaptureStderr();
-    gamut.testLuvColors();
-    EXPECT_EQ(::testing::internal::GetCapturedStderr(),
-              "Testing Luv values...\nFinished testing Luv values.\n");
+    EXPECT_EQ(printed([&gamut] { gamut.testLuvColors(); }),
+              (std::vector<std::string>{"Testing Luv values...", "Finished testing Luv values."}));
 }
 
 } // namespace

@@ -23,7 +23,7 @@ Matrix3 sRGBInverse()
     return MI;
 }
 
-TEST(KVLChColor, HoldsItsFourValuesAndNoGamut)
+TEST(KVLChColor, HoldsItsFourValuesAndTheGamutItIsGiven)
 {
     KVLChColor color(62.5, 40.0, -1.25, 0.75);
     EXPECT_EQ(color.lchColor(), (ColorComponents{62.5, 40.0, -1.25, 0.75}));
@@ -33,17 +33,11 @@ TEST(KVLChColor, HoldsItsFourValuesAndNoGamut)
     color.setHue(3.0);
     color.setAlpha(1.0);
     EXPECT_EQ(color.lchColor(), (ColorComponents{10.0, 5.0, 3.0, 1.0}));
-}
-
-TEST(KVLChColor, KeepsTheGamutItIsGiven)
-{
     ::testing::internal::CaptureStderr();
     const KVColorGamutPtr gamut = std::make_shared<const KVColorGamut>();
     ::testing::internal::GetCapturedStderr();
-    KVLChColor color(50.0, 20.0, 1.0, 1.0);
     color.setGamut(gamut);
     EXPECT_EQ(color.gamut(), gamut);
-    EXPECT_EQ(gamut.use_count(), 2);
     color.setGamut(nullptr);
     EXPECT_EQ(gamut.use_count(), 1);
 }

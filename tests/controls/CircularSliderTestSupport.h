@@ -6,11 +6,17 @@
 
 namespace tintorra::testing_support {
 
+// 2^-53: one unit in the last place just below 1.0.
+inline double ulpBelowOne()
+{
+    return std::ldexp(1.0, -53);
+}
+
 // The largest total of the offsets on the default ring, worked out independently: 1.0 lowered by
-// 100 units in the last place below 1.0 (2^-53 each).
+// 100 units in the last place.
 inline double ringTotal()
 {
-    return 1.0 - std::ldexp(100.0, -53);
+    return 1.0 - 100.0 * ulpBelowOne();
 }
 
 inline double offsetSum(const KVSliderOffsets& o)
@@ -18,22 +24,17 @@ inline double offsetSum(const KVSliderOffsets& o)
     return o.upperFalloffOffset + o.upperOffset + o.lowerOffset + o.lowerFalloffOffset;
 }
 
-// A ring whose middle sits at 0.5 with bounds 0.125 and fall-offs 0.0625 on each side.
-inline KVCircularSliderModel ringAtHalf(bool centering = true)
+// A slider holding the given offsets, with or without centring.
+inline KVCircularSliderModel sliderWith(bool wraps, const KVSliderOffsets& offsets,
+                                        bool centering = true)
 {
-    KVCircularSliderModel ring(true);
-    ring.setCenterThumbWithinOffsets(centering);
-    ring.setOffsets({0.0625, 0.125, 0.5, 0.125, 0.0625});
-    return ring;
+    KVCircularSliderModel slider(wraps);
+    slider.setCenterThumbWithinOffsets(centering);
+    slider.setOffsets(offsets);
+    return slider;
 }
 
-// A straight slider with the middle at 0.5, bounds 0.25 and no fall-offs.
-inline KVCircularSliderModel straightAtHalf(bool centering = true)
-{
-    KVCircularSliderModel straight(false);
-    straight.setCenterThumbWithinOffsets(centering);
-    straight.setOffsets({0.0, 0.25, 0.5, 0.25, 0.0});
-    return straight;
-}
+// The ring at 0.5 with bounds 0.125 and fall-offs 0.0625 on each side.
+inline const KVSliderOffsets kRingAtHalf{0.0625, 0.125, 0.5, 0.125, 0.0625};
 
 } // namespace tintorra::testing_support

@@ -157,6 +157,37 @@ TEST(ColorTable, DoesNotDependOnTheNumberOfThreads)
     }
 }
 
+TEST(ColorTable, CrowdedColourNeighbourhoodsAndConstantAlpha)
+{
+    // Every pixel shares blue and the high bits of green, so all of them fall together while the
+    // table sorts them; and a constant alpha other than 255.
+    const struct {
+        TableLayout layout;
+        std::uint8_t alpha;
+    } cases[] = {{kTableLayouts[3], 255}, {kTableLayouts[7], 77}, {kTableLayouts[9], 200}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.layout.name);
+        const KVBitmapPtr bitmap = makeTableBitmap(c.layout, 80, 60);
+        const PixelManipulationOffsets offsets =
+            pixelManipulationOffsetsWithImageGamma(bitmap, 1.0);
+        std::mt19937 random(99);
+        std::uniform_int_distribution<int> byte(0, 255);
+        for (std::int64_t y = 0; y < 60; ++y) {
+            for (std::int64_t x = 0; x < 80; ++x) {
+                // Few enough reds that colours repeat.
+                const auto red = static_cast<std::uint8_t>(byte(random) & 0x3C);
+                const auto green = static_cast<std::uint8_t>(0x50 | (byte(random) & 0x3));
+                test::writeSamples(offsets, x, y, {red, green, 0x80, c.alpha});
+            }
+        }
+        for (const long mode : {0L, 3L}) {
+            const LChColorTable table = createLChColorTableWithImageGamma(bitmap, 1.0, mode);
+            expectTableMatchesReference(table, bitmap, 1.0, mode, sRGBMatrix());
+            EXPECT_EQ(table.count, 64u);
+        }
+    }
+}
+
 TEST(ColorTable, SingleColourImageHasOneEntryOfEveryPixel)
 {
     const KVBitmapPtr bitmap = makeTableBitmap(kTableLayouts[3], 9, 7);
@@ -345,17 +376,17 @@ TEST(ColorTable, ReportsEachAllocationThatFails)
     const KVBitmapPtr bitmap = makeTableBitmap(kTableLayouts[7], 16, 16);
     test::fillRandom(bitmap, 9, 10, false);
     // Allocations in order on one thread: bucket counts, the low colour bits of every pixel, the
-    // locations, the distinct colours, a bucket's scratch and counters, the entries twice, and
-    // the sort's bucket tables.
+    // locations, the scatter's line buffers and band starts, the distinct colours, a bucket's
+    // scratch and counters, and the entries twice (the second buffer is the sort's).
     const char* const messages[] = {
         "Couldn't get memory for sortable pixel table\n",
         "Couldn't get memory for sortable pixel table\n",
         "Couldn't get memory for pixel location table\n",
+        "Couldn't get memory for sortable pixel table\n",
+        "Couldn't get memory for sortable pixel table\n",
         "Couldn't get memory for rgb color table\n",
         "Couldn't get memory for sortable pixel table\n",
         "Couldn't get memory for sortable pixel table\n",
-        "Couldn't get memory for final color table\n",
-        "Couldn't get memory for final color table\n",
         "Couldn't get memory for final color table\n",
         "Couldn't get memory for final color table\n",
     };
@@ -397,7 +428,8 @@ TEST(ColorTableOrder, SortsByHueThenLightnessThenChroma)
     std::uniform_int_distribution<int> small(0, 5);
     const float hues[] = {-3.0f, -0.0f, 0.0f, 0.5f, 3.0f, 3.1f};
     std::vector<color_table_lch_entry_info> entries;
-    for (std::uint32_t i = 0; i < 3000; ++i) {
+    // Enough entries that the radix passes split them into several runs.
+    for (std::uint32_t i = 0; i < 40000; ++i) {
         entries.push_back({hues[small(random)], static_cast<float>(small(random)),
                            static_cast<float>(small(random)) * 10.0f, 1.0f, 0.0f, i, 1});
     }
@@ -418,7 +450,7 @@ TEST(ColorTableOrder, SortsByHueThenLightnessThenChroma)
     for (const unsigned threads : {1u, 2u, 3u}) {
         std::vector<color_table_lch_entry_info> source = entries;
         std::vector<color_table_lch_entry_info> sorted(entries.size());
-        ASSERT_TRUE(sortColorTableEntries(source.data(), sorted.data(), sorted.size(), threads));
+        sortColorTableEntries(source.data(), sorted.data(), sorted.size(), threads);
         for (std::size_t i = 0; i < sorted.size(); ++i) {
             ASSERT_EQ(sorted[i].firstLocation, expected[i].firstLocation) << "at " << i;
         }

@@ -19,9 +19,7 @@ namespace {
 struct Layout {
     const char* name;
     std::int64_t samples;
-    bool hasAlpha;
-    bool planar;
-    bool alphaFirst;
+    bool hasAlpha, planar, alphaFirst;
     std::int64_t padSamples; // unused samples after each chunky pixel
     int red, green, blue, alpha;
     bool grey;
@@ -43,22 +41,15 @@ constexpr Layout kLayouts[] = {
 
 constexpr std::int64_t kRowPadding = 6;
 
-KVBitmapPtr makeBitmap(const Layout& layout, std::int64_t bits, std::int64_t wide,
-                       std::int64_t high, bool premultiplied)
+KVBitmapPtr makeBitmap(const Layout& layout, std::int64_t bits, std::int64_t side,
+                       bool premultiplied)
 {
-    KVBitmapLayout geometry;
-    geometry.pixelsWide = wide;
-    geometry.pixelsHigh = high;
-    geometry.bitsPerSample = bits;
-    geometry.samplesPerPixel = layout.samples;
-    geometry.hasAlpha = layout.hasAlpha;
-    geometry.isPlanar = layout.planar;
-    geometry.bitmapFormat = (layout.alphaFirst ? kBitmapFormatAlphaFirst : 0u) |
-                            (premultiplied ? 0u : kBitmapFormatAlphaNonpremultiplied);
     const std::int64_t pixelSamples = layout.planar ? 1 : layout.samples + layout.padSamples;
-    geometry.bitsPerPixel = pixelSamples * bits;
-    geometry.bytesPerRow = wide * pixelSamples * bits / 8 + kRowPadding;
-    return KVBitmap::create(geometry,
+    const unsigned format = (layout.alphaFirst ? kBitmapFormatAlphaFirst : 0u) |
+                            (premultiplied ? 0u : kBitmapFormatAlphaNonpremultiplied);
+    return KVBitmap::create({side, side, bits, layout.samples, layout.hasAlpha, layout.planar,
+                             format, side * pixelSamples * bits / 8 + kRowPadding,
+                             pixelSamples * bits},
                             layout.grey ? KVColorSpace::deviceGray() : KVColorSpace::deviceRGB());
 }
 
@@ -81,10 +72,7 @@ unsigned storedCode(const KVBitmapPtr& bitmap, const Layout& layout, int slot, s
                     std::int64_t y)
 {
     const std::uint8_t* sample = sampleAddress(bitmap, layout, slot, x, y);
-    if (bitmap->bitsPerSample() == 8) {
-        return sample[0];
-    }
-    return sample[0] | (unsigned{sample[1]} << 8);
+    return bitmap->bitsPerSample() == 8 ? sample[0] : sample[0] | (unsigned{sample[1]} << 8);
 }
 
 void storeCode(const KVBitmapPtr& bitmap, const Layout& layout, int slot, std::int64_t x,
@@ -115,7 +103,7 @@ Codes codesFor(std::int64_t index, unsigned maximum, const Layout& layout)
 }
 
 // 16 x 16 pixels visit all 8-bit codes, 256 x 256 all 16-bit ones.
-std::int64_t sideFor(std::int64_t bits)
+constexpr std::int64_t sideFor(std::int64_t bits)
 {
     return bits == 8 ? 16 : 256;
 }
@@ -127,7 +115,7 @@ TEST(PixelGammaRoundTrip, EveryCodeOfEveryLayoutAt8And16Bits)
             SCOPED_TRACE(std::string(layout.name) + " " + std::to_string(bits));
             const std::int64_t side = sideFor(bits);
             const unsigned maximum = bits == 8 ? 255u : 65535u;
-            const auto bitmap = makeBitmap(layout, bits, side, side, false);
+            const auto bitmap = makeBitmap(layout, bits, side, false);
             ASSERT_NE(bitmap, nullptr);
             const auto offsets = pixelManipulationOffsetsWithImageGamma(bitmap, 1.0);
             ASSERT_TRUE(offsets.supported);
@@ -197,7 +185,7 @@ TEST(PixelLinearRoundTrip, ReadThenWriteKeepsEveryCode)
                 }
                 const std::int64_t side = sideFor(bits);
                 const unsigned maximum = bits == 8 ? 255u : 65535u;
-                const auto bitmap = makeBitmap(layout, bits, side, side, premultiplied);
+                const auto bitmap = makeBitmap(layout, bits, side, premultiplied);
                 ASSERT_NE(bitmap, nullptr);
                 std::vector<Codes> stored;
                 for (std::int64_t y = 0; y < side; ++y) {
@@ -244,17 +232,16 @@ TEST(PixelLinearRoundTrip, ReadThenWriteKeepsEveryCode)
     }
 }
 
-// Hand-worked values of the linear routines.
-TEST(PixelLinearFloats, WriteEncodesAndPremultiplies)
+// Hand-worked values of the linear routines, 8 bits.
+TEST(PixelLinearFloats, WriteEncodesAndPremultipliesReadUndoesIt)
 {
-    struct Case {
+    const struct {
         const char* name;
         bool premultiplied;
         double gamma;
         ColorComponents linear;
         PixelChars stored;
-    };
-    const Case cases[] = {
+    } cases[] = {
         // 0.5 * 255 + 0.5 = 128; 0.25 * 255 + 0.5 = 64.25 truncates to 64.
         {"premultiplied linear", true, 1.0, {1.0, 0.5, 0.0, 0.5}, {128, 64, 0, 128}},
         {"straight linear", false, 1.0, {1.0, 0.5, 0.0, 0.5}, {255, 128, 0, 128}},
@@ -271,16 +258,11 @@ TEST(PixelLinearFloats, WriteEncodesAndPremultiplies)
         const std::uint8_t* pixel = bitmap->bitmapData() + bitmap->bytesPerRow() + 4;
         EXPECT_EQ((PixelChars{pixel[0], pixel[1], pixel[2], pixel[3]}), c.stored);
     }
-}
 
-TEST(PixelLinearFloats, ReadUnpremultipliesThenDecodes)
-{
     const auto bitmap = KVBitmap::deviceRGBA8888Rep(1, 1, true);
     std::uint8_t* pixel = bitmap->bitmapData();
-    pixel[0] = 128;
-    pixel[1] = 64;
-    pixel[2] = 0;
-    pixel[3] = 128;
+    const std::uint8_t stored[] = {128, 64, 0, 128};
+    std::copy(std::begin(stored), std::end(stored), pixel);
     ColorComponents colour;
     readLinearFloats(0, 0, pixelManipulationOffsetsWithImageGamma(bitmap, 1.0), colour);
     EXPECT_EQ(colour.c0, 1.0);
@@ -288,94 +270,64 @@ TEST(PixelLinearFloats, ReadUnpremultipliesThenDecodes)
     EXPECT_EQ(colour.c2, 0.0);
     EXPECT_DOUBLE_EQ(colour.alpha, 128.0 / 255.0);
 
-    // 16 bits, straight, gamma 0.5: 32768 / 65535 squared.
-    KVBitmapLayout layout;
-    layout.pixelsWide = 1;
-    layout.pixelsHigh = 1;
-    layout.bitsPerSample = 16;
-    layout.samplesPerPixel = 3;
-    layout.hasAlpha = false;
-    const auto deep = KVBitmap::create(layout);
+    // Premultiplied with alpha 0: the stored colour is kept, not divided.
+    pixel[0] = 100;
+    pixel[1] = 50;
+    pixel[2] = 25;
+    pixel[3] = 0;
+    readLinearFloats(0, 0, pixelManipulationOffsetsWithImageGamma(bitmap, 1.0), colour);
+    EXPECT_DOUBLE_EQ(colour.c0, 100.0 / 255.0);
+    EXPECT_DOUBLE_EQ(colour.c2, 25.0 / 255.0);
+    EXPECT_EQ(colour.alpha, 0.0);
+    readLinearFloats(0, 0, pixelManipulationOffsetsWithImageGamma(bitmap, 0.5), colour);
+    EXPECT_NEAR(colour.c0, 0.15378700499807765, 1e-15);
+}
+
+TEST(PixelLinearFloats, SixteenBitsAndTheClampedGamma)
+{
+    // 16 bits, straight, gamma 0.5: 0.25 stores sqrt as 32768, read back as (32768 / 65535)^2.
+    const auto deep = KVBitmap::create({1, 1, 16, 3, false});
     const auto deepOffsets = pixelManipulationOffsetsWithImageGamma(deep, 0.5);
     writeLinearFloats(0, 0, deepOffsets, {0.25, 0.0, 1.0, 1.0});
     const std::uint8_t* samples = deep->bitmapData();
     EXPECT_EQ(samples[0] | (samples[1] << 8), 32768);
     EXPECT_EQ(samples[4] | (samples[5] << 8), 65535);
+    ColorComponents colour;
     readLinearFloats(0, 0, deepOffsets, colour);
     EXPECT_NEAR(colour.c0, 0.2500076295691578, 1e-15);
-    EXPECT_EQ(colour.c1, 0.0);
     EXPECT_EQ(colour.c2, 1.0);
     EXPECT_EQ(colour.alpha, 1.0);
-}
 
-TEST(PixelLinearFloats, PremultipliedAlphaZeroKeepsTheStoredColour)
-{
-    const auto bitmap = KVBitmap::deviceRGBA8888Rep(1, 1, true);
-    std::uint8_t* pixel = bitmap->bitmapData();
-    pixel[0] = 100;
-    pixel[1] = 50;
-    pixel[2] = 25;
-    pixel[3] = 0;
-    ColorComponents colour;
-    readLinearFloats(0, 0, pixelManipulationOffsetsWithImageGamma(bitmap, 1.0), colour);
-    EXPECT_DOUBLE_EQ(colour.c0, 100.0 / 255.0);
-    EXPECT_DOUBLE_EQ(colour.c1, 50.0 / 255.0);
-    EXPECT_DOUBLE_EQ(colour.c2, 25.0 / 255.0);
-    EXPECT_EQ(colour.alpha, 0.0);
-
-    readLinearFloats(0, 0, pixelManipulationOffsetsWithImageGamma(bitmap, 0.5), colour);
-    EXPECT_NEAR(colour.c0, 0.15378700499807765, 1e-15);
-    EXPECT_NEAR(colour.c1, 0.03844675124951941, 1e-15);
-    EXPECT_NEAR(colour.c2, 0.009611687812379853, 1e-15);
-}
-
-TEST(PixelLinearFloats, ClampedGammaIsTheOneApplied)
-{
-    const auto bitmap = KVBitmap::deviceWhite8Rep(1, 1);
-    bitmap->bitmapData()[0] = 51; // 0.2
-    struct Case {
-        double gamma;
-        double linear;
-    };
     // 2.2 is used as 1 (stored = linear); 0.25 as 1/3 (linear = stored cubed).
-    const Case cases[] = {{2.2, 0.2}, {1.0, 0.2}, {0.5, 0.04}, {0.25, 0.008}, {0.1, 0.008}};
+    const auto grey = KVBitmap::deviceWhite8Rep(1, 1);
+    grey->bitmapData()[0] = 51; // 0.2
+    const struct {
+        double gamma, linear;
+    } cases[] = {{2.2, 0.2}, {1.0, 0.2}, {0.5, 0.04}, {0.25, 0.008}, {0.1, 0.008}};
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.gamma);
-        ColorComponents colour;
-        readLinearFloats(0, 0, pixelManipulationOffsetsWithImageGamma(bitmap, c.gamma), colour);
-        EXPECT_NEAR(colour.c0, c.linear, 1e-14);
-        EXPECT_NEAR(colour.c2, c.linear, 1e-14);
-        EXPECT_EQ(colour.alpha, 1.0);
+        readLinearFloats(0, 0, pixelManipulationOffsetsWithImageGamma(grey, c.gamma), colour);
+        EXPECT_NEAR(colour.c0, c.linear, 1e-14) << c.gamma;
+        EXPECT_NEAR(colour.c2, c.linear, 1e-14) << c.gamma;
     }
 }
 
-TEST(PixelReaders, SixteenBitSamplesReadAsTheirHighBytes)
+TEST(PixelReaders, BytesAreHighHalvesOfWordsAndWordsAre256TimesBytes)
 {
-    KVBitmapLayout layout;
-    layout.pixelsWide = 2;
-    layout.pixelsHigh = 1;
-    layout.bitsPerSample = 16;
-    layout.samplesPerPixel = 4;
-    layout.hasAlpha = true;
-    const auto bitmap = KVBitmap::create(layout);
+    const auto deep = KVBitmap::create({2, 1, 16, 4, true});
     // Pixel 1, little-endian: 0x12AB, 0x00FF, 0xFF00, 0x8001.
     const std::uint8_t bytes[] = {0xAB, 0x12, 0xFF, 0x00, 0x00, 0xFF, 0x01, 0x80};
-    std::copy(std::begin(bytes), std::end(bytes), bitmap->bitmapData() + 8);
-    const auto offsets = pixelManipulationOffsetsWithImageGamma(bitmap, 1.0);
+    std::copy(std::begin(bytes), std::end(bytes), deep->bitmapData() + 8);
+    const auto offsets = pixelManipulationOffsetsWithImageGamma(deep, 1.0);
     PixelChars chars;
     readGammaChars(1, 0, offsets, chars);
     EXPECT_EQ(chars, (PixelChars{0x12, 0x00, 0xFF, 0x80}));
     PixelWords words;
     readGammaWords(1, 0, offsets, words);
     EXPECT_EQ(words, (PixelWords{0x12AB, 0x00FF, 0xFF00, 0x8001}));
-}
 
-TEST(PixelReaders, EightBitSamplesReadAsWordsAreMultiplesOf256)
-{
     const auto bitmap = KVBitmap::deviceARGB8888Rep(1, 1, false);
     const std::uint8_t argb[] = {255, 1, 0, 128};
     std::copy(std::begin(argb), std::end(argb), bitmap->bitmapData());
-    PixelWords words;
     readGammaWords(0, 0, pixelManipulationOffsetsWithImageGamma(bitmap, 1.0), words);
     // 255 deliberately reads as 65280, not 65535.
     EXPECT_EQ(words, (PixelWords{256, 0, 32768, 65280}));
@@ -384,13 +336,9 @@ TEST(PixelReaders, EightBitSamplesReadAsWordsAreMultiplesOf256)
 TEST(PixelReaders, TwoSampleGreyAlphaFirstReadsAlphaAsColour)
 {
     // Red, green and blue stay at offset 0, which with alpha first is the alpha sample.
-    KVBitmapLayout layout;
-    layout.pixelsWide = 1;
-    layout.pixelsHigh = 1;
-    layout.samplesPerPixel = 2;
-    layout.hasAlpha = true;
-    layout.bitmapFormat = kBitmapFormatAlphaFirst | kBitmapFormatAlphaNonpremultiplied;
-    const auto bitmap = KVBitmap::create(layout, KVColorSpace::deviceGray());
+    const auto bitmap = KVBitmap::create(
+        {1, 1, 8, 2, true, false, kBitmapFormatAlphaFirst | kBitmapFormatAlphaNonpremultiplied},
+        KVColorSpace::deviceGray());
     bitmap->bitmapData()[0] = 40;  // alpha
     bitmap->bitmapData()[1] = 200; // grey
     const auto offsets = pixelManipulationOffsetsWithImageGamma(bitmap, 1.0);
@@ -399,26 +347,19 @@ TEST(PixelReaders, TwoSampleGreyAlphaFirstReadsAlphaAsColour)
     PixelChars chars;
     readGammaChars(0, 0, offsets, chars);
     EXPECT_EQ(chars, (PixelChars{40, 40, 40, 40}));
-
     // Writing puts colour and then alpha into the alpha sample; the grey sample is untouched.
     writeGammaFloats(0, 0, offsets, {1.0, 1.0, 1.0, 0.0});
     EXPECT_EQ(bitmap->bitmapData()[0], 0);
     EXPECT_EQ(bitmap->bitmapData()[1], 200);
 }
 
-// The record of a bitmap whose samples the routines cannot address (32-bit floats, say).
-PixelManipulationOffsets unsupportedDepth(const KVBitmapPtr& bitmap, double gamma)
-{
-    auto offsets = pixelManipulationOffsetsWithImageGamma(bitmap, gamma);
-    offsets.bitsPerSample = 32;
-    return offsets;
-}
-
-TEST(PixelUnsupportedDepth, ReadersLeaveTheirResult)
+// A record whose samples the routines cannot address (32-bit floats, say).
+TEST(PixelUnsupportedDepth, ReadersLeaveTheirResultWritersWriteNothingAndSaySo)
 {
     const auto bitmap = KVBitmap::deviceRGBA8888Rep(1, 1, true);
     std::fill_n(bitmap->bitmapData(), 4, std::uint8_t{200});
-    const auto offsets = unsupportedDepth(bitmap, 0.5);
+    auto offsets = pixelManipulationOffsetsWithImageGamma(bitmap, 0.5);
+    offsets.bitsPerSample = 32;
 
     PixelChars chars{1, 2, 3, 4};
     readGammaChars(0, 0, offsets, chars);
@@ -429,30 +370,17 @@ TEST(PixelUnsupportedDepth, ReadersLeaveTheirResult)
     ColorComponents floats{0.1, 0.2, 0.3, 0.4};
     readGammaFloats(0, 0, offsets, floats);
     EXPECT_EQ(floats, (ColorComponents{0.1, 0.2, 0.3, 0.4}));
-
     // The linear reader still un-premultiplies and decodes what it held.
     ColorComponents linear{0.25, 0.5, 1.0, 0.5};
     readLinearFloats(0, 0, offsets, linear);
-    EXPECT_DOUBLE_EQ(linear.c0, 0.25);
-    EXPECT_DOUBLE_EQ(linear.c1, 1.0);
-    EXPECT_DOUBLE_EQ(linear.c2, 4.0);
-    EXPECT_EQ(linear.alpha, 0.5);
-}
-
-TEST(PixelUnsupportedDepth, WritersWriteNothingAndSaySo)
-{
-    const auto bitmap = KVBitmap::deviceRGBA8888Rep(1, 1, false);
-    std::fill_n(bitmap->bitmapData(), 4, std::uint8_t{200});
-    const auto offsets = unsupportedDepth(bitmap, 1.0);
+    EXPECT_EQ(linear, (ColorComponents{0.25, 1.0, 4.0, 0.5}));
 
     testing::internal::CaptureStderr();
     writeGammaFloats(0, 0, offsets, {0.0, 0.0, 0.0, 0.0});
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "Unsupported pixel format");
-
     testing::internal::CaptureStderr();
     writeLinearFloats(0, 0, offsets, {0.0, 0.0, 0.0, 0.0});
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "Unsupported pixel format");
-
     for (int i = 0; i < 4; ++i) {
         EXPECT_EQ(bitmap->bitmapData()[i], 200) << "sample " << i;
     }
@@ -460,42 +388,21 @@ TEST(PixelUnsupportedDepth, WritersWriteNothingAndSaySo)
 
 TEST(PixelCopy, CopiesColourAndAlphaOnlyWhenBothHaveIt)
 {
-    KVBitmapLayout rgb;
-    rgb.pixelsWide = 2;
-    rgb.pixelsHigh = 2;
-    rgb.samplesPerPixel = 3;
-    rgb.hasAlpha = false;
-    KVBitmapLayout padded = rgb;
-    padded.bitsPerPixel = 32;
-
-    struct Case {
-        const char* name;
-        KVBitmapPtr source;
-        KVBitmapPtr destination;
-        std::vector<std::uint8_t> expected; // destination pixel (1, 1) after the copy
+    const auto rgba = [] { return KVBitmap::deviceRGBA8888Rep(2, 2, false); };
+    const auto rgb = [](std::int64_t pixelBits) {
+        return KVBitmap::create({2, 2, 8, 3, false, false, 0, 0, pixelBits});
     };
-    const Case cases[] = {
-        {"RGBA to ARGB",
-         KVBitmap::deviceRGBA8888Rep(2, 2, false),
-         KVBitmap::deviceARGB8888Rep(2, 2, false),
-         {40, 10, 20, 30}},
-        {"RGBA to RGBA",
-         KVBitmap::deviceRGBA8888Rep(2, 2, false),
-         KVBitmap::deviceRGBA8888Rep(2, 2, false),
-         {10, 20, 30, 40}},
-        {"RGBA to padded RGB",
-         KVBitmap::deviceRGBA8888Rep(2, 2, false),
-         KVBitmap::create(padded),
-         {10, 20, 30, 99}},
-        {"RGB to RGBA",
-         KVBitmap::create(rgb),
-         KVBitmap::deviceRGBA8888Rep(2, 2, false),
-         {10, 20, 30, 99}},
+    const struct {
+        const char* name;
+        KVBitmapPtr source, destination;
+        std::vector<std::uint8_t> expected; // destination pixel (1, 1) after the copy
+    } cases[] = {
+        {"RGBA to ARGB", rgba(), KVBitmap::deviceARGB8888Rep(2, 2, false), {40, 10, 20, 30}},
+        {"RGBA to RGBA", rgba(), rgba(), {10, 20, 30, 40}},
+        {"RGBA to padded RGB", rgba(), rgb(32), {10, 20, 30, 99}},
+        {"RGB to RGBA", rgb(0), rgba(), {10, 20, 30, 99}},
         // One grey sample takes red, green and blue in turn; blue is written last.
-        {"RGBA to grey",
-         KVBitmap::deviceRGBA8888Rep(2, 2, false),
-         KVBitmap::deviceWhite8Rep(2, 2),
-         {30}},
+        {"RGBA to grey", rgba(), KVBitmap::deviceWhite8Rep(2, 2), {30}},
     };
     for (const auto& c : cases) {
         SCOPED_TRACE(c.name);
@@ -517,13 +424,10 @@ TEST(PixelCopy, CopiesColourAndAlphaOnlyWhenBothHaveIt)
 
 TEST(PixelCopy, SixteenBitsAreNotCopied)
 {
-    KVBitmapLayout deep;
-    deep.pixelsWide = 1;
-    deep.pixelsHigh = 1;
-    deep.bitsPerSample = 16;
+    const KVBitmapLayout deep{1, 1, 16, 4, true};
     const auto source = KVBitmap::create(deep);
-    std::fill_n(source->bitmapData(), 8, std::uint8_t{0xEE});
     const auto destination = KVBitmap::create(deep);
+    std::fill_n(source->bitmapData(), 8, std::uint8_t{0xEE});
     testing::internal::CaptureStderr();
     copyPixel(0, 0, pixelManipulationOffsetsWithImageGamma(source, 1.0),
               pixelManipulationOffsetsWithImageGamma(destination, 1.0));
@@ -538,14 +442,7 @@ TEST(PixelCopy, SixteenBitsAreNotCopied)
 // bitmap is touched so that the address sanitizer sees the far end.
 TEST(PixelPlanar16, DoubledPlaneDistancesStayInsideTheBitmap)
 {
-    KVBitmapLayout layout;
-    layout.pixelsWide = 37;
-    layout.pixelsHigh = 23;
-    layout.bitsPerSample = 16;
-    layout.samplesPerPixel = 4;
-    layout.hasAlpha = true;
-    layout.isPlanar = true;
-    layout.bitmapFormat = kBitmapFormatAlphaNonpremultiplied;
+    const KVBitmapLayout layout{37, 23, 16, 4, true, true, kBitmapFormatAlphaNonpremultiplied};
     const auto bitmap = KVBitmap::create(layout);
     ASSERT_NE(bitmap, nullptr);
     const auto offsets = pixelManipulationOffsetsWithImageGamma(bitmap, 1.0 / 2.2);
@@ -577,32 +474,17 @@ TEST(MixColors, EndsAreExactAndTheMiddleIsLinear)
     const double inf = std::numeric_limits<double>::infinity();
     const ColorComponents a{0.1, 0.2, 0.3, 1.0};
     const ColorComponents b{0.9, 0.6, 0.3, 0.5};
-
-    // Blending through the formula would spread the other colour's NaN or infinity.
+    // Blending through the formula would spread the other colour's NaN or infinity, or lose -0.
     const ColorComponents poisoned{nan, inf, -inf, nan};
     EXPECT_EQ(mixColors(a, poisoned, 0.0), a);
     EXPECT_EQ(mixColors(poisoned, b, 1.0), b);
-    const ColorComponents negativeZero{-0.0, -0.0, -0.0, -0.0};
-    const ColorComponents mixed = mixColors(a, negativeZero, 1.0);
-    EXPECT_TRUE(std::signbit(mixed.c0));
-    EXPECT_TRUE(std::signbit(mixed.alpha));
-
-    struct Case {
-        double t;
-        ColorComponents expected;
-    };
-    const Case cases[] = {
-        {0.5, {0.5, 0.4, 0.3, 0.75}},
-        {0.25, {0.3, 0.3, 0.3, 0.875}},
-        {0.75, {0.7, 0.5, 0.3, 0.625}},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.t);
-        const ColorComponents m = mixColors(a, b, c.t);
-        EXPECT_NEAR(m.c0, c.expected.c0, 1e-15);
-        EXPECT_NEAR(m.c1, c.expected.c1, 1e-15);
-        EXPECT_NEAR(m.c2, c.expected.c2, 1e-15);
-        EXPECT_NEAR(m.alpha, c.expected.alpha, 1e-15);
+    EXPECT_TRUE(std::signbit(mixColors(a, {-0.0, -0.0, -0.0, -0.0}, 1.0).alpha));
+    for (const double t : {0.25, 0.5, 0.75}) {
+        const ColorComponents m = mixColors(a, b, t);
+        EXPECT_NEAR(m.c0, 0.1 + 0.8 * t, 1e-15) << t;
+        EXPECT_NEAR(m.c1, 0.2 + 0.4 * t, 1e-15) << t;
+        EXPECT_NEAR(m.c2, 0.3, 1e-15) << t;
+        EXPECT_NEAR(m.alpha, 1.0 - 0.5 * t, 1e-15) << t;
     }
 }
 

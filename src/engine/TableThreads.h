@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <thread>
 #include <vector>
@@ -51,6 +52,21 @@ void runOnThreads(unsigned count, const Body& body)
     for (std::thread& thread : threads) {
         thread.join();
     }
+}
+
+// Runs body(chunk, thread) for chunk 0 .. chunks - 1 on `threads` threads (thread is the index
+// of the running thread, for its own scratch memory), each thread taking the next chunk not yet
+// taken. Which thread runs a chunk is left to chance, so a thread that the system holds up does
+// not hold up the others; results must depend on the chunk only.
+template <typename Body>
+void runChunks(unsigned threads, std::size_t chunks, const Body& body)
+{
+    std::atomic<std::size_t> next{0};
+    runOnThreads(std::max(1u, threads), [&](unsigned thread) {
+        for (std::size_t chunk = next++; chunk < chunks; chunk = next++) {
+            body(chunk, thread);
+        }
+    });
 }
 
 } // namespace tintorra
