@@ -37,11 +37,14 @@ struct ColorTableRef {
     const std::uint32_t* locations = nullptr;
     // Pixels described by `locations`.
     std::uint64_t locationCount = 0;
+    // Whether the entries are in ascending order of hue, as the table builder leaves them; lets
+    // the engine skip runs of hues that cannot be selected.
+    bool sortedByHue = false;
 
     static ColorTableRef of(const LChColorTable& table)
     {
-        return {table.colorSpaceModel, table.count, table.colors.get(), table.locations.get(),
-                table.locationCount};
+        return {table.colorSpaceModel, table.count,         table.colors.get(),
+                table.locations.get(), table.locationCount, true};
     }
 };
 

@@ -1,7 +1,9 @@
 #include "engine/HueShiftWorkers.h"
 #include "engine/SelectionMasks.h"
+#include "engine/ShiftBatch.h"
 #include "engine/ShiftOutcome.h"
 
+#include <algorithm>
 #include <cstdio>
 
 namespace tintorra {
@@ -23,98 +25,34 @@ ShiftOutcome entryOutcome(const color_table_lch_entry_info& entry, bool lch, std
 
 // The four stored bytes of a linear colour: encoded with the destination's gamma, premultiplied
 // where the destination stores it so, rounded half up.
-PixelChars encodedColor(ColorComponents c, const PixelManipulationOffsets& destination)
+PixelChars encodedColor(ColorComponents c, const PixelManipulationOffsets& destination,
+                        const SampleEncodeTable& encode)
 {
+    using pixel_detail::encodeChar;
+    const bool premultiply = destination.hasAlpha && destination.premultiplied;
+    if (!premultiply || c.alpha == 1.0) {
+        return {static_cast<std::uint8_t>(encode(c.c0)), static_cast<std::uint8_t>(encode(c.c1)),
+                static_cast<std::uint8_t>(encode(c.c2)), encodeChar(c.alpha)};
+    }
     if (destination.imageGamma != 1.0) {
         c.c0 = std::pow(c.c0, destination.imageGamma);
         c.c1 = std::pow(c.c1, destination.imageGamma);
         c.c2 = std::pow(c.c2, destination.imageGamma);
     }
-    if (destination.hasAlpha && destination.premultiplied) {
-        c.c0 *= c.alpha;
-        c.c1 *= c.alpha;
-        c.c2 *= c.alpha;
-    }
-    using pixel_detail::encodeChar;
-    return {encodeChar(c.c0), encodeChar(c.c1), encodeChar(c.c2), encodeChar(c.alpha)};
+    return {encodeChar(c.c0 * c.alpha), encodeChar(c.c1 * c.alpha), encodeChar(c.c2 * c.alpha),
+            encodeChar(c.alpha)};
 }
 
-class LocationWriter {
-public:
-    LocationWriter(const HueShiftRun& run)
-        : destination_(*run.destination), coverage_(*run.coverage),
-          lastPixel_(static_cast<std::uint64_t>(
-              (destination_.pixelsHigh - 1) * destination_.bytesPerRow +
-              (destination_.pixelsWide - 1) * destination_.bytesPerPixel))
-    {}
-
-    // A location outside the image (a table that belongs to another image) is never written.
-    bool inside(std::uint32_t location) const { return location <= lastPixel_; }
-
-    std::uint8_t* pixel(std::uint32_t location) const { return destination_.bitmapData + location; }
-
-    // The painted coverage of the pixel at a location, 255 when nothing is painted.
-    unsigned coverage(std::uint32_t location) const
-    {
-        if (!coverage_.present()) {
-            return 255;
-        }
-        const auto row = static_cast<std::int64_t>(location / destination_.bytesPerRow);
-        const auto column = static_cast<std::int64_t>(location % destination_.bytesPerRow) /
-                            destination_.bytesPerPixel;
-        return coverage_.at(column, row);
-    }
-
-    void writeColor(std::uint32_t location, const PixelChars& color) const
-    {
-        std::uint8_t* const p = pixel(location);
-        const unsigned m = coverage(location);
-        if (m == 0) {
-            return;
-        }
-        if (m == 255) {
-            p[destination_.redOffset] = color.r;
-            p[destination_.greenOffset] = color.g;
-            p[destination_.blueOffset] = color.b;
-        } else {
-            p[destination_.redOffset] = mixByCoverage(p[destination_.redOffset], color.r, m);
-            p[destination_.greenOffset] = mixByCoverage(p[destination_.greenOffset], color.g, m);
-            p[destination_.blueOffset] = mixByCoverage(p[destination_.blueOffset], color.b, m);
-        }
-        if (destination_.hasAlpha) {
-            p[destination_.alphaOffset] = color.a;
-        }
-    }
-
-    void writeMask(std::uint32_t location, unsigned sample, bool white,
-                   bool limitedByCoverage) const
-    {
-        std::uint8_t* const p = pixel(location);
-        if (limitedByCoverage) {
-            sample = sample * coverage(location) / 255;
-        }
-        std::uint8_t value;
-        if (destination_.premultiplied) {
-            const unsigned alpha = p[destination_.alphaOffset];
-            value = white ? premultipliedWhiteMaskSample(sample, alpha)
-                          : premultipliedBlackMaskSample(sample, alpha);
-        } else {
-            value = static_cast<std::uint8_t>(white ? 255 - sample : sample);
-        }
-        p[destination_.redOffset] = value;
-        p[destination_.greenOffset] = value;
-        p[destination_.blueOffset] = value;
-    }
-
-private:
-    const PixelManipulationOffsets& destination_;
-    const PaintCoverage& coverage_;
-    std::uint64_t lastPixel_;
-};
+bool describesPixels(const color_table_lch_entry_info& entry, const ColorTableRef& table)
+{
+    return entry.locationCount != 0 &&
+           static_cast<std::uint64_t>(entry.firstLocation) + entry.locationCount <=
+               table.locationCount;
+}
 
 } // namespace
 
-void colorTableWorker(const HueShiftTask& task)
+void colorTableWorker(const HueShiftTask& task, std::vector<TableColor>& toWrite)
 {
     printWorkerTrace(task.index);
     const HueShiftRun& run = *task.run;
@@ -123,36 +61,77 @@ void colorTableWorker(const HueShiftTask& task)
     const OutcomeContext context{&p, p.gamut.get(), run.M, run.MI,
                                  PartialHighlight::halveLightness};
     const bool lch = isLchColorMode(p.colorSpaceModel);
-    const bool greyMask = showsGreyMask(p.maskToShow);
-    const bool white = p.maskToShow == kShowWhiteMask;
-    const bool limitedByCoverage = p.paintMaskLimitsMasks != 0 && run.coverage->present();
-    const LocationWriter writer(run);
-
+    const std::uint64_t first = task.firstItem;
     const std::uint64_t end = task.firstItem + task.itemCount;
-    for (std::uint64_t i = task.firstItem; i < end; ++i) {
-        const color_table_lch_entry_info& entry = table.colors[i];
-        if (static_cast<std::uint64_t>(entry.firstLocation) + entry.locationCount >
-            table.locationCount) {
-            continue;
+    // Entries off the arc of selectable hues have weight 0 and are never computed.
+    const auto candidates =
+        table.sortedByHue ? entriesOnHueArc(table.colors, first, end, run.selectableHues)
+                          : std::vector<std::pair<std::uint64_t, std::uint64_t>>{{first, end}};
+
+    if (showsGreyMask(p.maskToShow)) {
+        // Every pixel is written; weight 0 where no candidate says otherwise.
+        toWrite.reserve(task.itemCount);
+        auto candidate = candidates.begin();
+        for (std::uint64_t i = first; i < end; ++i) {
+            const color_table_lch_entry_info& entry = table.colors[i];
+            while (candidate != candidates.end() && candidate->second <= i) {
+                ++candidate;
+            }
+            if (!describesPixels(entry, table)) {
+                continue;
+            }
+            double weight = 0.0;
+            if (candidate != candidates.end() && candidate->first <= i) {
+                weight = entryOutcome(entry, lch, p.colorSpaceModel, context).weight;
+            }
+            const auto sample = static_cast<std::uint8_t>(maskSample(weight > 0.0 ? weight : 0.0));
+            toWrite.push_back({entry.firstLocation, entry.locationCount, {sample, 0, 0, 0}});
         }
-        const ShiftOutcome outcome = entryOutcome(entry, lch, p.colorSpaceModel, context);
-        const std::uint32_t* const locations = table.locations + entry.firstLocation;
-        if (greyMask) {
-            const unsigned sample = maskSample(outcome.weight > 0.0 ? outcome.weight : 0.0);
-            for (std::uint32_t k = 0; k < entry.locationCount; ++k) {
-                if (writer.inside(locations[k])) {
-                    writer.writeMask(locations[k], sample, white, limitedByCoverage);
+        return;
+    }
+
+    // The selected colours of each stretch of candidates are painted together.
+    constexpr std::size_t kStretch = 1024;
+    const SampleEncodeTable& encode = *run.byteEncode;
+    ShiftBatch batch;
+    batch.reserve(kStretch);
+    for (const auto& [begin, stop] : candidates) {
+        for (std::uint64_t from = begin; from < stop; from += kStretch) {
+            const auto count =
+                static_cast<std::size_t>(std::min<std::uint64_t>(kStretch, stop - from));
+            std::size_t selected = 0;
+            for (std::size_t j = 0; j < count; ++j) {
+                const color_table_lch_entry_info& entry = table.colors[from + j];
+                if (!describesPixels(entry, table)) {
+                    continue;
+                }
+                Selection selection;
+                if (lch) {
+                    batch.lch[j] = {entry.lightness, entry.chroma, entry.hue, entry.alpha};
+                    selection = lchSelection(batch.lch[j], p, context.gamut);
+                } else {
+                    // The table keeps HCL's own saturation; HSB and HSL test their S.
+                    const double saturation =
+                        p.colorSpaceModel == kColorModeHCL ? entry.saturation : entry.chroma;
+                    batch.cylinder[j] = {entry.hue, entry.chroma, entry.lightness, entry.alpha,
+                                         saturation};
+                    selection = cylinderSelection(batch.cylinder[j], p);
+                }
+                if (selection.weight > 0.0) {
+                    batch.selected[selected] = static_cast<std::uint32_t>(j);
+                    batch.selection[selected] = selection;
+                    ++selected;
                 }
             }
-            continue;
-        }
-        if (!(outcome.weight > 0.0)) {
-            continue;
-        }
-        const PixelChars color = encodedColor(outcome.rgb, *run.destination);
-        for (std::uint32_t k = 0; k < entry.locationCount; ++k) {
-            if (writer.inside(locations[k])) {
-                writer.writeColor(locations[k], color);
+            if (lch) {
+                paintSelectedLch(batch, selected, context);
+            } else {
+                paintSelectedCylinders(batch, selected, context);
+            }
+            for (std::size_t k = 0; k < selected; ++k) {
+                const color_table_lch_entry_info& entry = table.colors[from + batch.selected[k]];
+                toWrite.push_back({entry.firstLocation, entry.locationCount,
+                                   encodedColor(batch.rgb[k], *run.destination, encode)});
             }
         }
     }

@@ -5,7 +5,8 @@
 #include "engine/PaintCoverage.h"
 #include "engine/PixelAccess.h"
 #include "engine/SelectionWeights.h"
-#include "engine/WorkerThreads.h"
+#include "engine/ShiftOutcome.h"
+#include "engine/TableThreads.h"
 
 #include <algorithm>
 #include <cstring>
@@ -39,13 +40,12 @@ void runMatrices(const HueShiftParameters& p, const KVBitmap& source, Matrix3& M
     inverseMatrixFromColorSpace(MI, &source.colorSpace());
 }
 
-// The colour table is usable when it describes colours of the record's mode.
+// A colour table is usable when it is empty (nothing to shift) or describes colours of the
+// record's mode.
 bool usableColorTable(const ColorTableRef& table, std::int64_t colorSpaceModel)
 {
-    if (table.colorSpaceModel != colorSpaceModel) {
-        return false;
-    }
-    return table.count == 0 || (table.colors != nullptr && table.locations != nullptr);
+    return table.count == 0 || (table.colorSpaceModel == colorSpaceModel &&
+                                table.colors != nullptr && table.locations != nullptr);
 }
 
 KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftParameters p,
@@ -75,8 +75,8 @@ KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftP
             sameLayout(sourceOffsets, destinationOffsets) &&
             given->sampleBytes() == source->sampleBytes()) {
             destination = given;
-            // The table worker writes only selected colours; the rest must be the source's.
-            copySourceSamples = byColorTable;
+            // The writers give it the source's samples wherever they write no colour.
+            copySourceSamples = true;
         } else {
             destination = source->copy();
             if (destination == nullptr) {
@@ -99,19 +99,21 @@ KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftP
     run.destination = destinationRecord;
     run.coverage = &coverage;
     runMatrices(p, *source, run.M, run.MI);
+    run.selectableHues = selectableHueArc(p);
+    run.luvHueFilter = LuvHueFilter(run.selectableHues, run.M);
+    if (byColorTable) {
+        run.byteEncode = byteEncodeTable(destinationRecord->imageGamma);
+    } else if (sourceOffsets.bitsPerSample == 16) {
+        run.wordDecode = wordDecodeTable(sourceOffsets.imageGamma);
+        run.wordEncode = wordEncodeTable(destinationRecord->imageGamma);
+    }
 
     const std::uint64_t items =
         byColorTable ? p.colorTable.count : static_cast<std::uint64_t>(sourceOffsets.pixelsHigh);
     const unsigned processors =
         processorCount != 0 ? processorCount : std::max(1u, std::thread::hardware_concurrency());
     const auto threads = static_cast<unsigned>(std::min<std::uint64_t>(processors, items));
-    if (threads == 0) {
-        if (copySourceSamples) {
-            std::memcpy(destination->bitmapData(), source->bitmapData(), source->sampleBytes());
-        }
-        return destination;
-    }
-    const std::uint64_t chunk = items / threads;
+    const std::uint64_t chunk = threads != 0 ? items / threads : 0;
     std::vector<HueShiftTask> tasks(threads);
     for (unsigned i = 0; i < threads; ++i) {
         tasks[i].run = &run;
@@ -120,11 +122,26 @@ KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftP
         tasks[i].itemCount = i + 1 < threads ? chunk : items - (threads - 1) * chunk;
         tasks[i].index = i;
     }
-    if (copySourceSamples) {
+
+    // Planes lie apart, so the writers' row by row copying cannot serve them: copy at once.
+    // A grey mask from the table writes every pixel but its alpha, which must be the source's.
+    run.destinationHoldsSource = !copySourceSamples;
+    if (copySourceSamples &&
+        (sourceOffsets.isPlanar || threads == 0 || (byColorTable && showsGreyMask(p.maskToShow)))) {
         std::memcpy(destination->bitmapData(), source->bitmapData(), source->sampleBytes());
+        run.destinationHoldsSource = true;
     }
-    const auto worker = byColorTable ? colorTableWorker : rowWorker;
-    runOnThreads(threads, [&](unsigned i) { worker(tasks[i]); });
+    if (threads == 0) {
+        return destination;
+    }
+
+    if (byColorTable) {
+        std::vector<std::vector<TableColor>> toWrite(threads);
+        runWorkers(threads, [&](unsigned i) { colorTableWorker(tasks[i], toWrite[i]); });
+        writeTableColors(run, p, toWrite, threads);
+    } else {
+        runWorkers(threads, [&](unsigned i) { rowWorker(tasks[i]); });
+    }
     return destination;
 }
 

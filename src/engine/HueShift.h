@@ -19,8 +19,9 @@ namespace tintorra {
 //   worker prints "thread: <index>" on standard output.
 //
 // Returns nullptr, having written nothing, when the source's layout is unsupported, it has
-// neither 3 nor 4 samples per pixel, an 8-bit source comes without a table of its mode, or
-// memory runs out. Never throws.
+// neither 3 nor 4 samples per pixel, or an 8-bit source comes with a table of another mode;
+// nullptr too when memory runs out. An empty table has nothing to shift: the destination is
+// returned holding the source. Never throws.
 KVBitmapPtr hueShift(const KVBitmapPtr& source, const KVBitmapPtr& destination,
                      HueShiftParameters parameters);
 

@@ -2,21 +2,39 @@
 
 #include "colour/Matrix3.h"
 #include "controls/HueShiftParameters.h"
+#include "engine/HueCandidates.h"
 #include "engine/PaintCoverage.h"
 #include "engine/PixelAccess.h"
+#include "engine/SampleTables.h"
+#include "engine/TableThreads.h"
 
+#include <atomic>
 #include <cstdint>
+#include <memory>
+#include <new>
+#include <vector>
 
 namespace tintorra {
 
 // What every worker of one run shares, read-only: both bitmaps' offsets (the same record when
-// shifting in place), the painted coverage and the colour space's matrices.
+// shifting in place), the painted coverage, the colour space's matrices and the lookup tables.
 struct HueShiftRun {
     const PixelManipulationOffsets* source = nullptr;
     const PixelManipulationOffsets* destination = nullptr;
     const PaintCoverage* coverage = nullptr;
     Matrix3 M{};
     Matrix3 MI{};
+    // False when the destination is a given bitmap that still holds something else: the writers
+    // then give it the source's samples wherever they do not write a colour.
+    bool destinationHoldsSource = true;
+    // Hues outside this arc have weight 0.
+    HueArc selectableHues;
+    LuvHueFilter luvHueFilter{HueArc{}, Matrix3{}};
+    // Sample conversions of the destination's gamma (encoding) and the source's (16-bit
+    // decoding); absent when the run does not need them.
+    std::shared_ptr<const SampleEncodeTable> byteEncode;
+    std::shared_ptr<const WordDecodeTable> wordDecode;
+    std::shared_ptr<const SampleEncodeTable> wordEncode;
 };
 
 // One worker's share: its own copy of the normalised record, so no thread sees another's
@@ -29,14 +47,59 @@ struct HueShiftTask {
     unsigned long index = 0;
 };
 
-// 8-bit images: each entry of the colour table is computed once and written to every pixel of
-// that colour. The destination must already hold the source's samples.
-void colorTableWorker(const HueShiftTask& task);
+// A colour-table entry to be written and the four bytes it is written with. For the grey masks
+// the first byte is the weight's mask sample.
+struct TableColor {
+    // The entry's run in the table's locations.
+    std::uint32_t firstLocation = 0;
+    std::uint32_t locationCount = 0;
+    PixelChars color;
+};
+
+// 8-bit images, first step: each entry of the task's run is computed once; the entries to be
+// written are collected (every entry for the grey masks, the selected ones otherwise).
+void colorTableWorker(const HueShiftTask& task, std::vector<TableColor>& toWrite);
+
+// 8-bit images, second step: every pixel of the collected colours is written, block by block of
+// rows so that the writes stay in cache, on up to `threads` threads.
+void writeTableColors(const HueShiftRun& run, const HueShiftParameters& parameters,
+                      const std::vector<std::vector<TableColor>>& toWrite, unsigned threads);
+
+// The pixels of one colour lie all over the image; writing them colour by colour would miss the
+// cache on nearly every pixel. The writes are therefore sorted into blocks of whole rows (about
+// a quarter of the second-level cache each) and applied block by block; a destination that does
+// not yet hold the source gets each block's samples just before the block's writes. At most
+// about `wavePixels` writes are held at once; more are done in waves of consecutive blocks.
+struct TableWriteLimits {
+    std::uint64_t blockBytes = 256u << 10;
+    std::uint64_t wavePixels = 8u << 20;
+};
+
+// The limits in force; tests make them small to exercise blocks and waves on small images.
+TableWriteLimits& tableWriteLimits();
 
 // Other depths: every pixel of the task's rows, left to right.
 void rowWorker(const HueShiftTask& task);
 
 // The trace both workers begin with, on standard output.
 void printWorkerTrace(unsigned long index);
+
+// Runs body(index) for every index on joinable threads (runOnThreads) and rethrows, once all are
+// joined, std::bad_alloc for a worker that failed: an exception must not leave a thread.
+template <typename Body>
+void runWorkers(unsigned count, const Body& body)
+{
+    std::atomic<bool> failed{false};
+    runOnThreads(count, [&](unsigned index) {
+        try {
+            body(index);
+        } catch (...) {
+            failed.store(true, std::memory_order_relaxed);
+        }
+    });
+    if (failed.load(std::memory_order_relaxed)) {
+        throw std::bad_alloc();
+    }
+}
 
 } // namespace tintorra

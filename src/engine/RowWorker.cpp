@@ -1,40 +1,256 @@
+#include "engine/BatchMath.h"
 #include "engine/HueShiftWorkers.h"
 #include "engine/SelectionMasks.h"
+#include "engine/ShiftBatch.h"
 #include "engine/ShiftOutcome.h"
+
+#include <cstring>
+#include <vector>
 
 namespace tintorra {
 
 namespace {
 
-// The pixel's samples as they are, at 8 or 16 bits, alpha only when both bitmaps have it.
-void copySamples(std::int64_t x, std::int64_t y, const PixelManipulationOffsets& source,
-                 const PixelManipulationOffsets& destination)
+// Linear straight-alpha colour of a pixel, as readLinearFloats gives it, with the powers of
+// 16-bit samples looked up.
+class LinearReader {
+public:
+    LinearReader(const PixelManipulationOffsets& source, const WordDecodeTable* table)
+        : s_(source), table_(source.bitsPerSample == 16 ? table : nullptr)
+    {}
+
+    ColorComponents operator()(std::int64_t x, std::int64_t y) const
+    {
+        ColorComponents c;
+        if (table_ == nullptr) {
+            readLinearFloats(x, y, s_, c);
+            return c;
+        }
+        using pixel_detail::loadWord;
+        const std::uint8_t* const pixel = pixel_detail::pixelAddress(x, y, s_);
+        const std::uint16_t alpha = s_.hasAlpha ? loadWord(pixel + s_.alphaOffset) : 65535;
+        // A premultiplied sample that is not opaque is divided before the power: no lookup.
+        if (s_.premultiplied && alpha != 65535) {
+            readLinearFloats(x, y, s_, c);
+            return c;
+        }
+        const WordDecodeTable& linear = *table_;
+        return {linear[loadWord(pixel + s_.redOffset)], linear[loadWord(pixel + s_.greenOffset)],
+                linear[loadWord(pixel + s_.blueOffset)], alpha / 65535.0};
+    }
+
+private:
+    const PixelManipulationOffsets& s_;
+    const WordDecodeTable* table_;
+};
+
+// Stores a linear straight-alpha colour as writeLinearFloats does, with the powers of 16-bit
+// samples looked up.
+class LinearWriter {
+public:
+    LinearWriter(const PixelManipulationOffsets& destination, const SampleEncodeTable* table)
+        : d_(destination), table_(destination.bitsPerSample == 16 ? table : nullptr)
+    {}
+
+    void operator()(std::int64_t x, std::int64_t y, const ColorComponents& c) const
+    {
+        const bool premultiply = d_.hasAlpha && d_.premultiplied;
+        if (table_ == nullptr || (premultiply && c.alpha != 1.0)) {
+            writeLinearFloats(x, y, d_, c);
+            return;
+        }
+        using pixel_detail::storeWord;
+        std::uint8_t* const pixel = pixel_detail::pixelAddress(x, y, d_);
+        const SampleEncodeTable& encode = *table_;
+        storeWord(pixel + d_.redOffset, static_cast<std::uint16_t>(encode(c.c0)));
+        storeWord(pixel + d_.greenOffset, static_cast<std::uint16_t>(encode(c.c1)));
+        storeWord(pixel + d_.blueOffset, static_cast<std::uint16_t>(encode(c.c2)));
+        if (d_.hasAlpha) {
+            storeWord(pixel + d_.alphaOffset, pixel_detail::encodeWord(c.alpha));
+        }
+    }
+
+private:
+    const PixelManipulationOffsets& d_;
+    const SampleEncodeTable* table_;
+};
+
+// The working arrays of one worker, kept from row to row. Candidates are the pixels whose
+// weight is computed (not transparent, hue possibly selectable); selected ones have a weight
+// above 0.
+struct RowScratch {
+    std::vector<ColorComponents> linear;
+    std::vector<std::uint32_t> candidate;
+    std::vector<double> weight;
+    std::vector<ColorComponents> xyz;
+    std::vector<double> d;
+    ShiftBatch batch;
+
+    void reserve(std::size_t n)
+    {
+        linear.resize(n);
+        candidate.resize(n);
+        weight.resize(n);
+        xyz.resize(n);
+        d.resize(n);
+        batch.reserve(n);
+    }
+};
+
+// Linear RGB of the candidates into LCh, the cube roots and arctangents taken together. Each
+// step is that of rgbToLchuv and rgbToLchab.
+void lchOfCandidates(std::size_t count, std::int64_t mode, const Matrix3& M, RowScratch& scratch)
 {
-    if (&source == &destination) {
+    ShiftBatch& s = scratch.batch;
+    std::vector<ColorComponents>& xyz = scratch.xyz;
+    std::vector<double>& dd = scratch.d;
+    for (std::size_t j = 0; j < count; ++j) {
+        xyz[j] = rgbToXyz(scratch.linear[scratch.candidate[j]], M);
+    }
+    if (mode == kColorModeLChuv) {
+        for (std::size_t j = 0; j < count; ++j) {
+            s.a[j] = xyz[j].c1;
+        }
+        batch::cbrt(s.a.data(), s.a.data(), count);
+        for (std::size_t j = 0; j < count; ++j) {
+            const double X = xyz[j].c0;
+            const double Y = xyz[j].c1;
+            const double Z = xyz[j].c2;
+            if (X == 0.0 && Y == 0.0 && Z == 0.0) {
+                s.b[j] = 0.0; // u
+                s.c[j] = 0.0; // v
+                s.lch[j] = {0.0, 0.0, 0.0, xyz[j].alpha};
+                continue;
+            }
+            const double d = X + 15.0 * Y + 3.0 * Z;
+            const double uPrime = 4.0 * X / d;
+            const double vPrime = 9.0 * Y / d;
+            const double L = Y > kCieEpsilon ? 116.0 * s.a[j] - 16.0 : kCieKappa * Y;
+            s.b[j] = 13.0 * L * (uPrime - kLuvWhiteU);
+            s.c[j] = 13.0 * L * (vPrime - kLuvWhiteV);
+            s.lch[j] = {L, std::sqrt(s.b[j] * s.b[j] + s.c[j] * s.c[j]), 0.0, xyz[j].alpha};
+        }
+        batch::atan2(s.c.data(), s.b.data(), dd.data(), count);
+        for (std::size_t j = 0; j < count; ++j) {
+            s.lch[j].c2 = dd[j];
+        }
         return;
     }
-    if (source.bitsPerSample == 8) {
-        copyPixel(x, y, source, destination);
-        return;
+    for (std::size_t j = 0; j < count; ++j) {
+        s.a[j] = xyz[j].c0 / kLabWhiteX;
+        s.b[j] = xyz[j].c1;
+        s.c[j] = xyz[j].c2 / kLabWhiteZ;
     }
-    PixelWords words;
-    readGammaWords(x, y, source, words);
-    std::uint8_t* const to = pixel_detail::pixelAddress(x, y, destination);
-    pixel_detail::storeWord(to + destination.redOffset, words.r);
-    pixel_detail::storeWord(to + destination.greenOffset, words.g);
-    pixel_detail::storeWord(to + destination.blueOffset, words.b);
-    if (source.hasAlpha && destination.hasAlpha) {
-        pixel_detail::storeWord(to + destination.alphaOffset, words.a);
+    batch::cbrt(s.a.data(), dd.data(), count);
+    const auto f = [](double t, double root) {
+        return t > kCieEpsilon ? root : (kCieKappa * t + 16.0) / 116.0;
+    };
+    for (std::size_t j = 0; j < count; ++j) {
+        s.a[j] = f(s.a[j], dd[j]);
+    }
+    batch::cbrt(s.b.data(), dd.data(), count);
+    for (std::size_t j = 0; j < count; ++j) {
+        s.b[j] = f(s.b[j], dd[j]);
+    }
+    batch::cbrt(s.c.data(), dd.data(), count);
+    for (std::size_t j = 0; j < count; ++j) {
+        s.c[j] = f(s.c[j], dd[j]);
+    }
+    for (std::size_t j = 0; j < count; ++j) {
+        const ColorComponents& v = xyz[j];
+        if (v.c0 == 0.0 && v.c1 == 0.0 && v.c2 == 0.0) {
+            s.lch[j] = labToLchFast({0.0, 0.0, 0.0, v.alpha});
+            continue;
+        }
+        const double fx = s.a[j];
+        const double fy = s.b[j];
+        const double fz = s.c[j];
+        s.lch[j] = labToLchFast({116.0 * fy - 16.0, 500.0 * (fx - fy), 200.0 * (fy - fz), v.alpha});
     }
 }
 
-ShiftOutcome pixelOutcome(const ColorComponents& linear, bool lch, const OutcomeContext& context)
+void writeSelected(std::int64_t y, std::size_t count, const RowScratch& s,
+                   const PaintCoverage& coverage, const LinearWriter& write)
 {
-    const std::int64_t mode = context.parameters->colorSpaceModel;
-    if (lch) {
-        return lchOutcome(lchFromLinearRgb(linear, mode, context.M), context);
+    for (std::size_t k = 0; k < count; ++k) {
+        const std::uint32_t x = s.candidate[s.batch.selected[k]];
+        const unsigned painted = coverage.present() ? coverage.at(x, y) : 255;
+        if (painted != 0) {
+            write(x, y, mixColors(s.linear[x], s.batch.rgb[k], painted / 255.0));
+        }
     }
-    return cylinderOutcome(cylinderFromLinearRgb(linear, mode), context);
+}
+
+// One row: every pixel's weight, then the selected pixels' colours, each stage over the whole
+// row so that the powers, roots and angles go four at a time.
+void shiftRow(const HueShiftRun& run, const HueShiftParameters& p, const OutcomeContext& context,
+              std::int64_t y, const LinearReader& read, const LinearWriter& write, RowScratch& s)
+{
+    const PixelManipulationOffsets& source = *run.source;
+    const PixelManipulationOffsets& destination = *run.destination;
+    const PaintCoverage& coverage = *run.coverage;
+    const std::int64_t mode = p.colorSpaceModel;
+    const bool lch = isLchColorMode(mode);
+    const auto wide = static_cast<std::size_t>(source.pixelsWide);
+
+    std::size_t candidates = 0;
+    for (std::size_t x = 0; x < wide; ++x) {
+        const ColorComponents linear = read(static_cast<std::int64_t>(x), y);
+        s.linear[x] = linear;
+        // Transparent pixels and (over Luv) hues off the selectable arc have weight 0.
+        if (linear.alpha != 0.0 &&
+            (mode != kColorModeLChuv ||
+             run.luvHueFilter.mayBeSelected(linear.c0, linear.c1, linear.c2))) {
+            s.candidate[candidates++] = static_cast<std::uint32_t>(x);
+        }
+    }
+    ShiftBatch& colors = s.batch;
+    if (lch) {
+        lchOfCandidates(candidates, mode, context.M, s);
+    } else {
+        for (std::size_t j = 0; j < candidates; ++j) {
+            colors.cylinder[j] = cylinderFromLinearRgb(s.linear[s.candidate[j]], mode);
+        }
+    }
+
+    std::size_t selected = 0;
+    for (std::size_t j = 0; j < candidates; ++j) {
+        const Selection selection = lch ? lchSelection(colors.lch[j], p, context.gamut)
+                                        : cylinderSelection(colors.cylinder[j], p);
+        s.weight[j] = selection.weight;
+        if (selection.weight > 0.0) {
+            colors.selected[selected] = static_cast<std::uint32_t>(j);
+            colors.selection[selected] = selection;
+            ++selected;
+        }
+    }
+
+    if (showsGreyMask(p.maskToShow)) {
+        // Every pixel, stored as samples directly, without gamma: weight 0.5 is 128 of 255.
+        const bool white = p.maskToShow == kShowWhiteMask;
+        const bool limited = p.paintMaskLimitsMasks != 0 && coverage.present();
+        std::size_t j = 0;
+        for (std::size_t x = 0; x < wide; ++x) {
+            double v = 0.0;
+            if (j < candidates && s.candidate[j] == x) {
+                v = s.weight[j] > 0.0 ? s.weight[j] : 0.0;
+                ++j;
+            }
+            if (limited) {
+                v *= coverage.at(static_cast<std::int64_t>(x), y) / 255.0;
+            }
+            const double grey = white ? 1.0 - v : v;
+            writeGammaFloats(static_cast<std::int64_t>(x), y, destination, {grey, grey, grey, 1.0});
+        }
+        return;
+    }
+
+    if (lch) {
+        paintSelectedLch(colors, selected, context);
+    } else {
+        paintSelectedCylinders(colors, selected, context);
+    }
+    writeSelected(y, selected, s, coverage, write);
 }
 
 } // namespace
@@ -46,40 +262,21 @@ void rowWorker(const HueShiftTask& task)
     const HueShiftParameters& p = task.parameters;
     const PixelManipulationOffsets& source = *run.source;
     const PixelManipulationOffsets& destination = *run.destination;
-    const PaintCoverage& coverage = *run.coverage;
     const OutcomeContext context{&p, p.gamut.get(), run.M, run.MI, PartialHighlight::reduceChroma};
-    const bool lch = isLchColorMode(p.colorSpaceModel);
-    const bool greyMask = showsGreyMask(p.maskToShow);
-    const bool white = p.maskToShow == kShowWhiteMask;
-    const bool limitedByCoverage = p.paintMaskLimitsMasks != 0 && coverage.present();
+    const LinearReader read(source, run.wordDecode.get());
+    const LinearWriter write(destination, run.wordEncode.get());
+    const auto rowBytes = static_cast<std::size_t>(source.bytesPerRow);
+    RowScratch scratch;
+    scratch.reserve(static_cast<std::size_t>(source.pixelsWide));
 
     const auto end = static_cast<std::int64_t>(task.firstItem + task.itemCount);
     for (auto y = static_cast<std::int64_t>(task.firstItem); y < end; ++y) {
-        for (std::int64_t x = 0; x < source.pixelsWide; ++x) {
-            ColorComponents linear;
-            readLinearFloats(x, y, source, linear);
-            const ShiftOutcome outcome = pixelOutcome(linear, lch, context);
-            if (greyMask) {
-                // Stored as samples directly, without gamma: a weight of 0.5 is 128 of 255.
-                double v = outcome.weight > 0.0 ? outcome.weight : 0.0;
-                if (limitedByCoverage) {
-                    v *= coverage.at(x, y) / 255.0;
-                }
-                const double grey = white ? 1.0 - v : v;
-                writeGammaFloats(x, y, destination, {grey, grey, grey, 1.0});
-                continue;
-            }
-            if (!(outcome.weight > 0.0)) {
-                copySamples(x, y, source, destination);
-                continue;
-            }
-            const unsigned painted = coverage.present() ? coverage.at(x, y) : 255;
-            if (painted == 0) {
-                copySamples(x, y, source, destination);
-                continue;
-            }
-            writeLinearFloats(x, y, destination, mixColors(linear, outcome.rgb, painted / 255.0));
+        // Whatever is not written below keeps the source's samples.
+        if (!run.destinationHoldsSource) {
+            std::memcpy(destination.bitmapData + y * destination.bytesPerRow,
+                        source.bitmapData + y * source.bytesPerRow, rowBytes);
         }
+        shiftRow(run, p, context, y, read, write, scratch);
     }
 }
 

@@ -74,11 +74,54 @@ inline double gamutChroma(const KVColorGamut* gamut, double hue, double lightnes
 
 } // namespace shift_detail
 
-// LCh (L, C, h in radians, alpha): new hue, lightness by the brightness change or the curve,
-// chroma kept at its place between grey and the gamut boundary, then the saturation change, and
-// for a partial weight a blend from the unshifted colour.
-inline ColorComponents shiftLchColor(const ColorComponents& lch, const Selection& selection,
-                                     const HueShiftParameters& p, const KVColorGamut* gamut)
+// The lightness steps need up to two powers: the first of a base derived from the lightness
+// (the room above or below it for a brightness change, the lightness itself for the curve), the
+// second of the curve's output. They are split out so that a run of colours can have its
+// powers computed together; the single-colour functions below compose the same steps.
+
+// The base of the first power, raised to imageGamma; `level` is L / 100 in the LCh modes and the
+// third component in the others.
+inline double lightnessPowerBase(double level, const HueShiftParameters& p)
+{
+    if (p.targetBri > 0.0) {
+        // Lightness a hair above the top (white through a matrix whose rows round up) has no
+        // room left above it rather than a NaN.
+        return std::fmax(1.0 - level, 0.0);
+    }
+    return level;
+}
+
+// For the curve: its output at the first power's result, the base of the second power (raised
+// to 1 / imageGamma); false where the curve leaves the lightness alone.
+inline bool curveOutput(double firstPower, const HueShiftParameters& p, double& y)
+{
+    return p.targetBri == 0.0 && shift_detail::curveAt(p.targetBriTenVals, firstPower * 10.0, y);
+}
+
+// LCh lightness from the powers: the doubled brightness change, or the curve scaled by
+// saturation, weight and gain; clamped to 0..100.
+inline double lchShiftedLightness(double L, const Selection& selection, const HueShiftParameters& p,
+                                  double firstPower, bool curveApplies, double secondPower)
+{
+    const double s = selection.saturation;
+    const double w = selection.weight;
+    double newL = L;
+    if (p.targetBri != 0.0) {
+        // The factor 2 is deliberate.
+        const double t = p.targetBri * s * w;
+        newL = L + 2.0 * 100.0 * firstPower * t;
+    } else if (curveApplies) {
+        newL = shift_detail::applyChange(L, (100.0 * secondPower - L) * s * w * p.curveGain);
+    }
+    return shift_detail::clampTo(newL, 0.0, 100.0);
+}
+
+// The rest of the LCh shift once the new lightness is known: chroma kept at its place between
+// grey and the gamut boundary, the saturation change, and for a partial weight the blend from
+// the unshifted colour.
+inline ColorComponents finishLchShift(const ColorComponents& lch, const Selection& selection,
+                                      const HueShiftParameters& p, const KVColorGamut* gamut,
+                                      double newL)
 {
     using namespace shift_detail;
     const double L = lch.c0;
@@ -86,29 +129,8 @@ inline ColorComponents shiftLchColor(const ColorComponents& lch, const Selection
     const double h = lch.c2;
     const double s = selection.saturation;
     const double w = selection.weight;
-    const double gamma = p.imageGamma;
 
     double newHue = p.targetHue;
-    double newL = L;
-    if (p.targetBri != 0.0) {
-        const double t = p.targetBri * s * w;
-        // The factor 2 is deliberate. Lightness a hair above 100 (white through a matrix whose
-        // rows round up) has no room left above it rather than a NaN.
-        if (p.targetBri > 0.0) {
-            const double room = std::fmax(1.0 - L / 100.0, 0.0);
-            newL = L + 2.0 * 100.0 * std::pow(room, gamma) * t;
-        } else {
-            newL = L + 2.0 * 100.0 * std::pow(L / 100.0, gamma) * t;
-        }
-    } else {
-        double y;
-        const double x = std::pow(L / 100.0, gamma) * 10.0;
-        if (curveAt(p.targetBriTenVals, x, y)) {
-            newL = applyChange(L, (100.0 * std::pow(y, 1.0 / gamma) - L) * s * w * p.curveGain);
-        }
-    }
-    newL = clampTo(newL, 0.0, 100.0);
-
     const double oldLimit = std::fmax(C, gamutChroma(gamut, h, L));
     const double newLimit = gamutChroma(gamut, newHue, newL);
     double newC = oldLimit > newLimit ? C * newLimit / oldLimit : C;
@@ -134,36 +156,51 @@ inline ColorComponents shiftLchColor(const ColorComponents& lch, const Selection
     return blendColorsLch(blendMode(p), from, shifted, w);
 }
 
-// HCL, HSB and HSL (hue fraction, second component S, third component V, alpha, saturation):
-// the same steps in the mode's own components, every clamp to [0, 1], no gamut. HCL doubles the
-// brightness change and scales the curve by the saturation value; HSB and HSL scale both by S.
-// Raising saturation doubles the change, lowering does not; the asymmetry is deliberate.
-inline HclComponents shiftCylinderColor(const HclComponents& colour, const Selection& selection,
-                                        const HueShiftParameters& p)
+// LCh (L, C, h in radians, alpha): new hue, lightness by the brightness change or the curve,
+// chroma kept at its place between grey and the gamut boundary, then the saturation change, and
+// for a partial weight a blend from the unshifted colour.
+inline ColorComponents shiftLchColor(const ColorComponents& lch, const Selection& selection,
+                                     const HueShiftParameters& p, const KVColorGamut* gamut)
 {
-    using namespace shift_detail;
+    const double firstPower = std::pow(lightnessPowerBase(lch.c0 / 100.0, p), p.imageGamma);
+    double y = 0.0;
+    const bool curveApplies = curveOutput(firstPower, p, y);
+    const double secondPower = curveApplies ? std::pow(y, 1.0 / p.imageGamma) : 0.0;
+    const double newL =
+        lchShiftedLightness(lch.c0, selection, p, firstPower, curveApplies, secondPower);
+    return finishLchShift(lch, selection, p, gamut, newL);
+}
+
+// Cylinder lightness (third component) from the powers: HCL doubles the brightness change and
+// scales the curve by the saturation value, HSB and HSL scale both by S; clamped to 0..1.
+inline double cylinderShiftedLevel(const HclComponents& colour, const Selection& selection,
+                                   const HueShiftParameters& p, double firstPower,
+                                   bool curveApplies, double secondPower)
+{
     const bool hcl = p.colorSpaceModel == kColorModeHCL;
     const double S = colour.c;
     const double V = colour.l;
     const double w = selection.weight;
-    const double gamma = p.imageGamma;
-
-    double newHue = p.targetHue;
     double newV = V;
     if (p.targetBri != 0.0) {
         const double t = p.targetBri * S * w;
-        const double base = p.targetBri > 0.0 ? std::fmax(1.0 - V, 0.0) : V;
-        newV = hcl ? V + 2.0 * std::pow(base, gamma) * t : V + std::pow(base, gamma) * t;
-    } else {
-        double y;
-        const double x = std::pow(V, gamma) * 10.0;
-        if (curveAt(p.targetBriTenVals, x, y)) {
-            const double scale = hcl ? colour.saturation : S;
-            newV = applyChange(V, (std::pow(y, 1.0 / gamma) - V) * scale * w);
-        }
+        newV = hcl ? V + 2.0 * firstPower * t : V + firstPower * t;
+    } else if (curveApplies) {
+        const double scale = hcl ? colour.saturation : S;
+        newV = shift_detail::applyChange(V, (secondPower - V) * scale * w);
     }
-    newV = clampTo(newV, 0.0, 1.0);
+    return shift_detail::clampTo(newV, 0.0, 1.0);
+}
 
+// The rest of the cylinder shift: the saturation change (raising doubles it, lowering does not;
+// the asymmetry is deliberate) and the blend for a partial weight.
+inline HclComponents finishCylinderShift(const HclComponents& colour, const Selection& selection,
+                                         const HueShiftParameters& p, double newV)
+{
+    using namespace shift_detail;
+    const double S = colour.c;
+    const double w = selection.weight;
+    double newHue = p.targetHue;
     double newS = S;
     if (p.targetSat > 0.0) {
         newS = clampTo(S + 2.0 * p.targetSat * w * S, 0.0, 1.0);
@@ -178,9 +215,23 @@ inline HclComponents shiftCylinderColor(const HclComponents& colour, const Selec
     if (w == 1.0) {
         return shifted;
     }
-    const HclComponents from{blendStartHue(colour.h, newHue, selection.hueZone, p), S, V,
+    const HclComponents from{blendStartHue(colour.h, newHue, selection.hueZone, p), S, colour.l,
                              colour.alpha, colour.saturation};
     return blendColors(blendMode(p), from, shifted, w);
+}
+
+// HCL, HSB and HSL (hue fraction, second component S, third component V, alpha, saturation):
+// the same steps in the mode's own components, every clamp to [0, 1], no gamut.
+inline HclComponents shiftCylinderColor(const HclComponents& colour, const Selection& selection,
+                                        const HueShiftParameters& p)
+{
+    const double firstPower = std::pow(lightnessPowerBase(colour.l, p), p.imageGamma);
+    double y = 0.0;
+    const bool curveApplies = curveOutput(firstPower, p, y);
+    const double secondPower = curveApplies ? std::pow(y, 1.0 / p.imageGamma) : 0.0;
+    const double newV =
+        cylinderShiftedLevel(colour, selection, p, firstPower, curveApplies, secondPower);
+    return finishCylinderShift(colour, selection, p, newV);
 }
 
 } // namespace tintorra

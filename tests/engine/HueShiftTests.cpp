@@ -87,6 +87,11 @@ TEST(HueShift, RefusesSourcesItCannotShift)
     testing::internal::CaptureStdout();
     EXPECT_EQ(hueShift(picture, nullptr, wrongTable), nullptr);
     testing::internal::GetCapturedStdout();
+    // Without a table there is nothing to shift: a copy of the source comes back.
+    const KVBitmapPtr copy = hueShift(picture, nullptr, p);
+    ASSERT_NE(copy, nullptr);
+    EXPECT_NE(copy, picture);
+    EXPECT_TRUE(sameSamples(copy, picture));
 }
 
 TEST(HueShift, ShiftsInPlaceWhenTheDestinationIsTheSource)

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <cstddef>
+
+namespace tintorra::batch {
+
+// Elementary functions over arrays, four lanes at a time with SLEEF's vectorised functions
+// (results within one unit in the last place) where the processor has AVX2 and FMA, one value
+// at a time with the C library otherwise. A value's result does not depend on its neighbours or
+// on where it lies in the array. Output may alias input.
+
+// out[i] = x[i]^y
+void pow(const double* x, double y, double* out, std::size_t n);
+// out[i] = cube root of x[i]
+void cbrt(const double* x, double* out, std::size_t n);
+// out[i] = atan2(y[i], x[i])
+void atan2(const double* y, const double* x, double* out, std::size_t n);
+// sines[i] = sin(angle[i]), cosines[i] = cos(angle[i])
+void sincos(const double* angle, double* sines, double* cosines, std::size_t n);
+
+// Whether the vectorised functions are in use on this processor.
+bool vectorised();
+
+} // namespace tintorra::batch

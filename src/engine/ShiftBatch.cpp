@@ -1,0 +1,123 @@
+#include "engine/ShiftBatch.h"
+
+#include "engine/BatchMath.h"
+#include "engine/SelectionMasks.h"
+
+namespace tintorra {
+
+namespace {
+
+// The mode colour each selected member is painted with, its lightness powers taken together.
+template <typename Colour, typename Level, typename Finish, typename Highlight>
+void paintedColors(ShiftBatch& s, std::size_t count, const HueShiftParameters& p,
+                   std::vector<Colour>& colours, const Level& levelOf, const Finish& finish,
+                   const Highlight& highlight)
+{
+    if (p.maskToShow == kShowSelectionHighlight) {
+        for (std::size_t k = 0; k < count; ++k) {
+            const std::uint32_t j = s.selected[k];
+            colours[j] = highlight(colours[j], s.selection[k]);
+        }
+        return;
+    }
+    for (std::size_t k = 0; k < count; ++k) {
+        s.a[k] = lightnessPowerBase(levelOf(colours[s.selected[k]]), p);
+    }
+    batch::pow(s.a.data(), p.imageGamma, s.a.data(), count);
+    bool anyCurve = false;
+    for (std::size_t k = 0; k < count; ++k) {
+        double y = 0.0;
+        const bool applies = curveOutput(s.a[k], p, y);
+        s.c[k] = applies ? 1.0 : 0.0;
+        s.b[k] = y;
+        anyCurve = anyCurve || applies;
+    }
+    if (anyCurve) {
+        batch::pow(s.b.data(), 1.0 / p.imageGamma, s.b.data(), count);
+    }
+    for (std::size_t k = 0; k < count; ++k) {
+        const std::uint32_t j = s.selected[k];
+        colours[j] = finish(colours[j], s.selection[k], s.a[k], s.c[k] != 0.0, s.b[k]);
+    }
+}
+
+} // namespace
+
+void ShiftBatch::reserve(std::size_t n)
+{
+    lch.resize(n);
+    cylinder.resize(n);
+    selected.resize(n);
+    selection.resize(n);
+    rgb.resize(n);
+    a.resize(n);
+    b.resize(n);
+    c.resize(n);
+}
+
+void paintSelectedLch(ShiftBatch& s, std::size_t count, const OutcomeContext& context)
+{
+    const HueShiftParameters& p = *context.parameters;
+    const std::int64_t mode = p.colorSpaceModel;
+    const auto highlightOf = [&](const ColorComponents& c, const Selection& selection) {
+        return lchHighlightColor(c.c2, selection.weight == 1.0, context.partialHighlight,
+                                 context.gamut);
+    };
+    paintedColors(
+        s, count, p, s.lch, [](const ColorComponents& c) { return c.c0 / 100.0; },
+        [&](const ColorComponents& c, const Selection& selection, double first, bool curve,
+            double second) {
+            if (p.maskToShow == kShowHoverHighlight && isHoveredLightness(c.c0, p)) {
+                return highlightOf(c, selection);
+            }
+            const double newL = lchShiftedLightness(c.c0, selection, p, first, curve, second);
+            return finishLchShift(c, selection, p, context.gamut, newL);
+        },
+        highlightOf);
+    // Back to linear RGB as lchuvToRgb and lchabToRgb do, the sines and cosines together.
+    for (std::size_t k = 0; k < count; ++k) {
+        s.a[k] = s.lch[s.selected[k]].c2;
+    }
+    batch::sincos(s.a.data(), s.b.data(), s.c.data(), count);
+    for (std::size_t k = 0; k < count; ++k) {
+        const ColorComponents& c = s.lch[s.selected[k]];
+        const ColorComponents cartesian{c.c0, c.c1 * s.c[k], c.c1 * s.b[k], c.alpha};
+        const ColorComponents xyz =
+            mode == kColorModeLChuv ? luvToXyz(cartesian) : labToXyz(cartesian);
+        s.rgb[k] = outcome_detail::unitColor(xyzToRgb(xyz, context.MI));
+    }
+}
+
+void paintSelectedCylinders(ShiftBatch& s, std::size_t count, const OutcomeContext& context)
+{
+    const HueShiftParameters& p = *context.parameters;
+    const std::int64_t mode = p.colorSpaceModel;
+    const bool hcl = mode == kColorModeHCL;
+    paintedColors(
+        s, count, p, s.cylinder, [](const HclComponents& c) { return c.l; },
+        [&](const HclComponents& c, const Selection& selection, double first, bool curve,
+            double second) {
+            const double newV = cylinderShiftedLevel(c, selection, p, first, curve, second);
+            HclComponents result = finishCylinderShift(c, selection, p, newV);
+            if (p.maskToShow == kShowHoverHighlight && isHoveredLightness(c.l, p)) {
+                result.h = wrapIntoRange(result.h + 0.5, 0.0, 1.0);
+                result.alpha = 1.0;
+                if (hcl) {
+                    result.l = 0.5;
+                }
+            }
+            return result;
+        },
+        [&](const HclComponents& c, const Selection& selection) {
+            if (hcl) {
+                return hclHighlightColor(c);
+            }
+            const ColorComponents h = hsbHighlightColor(c.h, selection.weight == 1.0);
+            return HclComponents{h.c0, h.c1, h.c2, h.alpha, h.c1};
+        });
+    for (std::size_t k = 0; k < count; ++k) {
+        s.rgb[k] = outcome_detail::cylinderToLinearRgb(s.cylinder[s.selected[k]], mode);
+    }
+}
+
+} // namespace tintorra

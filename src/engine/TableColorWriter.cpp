@@ -1,0 +1,271 @@
+#include "engine/HueShiftWorkers.h"
+#include "engine/SelectionMasks.h"
+#include "engine/TableThreads.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace tintorra {
+
+namespace {
+
+struct Record {
+    std::uint32_t location;
+    PixelChars color;
+};
+
+// floor(location / divisor) by a multiplication, corrected to be exact.
+class Divider {
+public:
+    explicit Divider(std::uint64_t divisor)
+        : divisor_(divisor), reciprocal_(1.0 / static_cast<double>(divisor))
+    {}
+    std::uint64_t operator()(std::uint32_t value) const
+    {
+        auto q = static_cast<std::uint64_t>(static_cast<double>(value) * reciprocal_);
+        if (q * divisor_ > value) {
+            --q;
+        } else if ((q + 1) * divisor_ <= value) {
+            ++q;
+        }
+        return q;
+    }
+
+private:
+    std::uint64_t divisor_;
+    double reciprocal_;
+};
+
+class PixelWriter {
+public:
+    PixelWriter(const HueShiftRun& run, const HueShiftParameters& p)
+        : d_(*run.destination), coverage_(*run.coverage),
+          greyMask_(p.maskToShow == kShowBlackMask || p.maskToShow == kShowWhiteMask),
+          white_(p.maskToShow == kShowWhiteMask),
+          maskLimitedByCoverage_(p.paintMaskLimitsMasks != 0 && run.coverage->present()),
+          rowOf_(static_cast<std::uint64_t>(d_.bytesPerRow)),
+          lastPixel_(static_cast<std::uint64_t>((d_.pixelsHigh - 1) * d_.bytesPerRow +
+                                                (d_.pixelsWide - 1) * d_.bytesPerPixel))
+    {}
+
+    // A location outside the image (a table of another image) is never written.
+    bool inside(std::uint32_t location) const { return location <= lastPixel_; }
+
+    void write(const Record& record) const
+    {
+        std::uint8_t* const p = d_.bitmapData + record.location;
+        if (greyMask_) {
+            writeMask(p, record.location, record.color.r);
+            return;
+        }
+        const unsigned m = coverage(record.location);
+        if (m == 0) {
+            return;
+        }
+        if (m == 255) {
+            p[d_.redOffset] = record.color.r;
+            p[d_.greenOffset] = record.color.g;
+            p[d_.blueOffset] = record.color.b;
+        } else {
+            p[d_.redOffset] = mixByCoverage(p[d_.redOffset], record.color.r, m);
+            p[d_.greenOffset] = mixByCoverage(p[d_.greenOffset], record.color.g, m);
+            p[d_.blueOffset] = mixByCoverage(p[d_.blueOffset], record.color.b, m);
+        }
+        if (d_.hasAlpha) {
+            p[d_.alphaOffset] = record.color.a;
+        }
+    }
+
+private:
+    unsigned coverage(std::uint32_t location) const
+    {
+        if (!coverage_.present()) {
+            return 255;
+        }
+        const std::uint64_t row = rowOf_(location);
+        const auto column =
+            static_cast<std::int64_t>(location - row * static_cast<std::uint64_t>(d_.bytesPerRow)) /
+            d_.bytesPerPixel;
+        return coverage_.at(column, static_cast<std::int64_t>(row));
+    }
+
+    void writeMask(std::uint8_t* p, std::uint32_t location, unsigned sample) const
+    {
+        if (maskLimitedByCoverage_) {
+            sample = sample * coverage(location) / 255;
+        }
+        std::uint8_t value;
+        if (d_.premultiplied) {
+            const unsigned alpha = p[d_.alphaOffset];
+            value = white_ ? premultipliedWhiteMaskSample(sample, alpha)
+                           : premultipliedBlackMaskSample(sample, alpha);
+        } else {
+            value = static_cast<std::uint8_t>(white_ ? 255 - sample : sample);
+        }
+        p[d_.redOffset] = value;
+        p[d_.greenOffset] = value;
+        p[d_.blueOffset] = value;
+    }
+
+    const PixelManipulationOffsets& d_;
+    const PaintCoverage& coverage_;
+    bool greyMask_;
+    bool white_;
+    bool maskLimitedByCoverage_;
+    Divider rowOf_;
+    std::uint64_t lastPixel_;
+};
+
+// A run of the collected colours, flattened across the workers.
+struct ColorRun {
+    std::size_t begin;
+    std::size_t end;
+};
+
+void copySamples(const HueShiftRun& run, std::uint64_t begin, std::uint64_t end)
+{
+    std::memcpy(run.destination->bitmapData + begin, run.source->bitmapData + begin, end - begin);
+}
+
+std::uint64_t sampleBytes(const PixelManipulationOffsets& offsets)
+{
+    return static_cast<std::uint64_t>(offsets.rep->sampleBytes());
+}
+
+} // namespace
+
+void writeTableColors(const HueShiftRun& run, const HueShiftParameters& p,
+                      const std::vector<std::vector<TableColor>>& toWrite, unsigned threads)
+{
+    const ColorTableRef& table = p.colorTable;
+    const PixelManipulationOffsets& d = *run.destination;
+    const PixelWriter writer(run, p);
+    threads = std::max(1u, threads);
+
+    std::vector<TableColor> colors;
+    for (const auto& list : toWrite) {
+        colors.insert(colors.end(), list.begin(), list.end());
+    }
+    // Runs of colours with about equal numbers of pixels, one per thread.
+    std::vector<std::uint64_t> pixelsBefore(colors.size() + 1, 0);
+    for (std::size_t i = 0; i < colors.size(); ++i) {
+        pixelsBefore[i + 1] = pixelsBefore[i] + colors[i].locationCount;
+    }
+    const std::uint64_t totalPixels = pixelsBefore.back();
+    std::vector<ColorRun> runs(threads);
+    for (unsigned t = 0; t < threads; ++t) {
+        const auto at = [&](unsigned k) {
+            return static_cast<std::size_t>(std::lower_bound(pixelsBefore.begin(),
+                                                             pixelsBefore.end(),
+                                                             totalPixels * k / threads) -
+                                            pixelsBefore.begin());
+        };
+        runs[t] = {std::min(at(t), colors.size()), std::min(at(t + 1), colors.size())};
+    }
+    runs.back().end = colors.size();
+
+    // Blocks of whole rows, so that a pixel's samples never straddle two blocks; for planar
+    // layouts the other planes' samples lie elsewhere, so the source is copied whole first.
+    const std::uint64_t imageBytes = sampleBytes(d);
+    const auto rowBytes = static_cast<std::uint64_t>(d.bytesPerRow);
+    const std::uint64_t blockBytes =
+        std::max<std::uint64_t>(1, tableWriteLimits().blockBytes / rowBytes) * rowBytes;
+    const std::uint64_t blocks = (imageBytes + blockBytes - 1) / blockBytes;
+    const Divider blockOf(blockBytes);
+    const bool copyByBlock = !run.destinationHoldsSource && !d.isPlanar;
+    if (!run.destinationHoldsSource && d.isPlanar) {
+        copySamples(run, 0, imageBytes);
+    }
+
+    // Waves of consecutive blocks keep the sorted writes within the budget when the pixels are
+    // spread evenly; each colour's locations ascend, so a cursor per colour carries over.
+    const std::uint64_t waves = std::max<std::uint64_t>(
+        1, std::min<std::uint64_t>(blocks, (totalPixels + tableWriteLimits().wavePixels - 1) /
+                                               tableWriteLimits().wavePixels));
+    std::vector<std::uint32_t> cursor(colors.size(), 0);
+    std::vector<std::vector<std::vector<Record>>> buckets(threads);
+    std::vector<char> ascending(threads, 1);
+    constexpr std::size_t kPrefetchAhead = 8;
+
+    for (std::uint64_t wave = 0; wave < waves; ++wave) {
+        const std::uint64_t waveBegin = blocks * wave / waves;
+        const std::uint64_t waveEnd = blocks * (wave + 1) / waves;
+        const std::uint64_t waveEndByte = std::min(imageBytes, waveEnd * blockBytes);
+
+        runWorkers(threads, [&](unsigned t) {
+            std::vector<std::vector<Record>>& bucket = buckets[t];
+            bucket.assign(waveEnd - waveBegin, {});
+            for (std::size_t i = runs[t].begin; i < runs[t].end; ++i) {
+                if (i + kPrefetchAhead < runs[t].end) {
+                    const TableColor& ahead = colors[i + kPrefetchAhead];
+                    __builtin_prefetch(table.locations + ahead.firstLocation +
+                                       cursor[i + kPrefetchAhead]);
+                }
+                const std::uint32_t* locations = table.locations + colors[i].firstLocation;
+                const std::uint32_t n = colors[i].locationCount;
+                std::uint32_t k = cursor[i];
+                std::uint32_t previous = k > 0 ? locations[k - 1] : 0;
+                for (; k < n && locations[k] < waveEndByte; ++k) {
+                    const std::uint32_t location = locations[k];
+                    if (k > 0 && location <= previous) {
+                        ascending[t] = 0;
+                    }
+                    previous = location;
+                    if (writer.inside(location)) {
+                        const std::uint64_t b = blockOf(location);
+                        if (b >= waveBegin && b < waveEnd) {
+                            bucket[b - waveBegin].push_back({location, colors[i].color});
+                        } else {
+                            ascending[t] = 0;
+                        }
+                    }
+                }
+                cursor[i] = k;
+            }
+        });
+        if (std::find(ascending.begin(), ascending.end(), 0) != ascending.end()) {
+            break;
+        }
+
+        const std::uint64_t waveBlocks = waveEnd - waveBegin;
+        const auto writers = static_cast<unsigned>(std::min<std::uint64_t>(threads, waveBlocks));
+        runWorkers(writers, [&](unsigned t) {
+            const std::uint64_t first = waveBegin + waveBlocks * t / writers;
+            const std::uint64_t last = waveBegin + waveBlocks * (t + 1) / writers;
+            for (std::uint64_t b = first; b < last; ++b) {
+                if (copyByBlock) {
+                    copySamples(run, b * blockBytes, std::min(imageBytes, (b + 1) * blockBytes));
+                }
+                for (unsigned from = 0; from < threads; ++from) {
+                    for (const Record& record : buckets[from][b - waveBegin]) {
+                        writer.write(record);
+                    }
+                }
+            }
+        });
+    }
+
+    // A table whose locations do not ascend within each colour (not one the table builder made)
+    // is written colour by colour, over whatever the waves wrote so far.
+    if (std::find(ascending.begin(), ascending.end(), 0) != ascending.end()) {
+        if (copyByBlock) {
+            copySamples(run, 0, imageBytes);
+        }
+        for (const TableColor& c : colors) {
+            const std::uint32_t* locations = table.locations + c.firstLocation;
+            for (std::uint32_t k = 0; k < c.locationCount; ++k) {
+                if (writer.inside(locations[k])) {
+                    writer.write({locations[k], c.color});
+                }
+            }
+        }
+    }
+}
+
+TableWriteLimits& tableWriteLimits()
+{
+    static TableWriteLimits limits;
+    return limits;
+}
+
+} // namespace tintorra

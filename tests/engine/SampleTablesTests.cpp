@@ -1,0 +1,72 @@
+#include "engine/SampleTables.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <random>
+
+namespace tintorra {
+namespace {
+
+// What the pixel writers store, written out independently of the tables.
+unsigned storedByPower(double linear, double gamma, unsigned maximum)
+{
+    const double encoded = gamma != 1.0 ? std::pow(linear, gamma) : linear;
+    return static_cast<unsigned>(encoded * maximum + 0.5);
+}
+
+class SampleTables : public testing::TestWithParam<double> {};
+
+TEST_P(SampleTables, DecodeEverySixteenBitSampleAsThePowerDoes)
+{
+    const double gamma = GetParam();
+    const auto table = wordDecodeTable(gamma);
+    for (unsigned k = 0; k < 65536; k += 7) {
+        const double stored = k / 65535.0;
+        const double expected = gamma != 1.0 ? std::pow(stored, 1.0 / gamma) : stored;
+        ASSERT_EQ((*table)[static_cast<std::uint16_t>(k)], expected) << k;
+    }
+}
+
+// Random values, and for every sample its smallest value and the double just below it.
+TEST_P(SampleTables, EncodeExactlyAsThePowerDoes)
+{
+    const double gamma = GetParam();
+    for (const unsigned maximum : {255u, 65535u}) {
+        const auto table = maximum == 255 ? byteEncodeTable(gamma) : wordEncodeTable(gamma);
+        std::mt19937_64 random(42);
+        std::uniform_real_distribution<double> unit(0.0, 1.0);
+        for (int i = 0; i < 50000; ++i) {
+            const double v = i % 2 == 0 ? unit(random) : std::pow(unit(random), 6.0);
+            ASSERT_EQ((*table)(v), storedByPower(v, gamma, maximum)) << v << " " << maximum;
+        }
+        for (unsigned k = 1; k <= maximum; k += maximum == 255 ? 1 : 97) {
+            // The boundary between k - 1 and k, found here by bisection on the power itself.
+            double low = 0.0;
+            double high = 1.0;
+            for (int step = 0; step < 200 && std::nextafter(low, 1.0) < high; ++step) {
+                const double middle = 0.5 * (low + high);
+                (storedByPower(middle, gamma, maximum) >= k ? high : low) = middle;
+            }
+            ASSERT_EQ((*table)(high), storedByPower(high, gamma, maximum)) << k;
+            ASSERT_EQ((*table)(low), storedByPower(low, gamma, maximum)) << k;
+        }
+        EXPECT_EQ((*table)(0.0), 0u);
+        EXPECT_EQ((*table)(1.0), maximum);
+        EXPECT_EQ((*table)(std::nan("")), 0u);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Gammas, SampleTables, testing::Values(1.0 / 2.2, 0.5, 1.0, 1.0 / 3.0));
+
+TEST(SampleTables, AreSharedPerGammaAndDepth)
+{
+    EXPECT_EQ(byteEncodeTable(0.5), byteEncodeTable(0.5));
+    EXPECT_NE(static_cast<const void*>(byteEncodeTable(0.5).get()),
+              static_cast<const void*>(wordEncodeTable(0.5).get()));
+    EXPECT_NE(wordDecodeTable(0.5), wordDecodeTable(0.6));
+}
+
+} // namespace
+} // namespace tintorra
