@@ -1,6 +1,7 @@
 #include "colour/IccProfiles.h"
 
 #include "colour/LcmsProfile.h"
+#include "colour/WorkingSpaces.h"
 
 #include <string>
 
@@ -96,6 +97,16 @@ std::string profileDescription(cmsHPROFILE profile)
 KVColorSpace makeSRGBColorSpace()
 {
     const LcmsProfileHandle profile(cmsCreate_sRGBProfile());
+    // Written the way version 2 sRGB profiles are: colourants adapted to D50, but the media white
+    // point the real D65 white. The matrix code scales the primaries to that tag, so a v4-style
+    // D50 white would turn our own sRGB files into a skewed space; with D65 they read back as the
+    // sRGB row of the working-space table.
+    if (profile) {
+        const IlluminantRecord& d65 = illuminantD65();
+        const cmsCIEXYZ white{d65.x2 / d65.y2, 1.0, (1.0 - d65.x2 - d65.y2) / d65.y2};
+        cmsSetProfileVersion(profile.get(), 2.1);
+        cmsWriteTag(profile.get(), cmsSigMediaWhitePointTag, &white);
+    }
     // Without bytes the space is still sRGB: the matrix code falls back to the sRGB row.
     return {KVColorSpaceModel::rgb, "sRGB", saveLcmsProfile(profile.get())};
 }

@@ -10,6 +10,10 @@
 int main(int argc, char** argv)
 {
     using namespace tintorra;
+    if (argc > 2 || (argc == 2 && argv[1][0] == '-')) {
+        std::fprintf(stderr, "usage: tintorra-icons [FOLDER]   (default resources/icons)\n");
+        return 2;
+    }
     const std::filesystem::path folder = argc > 1 ? argv[1] : "resources/icons";
     std::error_code error;
     std::filesystem::create_directories(folder, error);

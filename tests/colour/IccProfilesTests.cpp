@@ -88,10 +88,9 @@ TEST(ColorSpaceFromIccProfile, BuiltProfileWithoutDescriptionHasAnEmptyName)
     EXPECT_EQ(space->name(), "");
 }
 
-// The profile is a version 4 one whose white point tag holds D50, so, like the version 4 profiles
-// of colord, its matrix has the sRGB primaries but maps RGB white onto D50. Code that wants the
-// sRGB row should use an untagged space (or none) instead.
-TEST(SRGBColorSpace, MatrixHasTheSRGBPrimariesButAD50White)
+// Our own sRGB profile is laid out like the common version 2 ones (colourants adapted to D50,
+// white point tag D65), so files we tag with it read back as the sRGB row of the table.
+TEST(SRGBColorSpace, MatrixIsTheSRGBRowOfTheTable)
 {
     const KVColorSpace space = sRGBColorSpace();
     EXPECT_EQ(space.model(), KVColorSpaceModel::rgb);
@@ -99,27 +98,20 @@ TEST(SRGBColorSpace, MatrixHasTheSRGBPrimariesButAD50White)
     const auto parsed = test::parseProfile(space.iccProfile());
     ASSERT_TRUE(parsed);
     EXPECT_EQ(parsed->colorSpace, "RGB ");
-    EXPECT_EQ(parsed->majorVersion, 4);
+    EXPECT_EQ(parsed->majorVersion, 2);
     const auto reread = colorSpaceFromIccProfile(space.iccProfile());
     ASSERT_TRUE(reread);
     EXPECT_EQ(reread->model(), KVColorSpaceModel::rgb);
     const auto white = test::xyzTag(*parsed, "wtpt");
     ASSERT_TRUE(white);
+    EXPECT_FALSE(isD50White((*white)[0], (*white)[1], (*white)[2]));
 
     Matrix3 m{};
     matrixFromColorSpace(m, &space);
-    const test::Vector3 rgbWhite = test::apply(m, {1.0, 1.0, 1.0});
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_NEAR(rgbWhite[i], (*white)[i], 1e-12);
-    }
-    EXPECT_TRUE(isD50White(rgbWhite[0], rgbWhite[1], rgbWhite[2]));
-
-    const Matrix3 srgb = matrixFromChromaticities(sRGBChromaticities());
-    for (int c = 0; c < 3; ++c) {
-        const double sum = m[c] + m[3 + c] + m[6 + c];
-        const double srgbSum = srgb[c] + srgb[3 + c] + srgb[6 + c];
-        EXPECT_NEAR(m[c] / sum, srgb[c] / srgbSum, 1e-4);
-        EXPECT_NEAR(m[3 + c] / sum, srgb[3 + c] / srgbSum, 1e-4);
+    const Matrix3 table = matrixFromChromaticities(sRGBChromaticities());
+    for (std::size_t i = 0; i < m.size(); ++i) {
+        // The s15.16 encoding of the tags limits the agreement, as with other v2 sRGB profiles.
+        EXPECT_NEAR(m[i], table[i], 3e-4) << i;
     }
 }
 
