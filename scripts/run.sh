@@ -6,6 +6,5 @@ cd "$(dirname "$0")/.."
 bash scripts/install-deps.sh
 cmake --preset release >/dev/null
 cmake --build --preset release
-./build/release/src/tools/tintorra-matrices
 # The main job on the built-in sample image: shifted result, mask views, spectrogram, document.
 ./build/release/src/cli/tintorra-cli demo
