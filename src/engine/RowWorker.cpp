@@ -76,8 +76,8 @@ private:
 };
 
 // The working arrays of one worker, kept from row to row. Candidates are the pixels whose
-// weight is computed (not transparent, hue possibly selectable); selected ones have a weight
-// above 0.
+// weight is computed (not transparent, hue possibly selectable), with their linear colours;
+// selected ones have a weight above 0.
 struct RowScratch {
     std::vector<ColorComponents> linear;
     std::vector<std::uint32_t> candidate;
@@ -105,7 +105,7 @@ void lchOfCandidates(std::size_t count, std::int64_t mode, const Matrix3& M, Row
     std::vector<ColorComponents>& xyz = scratch.xyz;
     std::vector<double>& dd = scratch.d;
     for (std::size_t j = 0; j < count; ++j) {
-        xyz[j] = rgbToXyz(scratch.linear[scratch.candidate[j]], M);
+        xyz[j] = rgbToXyz(scratch.linear[j], M);
     }
     if (mode == kColorModeLChuv) {
         for (std::size_t j = 0; j < count; ++j) {
@@ -176,7 +176,7 @@ void writeSelected(std::int64_t y, std::size_t count, const RowScratch& s,
         const std::uint32_t x = s.candidate[s.batch.selected[k]];
         const unsigned painted = coverage.present() ? coverage.at(x, y) : 255;
         if (painted != 0) {
-            write(x, y, mixColors(s.linear[x], s.batch.rgb[k], painted / 255.0));
+            write(x, y, mixColors(s.linear[s.batch.selected[k]], s.batch.rgb[k], painted / 255.0));
         }
     }
 }
@@ -196,11 +196,11 @@ void shiftRow(const HueShiftRun& run, const HueShiftParameters& p, const Outcome
     std::size_t candidates = 0;
     for (std::size_t x = 0; x < wide; ++x) {
         const ColorComponents linear = read(static_cast<std::int64_t>(x), y);
-        s.linear[x] = linear;
         // Transparent pixels and (over Luv) hues off the selectable arc have weight 0.
         if (linear.alpha != 0.0 &&
             (mode != kColorModeLChuv ||
              run.luvHueFilter.mayBeSelected(linear.c0, linear.c1, linear.c2))) {
+            s.linear[candidates] = linear;
             s.candidate[candidates++] = static_cast<std::uint32_t>(x);
         }
     }
@@ -209,7 +209,7 @@ void shiftRow(const HueShiftRun& run, const HueShiftParameters& p, const Outcome
         lchOfCandidates(candidates, mode, context.M, s);
     } else {
         for (std::size_t j = 0; j < candidates; ++j) {
-            colors.cylinder[j] = cylinderFromLinearRgb(s.linear[s.candidate[j]], mode);
+            colors.cylinder[j] = cylinderFromLinearRgb(s.linear[j], mode);
         }
     }
 
