@@ -5,7 +5,10 @@
 // colours (the hues between the 45th and 55th percentile of the colour table), "100" selects
 // every colour. The shift turns the selection by 0.3 of the circle and raises its saturation
 // by 0.3; the brightness curve is the identity. The counters "colours" and "pixels" give the
-// selected share of the table's colours and of the image's pixels, in percent.
+// selected share of the table's colours and of the image's pixels, in percent. "reuse" hands the
+// engine the previous result as its destination (what an editor re-shifting on every slider move
+// can do) instead of letting it copy the source; "threads" 1 runs the engine on the calling
+// thread, whose CPU time over the memcpy's (M_cpu) is then independent of other load.
 //
 // The engine prints one trace line per worker on standard output; filter it out when reading
 // the console, e.g. `hue_shift_bench | grep -v '^thread:'`.
