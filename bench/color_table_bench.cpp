@@ -4,6 +4,7 @@
 // binary PPM (the 16-bit PPM is expected beside it with "-16" for "-8" in the name). Without
 // the variable the image benchmarks are skipped with a message.
 
+#include "BenchImage.h"
 #include "engine/ColorTable.h"
 #include "engine/ColorTableBuild.h"
 #include "engine/HueSpectrum.h"
@@ -25,94 +26,8 @@ namespace {
 
 using namespace tintorra;
 
-constexpr std::size_t kCopyBytes = 96u << 20;
-
-// A binary PPM (P6) of 8 or 16 bits into a bitmap of 3 or 4 samples per pixel (alpha opaque).
-KVBitmapPtr loadPpm(const std::string& path, bool withAlpha)
-{
-    std::ifstream file(path, std::ios::binary);
-    if (!file) {
-        return nullptr;
-    }
-    std::string magic;
-    file >> magic;
-    std::int64_t values[3] = {0, 0, 0};
-    for (std::int64_t& value : values) {
-        file >> std::ws;
-        while (file.peek() == '#') {
-            std::string comment;
-            std::getline(file, comment);
-            file >> std::ws;
-        }
-        file >> value;
-    }
-    file.get();
-    const auto [wide, high, maximum] = values;
-    if (magic != "P6" || wide <= 0 || high <= 0 || maximum <= 0 || maximum > 65535) {
-        return nullptr;
-    }
-    const std::int64_t bytesPerSample = maximum > 255 ? 2 : 1;
-    std::vector<std::uint8_t> samples(static_cast<std::size_t>(wide * high * 3 * bytesPerSample));
-    file.read(reinterpret_cast<char*>(samples.data()),
-              static_cast<std::streamsize>(samples.size()));
-    if (!file) {
-        return nullptr;
-    }
-    KVBitmapLayout layout;
-    layout.pixelsWide = wide;
-    layout.pixelsHigh = high;
-    layout.bitsPerSample = 8 * bytesPerSample;
-    layout.samplesPerPixel = withAlpha ? 4 : 3;
-    layout.hasAlpha = withAlpha;
-    const KVBitmapPtr bitmap = KVBitmap::create(layout);
-    if (!bitmap) {
-        return nullptr;
-    }
-    const std::int64_t channels = layout.samplesPerPixel;
-    for (std::int64_t y = 0; y < high; ++y) {
-        std::uint8_t* row = bitmap->bitmapData() + y * bitmap->bytesPerRow();
-        const std::uint8_t* in = samples.data() + y * wide * 3 * bytesPerSample;
-        for (std::int64_t x = 0; x < wide; ++x) {
-            for (std::int64_t c = 0; c < channels; ++c) {
-                std::uint8_t* out = row + (x * channels + c) * bytesPerSample;
-                if (c == 3) {
-                    std::memset(out, 0xFF, static_cast<std::size_t>(bytesPerSample));
-                } else if (bytesPerSample == 1) {
-                    *out = in[x * 3 + c];
-                } else {
-                    // PPM stores big-endian words; the bitmap keeps the machine's order.
-                    out[0] = in[(x * 3 + c) * 2 + 1];
-                    out[1] = in[(x * 3 + c) * 2];
-                }
-            }
-        }
-    }
-    return bitmap;
-}
-
-const char* benchImagePath()
-{
-    return std::getenv("TINTORRA_BENCH_IMAGE");
-}
-
-// The photograph, loaded once per layout.
-KVBitmapPtr benchImage(bool sixteenBits, bool withAlpha)
-{
-    static KVBitmapPtr cache[2][2];
-    KVBitmapPtr& slot = cache[sixteenBits][withAlpha];
-    if (!slot && benchImagePath() != nullptr) {
-        std::string path = benchImagePath();
-        if (sixteenBits) {
-            const std::size_t at = path.rfind("-8.");
-            if (at == std::string::npos) {
-                return nullptr;
-            }
-            path.replace(at, 3, "-16.");
-        }
-        slot = loadPpm(path, withAlpha);
-    }
-    return slot;
-}
+using bench::benchImage;
+using bench::kCopyBytes;
 
 // The reference copy: 96 MB between two buffers that stay allocated for the whole run.
 class ReferenceCopy {

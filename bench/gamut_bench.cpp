@@ -136,13 +136,12 @@ void BM_ChromaForHue(benchmark::State& state)
     // cache see a pattern.
     std::vector<double> hues(4096);
     std::vector<double> lightnesses(4096);
-    unsigned seed = 12345;
+    unsigned lcg = 12345;
     for (std::size_t k = 0; k < hues.size(); ++k) {
-        seed = seed * 1664525u + 1013904223u;
-        hues[k] =
-            (seed >> 8) * (1.0 / 16777216.0) * 4.0 * std::numbers::pi - 2.0 * std::numbers::pi;
-        seed = seed * 1664525u + 1013904223u;
-        lightnesses[k] = (seed >> 8) * (100.0 / 16777216.0);
+        lcg = lcg * 1664525u + 1013904223u;
+        hues[k] = (lcg >> 8) * (1.0 / 16777216.0) * 4.0 * std::numbers::pi - 2.0 * std::numbers::pi;
+        lcg = lcg * 1664525u + 1013904223u;
+        lightnesses[k] = (lcg >> 8) * (100.0 / 16777216.0);
     }
     std::size_t k = 0;
     for (auto _ : state) {

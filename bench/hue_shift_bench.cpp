@@ -220,11 +220,11 @@ void BM_RowKernelPerPixel(benchmark::State& state)
         layout.samplesPerPixel = 3;
         layout.hasAlpha = false;
         image = KVBitmap::create(layout);
-        std::uint32_t seed = 12345;
+        std::uint32_t lcg = 12345;
         auto* words = reinterpret_cast<std::uint16_t*>(image->bitmapData());
         for (std::size_t i = 0; i < image->sampleBytes() / 2; ++i) {
-            seed = seed * 1664525u + 1013904223u;
-            words[i] = static_cast<std::uint16_t>(seed >> 16);
+            lcg = lcg * 1664525u + 1013904223u;
+            words[i] = static_cast<std::uint16_t>(lcg >> 16);
         }
     }
     const std::int64_t mode = state.range(0);
