@@ -35,8 +35,8 @@ public:
     // Creates a new file next to `target` with a name nobody else uses.
     bool create(const std::filesystem::path& target, int& error)
     {
-        std::random_device seed;
-        std::mt19937_64 random(seed());
+        std::random_device entropy;
+        std::mt19937_64 random(entropy());
         const std::filesystem::path folder = target.parent_path();
         for (int attempt = 0; attempt < 100; ++attempt) {
             char suffix[24];

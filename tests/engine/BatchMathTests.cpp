@@ -19,9 +19,9 @@ double ulps(double a, double b)
     return std::fabs(a - b) / std::fabs(std::nextafter(a, b) - a);
 }
 
-std::vector<double> values(std::size_t n, double low, double high, unsigned seed)
+std::vector<double> values(std::size_t n, double low, double high, unsigned start)
 {
-    std::mt19937_64 random(seed);
+    std::mt19937_64 random(start);
     std::uniform_real_distribution<double> d(low, high);
     std::vector<double> v(n);
     for (double& x : v) {

@@ -81,10 +81,10 @@ inline void writeSamples(const PixelManipulationOffsets& offsets, std::int64_t x
 
 // Fills a bitmap from a small palette (so that colours repeat) with some colours of their own.
 // With `varyAlpha` false every pixel is opaque.
-inline void fillRandom(const KVBitmapPtr& bitmap, std::uint32_t seed, int paletteSize,
+inline void fillRandom(const KVBitmapPtr& bitmap, std::uint32_t start, int paletteSize,
                        bool varyAlpha)
 {
-    std::mt19937 random(seed);
+    std::mt19937 random(start);
     std::uniform_int_distribution<int> byte(0, 255);
     const auto alphaOf = [&]() -> std::uint8_t {
         if (!varyAlpha) {

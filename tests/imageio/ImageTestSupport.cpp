@@ -157,10 +157,10 @@ std::vector<std::uint8_t> systemProfile(const std::string& path)
 
 TemporaryFolder::TemporaryFolder()
 {
-    std::random_device seed;
+    std::random_device entropy;
     const std::filesystem::path base = std::filesystem::temp_directory_path();
     for (;;) {
-        path_ = base / ("tintorra-imageio-" + std::to_string(seed()));
+        path_ = base / ("tintorra-imageio-" + std::to_string(entropy()));
         if (std::filesystem::create_directory(path_))
             break;
     }
