@@ -10,6 +10,11 @@
 
 namespace tintorra::cli {
 
+bool isDocumentFormat(const OutputFormat& format)
+{
+    return format.type == TintorraTIFFType;
+}
+
 std::optional<OutputFormat> outputFormatNamed(const std::string& name)
 {
     if (name == "tiff") {
@@ -54,7 +59,7 @@ void writeOutput(const std::filesystem::path& path, const OutputFormat& format,
                  const OutputImages& images, double quality,
                  const std::vector<std::filesystem::path>& inputs)
 {
-    if (format.type == TintorraTIFFType) {
+    if (isDocumentFormat(format)) {
         DocumentImages document;
         document.outputImageRep = images.shifted;
         document.inputImageRep = images.source;

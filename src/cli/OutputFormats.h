@@ -17,6 +17,9 @@ struct OutputFormat {
     std::string extension;
 };
 
+// Whether the format is the document, which keeps the source beside the shifted image.
+bool isDocumentFormat(const OutputFormat& format);
+
 // "tiff", "png", "jpeg", "jp2" or "document"; nothing for other names.
 std::optional<OutputFormat> outputFormatNamed(const std::string& name);
 // The format a file name's extension stands for; nothing for an unknown extension.

@@ -107,7 +107,10 @@ Json shiftOne(const ShiftOptions& o, const KVHueShiftParameterSet& set, const st
 
     progress.update(first + 3, "shifting " + name);
     const HueShiftParameters record = job.engineRecord(kViews.at(o.view));
-    KVBitmapPtr result = job.shift(record, nullptr, o.threads);
+    // Only a document or a re-shift needs the source once shifted; otherwise the source is
+    // shifted in place, which spares a copy of the whole image and its fresh memory.
+    const bool keepSource = isDocumentFormat(format) || o.repeat > 0;
+    KVBitmapPtr result = job.shift(record, keepSource ? nullptr : image.source, o.threads);
     const double shiftMs = clock.lap();
 
     std::vector<double> reshifts;

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
 #include <fstream>
 
 namespace tintorra::cli_test {
@@ -106,6 +107,33 @@ TEST_F(ShiftCommand, RepeatAddsTheMedianReshift)
                               "--repeat", "3", "--threads", "2"});
     ASSERT_EQ(run.exitCode, 0) << run.err;
     EXPECT_GE(run.json()["ms"]["reshift"].get<double>(), 0.0);
+}
+
+TEST_F(ShiftCommand, InPlaceAndCopiedShiftsAgree)
+{
+    // A single shift works on the source itself; --repeat keeps the source and re-shifts into
+    // the previous result. Both must write the same file.
+    for (const int bits : {8, 16}) {
+        const auto input = folder_ / ("blocks" + std::to_string(bits) + ".png");
+        writePng(input, *makeBlocksImage(bits));
+        const auto inPlace = folder_ / "in-place.png";
+        const auto copied = folder_ / "copied.png";
+        std::vector<std::string> arguments{input.string(), "--target-sat", "0.4", "-q"};
+        arguments.insert(arguments.end(), kSelectRed.begin(), kSelectRed.end());
+        auto once = arguments;
+        once.insert(once.end(), {"-o", inPlace.string()});
+        auto repeated = arguments;
+        repeated.insert(repeated.end(), {"-o", copied.string(), "--repeat", "2"});
+        ASSERT_EQ(shift(once).exitCode, 0);
+        ASSERT_EQ(shift(repeated).exitCode, 0);
+        const KVBitmapPtr a = readImage(inPlace);
+        const KVBitmapPtr b = readImage(copied);
+        ASSERT_TRUE(a && b);
+        ASSERT_EQ(a->sampleBytes(), b->sampleBytes());
+        EXPECT_EQ(std::memcmp(a->bitmapData(), b->bitmapData(), a->sampleBytes()), 0)
+            << bits << " bits";
+        EXPECT_NE(samplesAt(*a, 2, 2), samplesAt(*makeBlocksImage(bits), 2, 2)) << bits;
+    }
 }
 
 TEST_F(ShiftCommand, SixteenBitImagesStaySixteenBit)
