@@ -137,6 +137,10 @@ Json shiftOne(const ShiftOptions& o, const KVHueShiftParameterSet& set, const st
     const double saveMs = clock.lap();
     progress.update(first + kStepsPerImage, "wrote " + output.filename().string());
 
+    if (!o.json) {
+        return {{"output", output.string()}};
+    }
+    // Counting the selection is a pass over the whole table: only for the figures.
     const auto selection = job.countSelection(record);
     Json ms = {{"load", loadMs},
                {"table", tableMs},

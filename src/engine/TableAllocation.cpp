@@ -4,7 +4,6 @@
 #include <cstdlib>
 #include <mutex>
 #include <new>
-#include <sys/mman.h>
 #include <vector>
 
 namespace tintorra {
@@ -53,11 +52,11 @@ public:
                     return nullptr;
                 }
             }
-#ifdef MADV_HUGEPAGE
-            // Advice only: the tables are written in scattered order, and huge pages spare the
-            // TLB misses; without them everything works, a little slower.
-            madvise(block.memory, rounded, MADV_HUGEPAGE);
-#endif
+            // No huge-page advice: huge pages would spare TLB misses of the scattered writes
+            // (about a tenth of a rebuild's time), but a fresh huge page costs several times
+            // its 4 KB pages on first touch, and the first table of an image (every run of
+            // the command line tool) is built on fresh memory: 24 megapixels took 0.5 s more
+            // of system time with the advice.
         }
         try {
             inUse_.push_back(block);
