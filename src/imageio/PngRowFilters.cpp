@@ -186,9 +186,7 @@ void unfilterPixels(const std::uint8_t* filtered, const std::uint8_t* previous,
                           step(Lanes::loadExact(filtered + i), Lanes::loadExact(previous + i)));
 }
 
-// Paeth on two rows at once, for pixels of 3 or 4 bytes: the lower four lanes decode pixel i of
-// the first row, the upper four pixel i - 1 of the second, whose neighbours above are the first
-// row's pixels just decoded. The two rows' dependency chains then run side by side.
+// The `Count` bytes at p in the lowest bytes of a register, the others zero.
 template <std::size_t Count>
 __m128i loadBytes(const std::uint8_t* p)
 {
