@@ -151,7 +151,8 @@ bool decodesOwnWay(const PngHeader& header)
                             header.fileColourType == PNG_COLOR_TYPE_GRAY_ALPHA ||
                             header.fileColourType == PNG_COLOR_TYPE_RGB ||
                             header.fileColourType == PNG_COLOR_TYPE_RGB_ALPHA;
-    return depth && colourType && !header.interlaced && !header.transparencyChunk;
+    return depth && colourType && !header.interlaced && !header.transparencyChunk &&
+           header.rowBytes <= kLargestPngRowBytes;
 }
 
 bool decodeImageDataOwnWay(std::span<const std::uint8_t> data, const PngHeader& header,
@@ -477,10 +478,11 @@ IOResult<std::vector<std::uint8_t>> encodePng(const KVBitmap& bitmap, const Enco
     if (setup.filters == 0)
         setup.filters = PNG_FILTER_NONE;
 
-    const bool zlibSettings = options.pngCompressionLevel || options.pngFilters;
+    const bool libpngCompresses = options.pngCompressionLevel || options.pngFilters ||
+                                  packer.rowBytes() > kLargestPngRowBytes;
     std::optional<std::vector<PngStreamPiece>> imageData;
     std::vector<std::uint8_t> bytes;
-    if (!zlibSettings) {
+    if (!libpngCompresses) {
         PngRowLayout layout;
         layout.rows = setup.height;
         layout.rowBytes = packer.rowBytes();

@@ -14,6 +14,10 @@ namespace tintorra {
 // The image data of a non-interlaced PNG image of 8 or 16 bits per sample: its rows, each
 // filtered and preceded by its filter's number, in one zlib stream.
 
+// Rows up to this size are read and written here; longer ones, far beyond any photograph's,
+// are left to libpng, so that every count fits ISA-L's 32-bit sizes.
+inline constexpr std::size_t kLargestPngRowBytes = std::size_t{1} << 28;
+
 // How the rows are stored.
 struct PngRowLayout {
     std::uint32_t rows = 0;

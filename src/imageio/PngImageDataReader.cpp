@@ -141,8 +141,8 @@ public:
         : stream_(chunks), layout_(layout), rows_(rows), stride_(stride),
           filteredStride_(layout.rowBytes + 1),
           totalBytes_(static_cast<std::uint64_t>(layout.rows) * filteredStride_),
-          ringRows_(std::clamp<std::size_t>(kRingBytes / filteredStride_, 2,
-                                            std::max<std::size_t>(2, layout.rows)))
+          ringRows_(std::clamp<std::size_t>(kRingBytes / filteredStride_,
+                                            std::min<std::size_t>(2, layout.rows), layout.rows))
     {}
 
     bool run()
@@ -176,9 +176,9 @@ private:
         if (free == 0)
             return Progress::ringFull;
         const std::uint64_t offset = produced_ % ringBytes;
-        const auto wanted =
-            static_cast<std::size_t>(std::min({ringBytes - offset, free, totalBytes_ - produced_,
-                                               static_cast<std::uint64_t>(limit)}));
+        const auto wanted = static_cast<std::size_t>(
+            std::min({ringBytes - offset, free, totalBytes_ - produced_,
+                      static_cast<std::uint64_t>(std::min(limit, kLargestPngRowBytes))}));
         const std::optional<std::size_t> written = stream_.inflate(ring_.get() + offset, wanted);
         if (!written || *written < wanted)
             return Progress::failed;
@@ -322,8 +322,8 @@ private:
 bool readPngImageData(const PngImageDataChunks& chunks, const PngRowLayout& layout,
                       std::uint8_t* rows, std::size_t stride)
 {
-    if (layout.rows == 0 || layout.rowBytes == 0 || layout.bytesPerPixel == 0 ||
-        layout.bytesPerPixel > 8 || layout.rows == kStopped)
+    if (layout.rows == 0 || layout.rowBytes == 0 || layout.rowBytes > kLargestPngRowBytes ||
+        layout.bytesPerPixel == 0 || layout.bytesPerPixel > 8 || layout.rows == kStopped)
         return false;
     RowPipeline pipeline(chunks, layout, rows, stride);
     return pipeline.run();

@@ -236,8 +236,8 @@ private:
 std::optional<std::vector<PngStreamPiece>> writePngImageData(const PngRowLayout& layout,
                                                              const PngRowSource& source)
 {
-    if (layout.rows == 0 || layout.rowBytes == 0 || layout.bytesPerPixel == 0 ||
-        layout.bytesPerPixel > 8)
+    if (layout.rows == 0 || layout.rowBytes == 0 || layout.rowBytes > kLargestPngRowBytes ||
+        layout.bytesPerPixel == 0 || layout.bytesPerPixel > 8)
         return std::nullopt;
     ImageDataWriter writer(layout, source);
     return writer.run();
