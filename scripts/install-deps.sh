@@ -10,6 +10,8 @@ packages=(
   liblcms2-dev libtet1.5-dev libicu-dev
   # image codecs
   libtiff-dev libpng-dev libjpeg62-turbo-dev libopenjp2-7-dev libgif-dev zlib1g-dev
+  # compression and checksums of PNG image data
+  libisal-dev
   # vectorised maths for the pixel engine
   libsleef-dev
   # command line and JSON
