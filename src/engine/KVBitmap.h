@@ -1,12 +1,12 @@
 #pragma once
 
 #include "colour/KVColorSpace.h"
+#include "engine/SampleBuffer.h"
 
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <mutex>
-#include <vector>
 
 namespace tintorra {
 
@@ -107,7 +107,7 @@ private:
 
     KVBitmapLayout layout_;
     KVColorSpace colorSpace_;
-    std::vector<std::uint8_t> samples_;
+    SampleBuffer samples_;
     double width_ = 0.0;
     double height_ = 0.0;
     mutable std::recursive_mutex lock_;

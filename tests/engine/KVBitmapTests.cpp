@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <limits>
 
@@ -136,6 +137,20 @@ TEST(KVBitmapSamples, StartZeroedInPlanesWithRoomForDoubledDistances)
         for (std::size_t i = 0; i < bitmap->sampleBytes(); ++i) {
             ASSERT_EQ(bitmap->bitmapData()[i], 0) << "byte " << i;
         }
+    }
+}
+
+TEST(KVBitmapSamples, StartZeroedAfterLargeBitmapsWereFreed)
+{
+    // Photograph-sized buffers come from the system or from freed memory; both must read zero.
+    for (int round = 0; round < 3; ++round) {
+        const auto bitmap = KVBitmap::deviceRGBA8888Rep(1024, 1536 + round, false);
+        ASSERT_NE(bitmap, nullptr);
+        const std::uint8_t* const bytes = bitmap->bitmapData();
+        EXPECT_EQ(std::count(bytes, bytes + bitmap->sampleBytes(), 0),
+                  static_cast<std::ptrdiff_t>(bitmap->sampleBytes()))
+            << "round " << round;
+        std::fill(bitmap->bitmapData(), bitmap->bitmapData() + bitmap->sampleBytes(), 0xAB);
     }
 }
 

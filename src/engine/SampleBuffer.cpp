@@ -1,0 +1,48 @@
+#include "engine/SampleBuffer.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+namespace tintorra {
+
+namespace {
+
+// One byte at least, so that an empty buffer still has an address, as vector data would not.
+std::uint8_t* allocateBytes(std::size_t bytes, bool zeroed)
+{
+    const std::size_t size = bytes == 0 ? 1 : bytes;
+    void* memory = zeroed ? std::calloc(size, 1) : std::malloc(size);
+    if (memory == nullptr) {
+        throw std::bad_alloc();
+    }
+    return static_cast<std::uint8_t*>(memory);
+}
+
+} // namespace
+
+void SampleBuffer::Free::operator()(std::uint8_t* bytes) const
+{
+    std::free(bytes);
+}
+
+SampleBuffer::SampleBuffer(std::size_t bytes) : bytes_(allocateBytes(bytes, true)), size_(bytes) {}
+
+SampleBuffer::SampleBuffer(const SampleBuffer& other)
+    : bytes_(allocateBytes(other.size_, false)), size_(other.size_)
+{
+    if (size_ != 0) {
+        std::memcpy(bytes_.get(), other.bytes_.get(), size_);
+    }
+}
+
+SampleBuffer& SampleBuffer::operator=(const SampleBuffer& other)
+{
+    if (this != &other) {
+        SampleBuffer copy(other);
+        *this = std::move(copy);
+    }
+    return *this;
+}
+
+} // namespace tintorra
