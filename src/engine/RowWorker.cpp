@@ -3,8 +3,10 @@
 #include "engine/SelectionMasks.h"
 #include "engine/ShiftBatch.h"
 #include "engine/ShiftOutcome.h"
+#include "engine/VectorisedRows.h"
 
 #include <cstring>
+#include <memory>
 #include <vector>
 
 namespace tintorra {
@@ -181,18 +183,11 @@ void writeSelected(std::int64_t y, std::size_t count, const RowScratch& s,
     }
 }
 
-// One row: every pixel's weight, then the selected pixels' colours, each stage over the whole
-// row so that the powers, roots and angles go four at a time.
-void shiftRow(const HueShiftRun& run, const HueShiftParameters& p, const OutcomeContext& context,
-              std::int64_t y, const LinearReader& read, const LinearWriter& write, RowScratch& s)
+// Row y's candidates, in order of x, into the scratch; returns their count.
+std::size_t readRow(const HueShiftRun& run, std::int64_t mode, std::int64_t y,
+                    const LinearReader& read, RowScratch& s)
 {
-    const PixelManipulationOffsets& source = *run.source;
-    const PixelManipulationOffsets& destination = *run.destination;
-    const PaintCoverage& coverage = *run.coverage;
-    const std::int64_t mode = p.colorSpaceModel;
-    const bool lch = isLchColorMode(mode);
-    const auto wide = static_cast<std::size_t>(source.pixelsWide);
-
+    const auto wide = static_cast<std::size_t>(run.source->pixelsWide);
     std::size_t candidates = 0;
     for (std::size_t x = 0; x < wide; ++x) {
         const ColorComponents linear = read(static_cast<std::int64_t>(x), y);
@@ -204,6 +199,23 @@ void shiftRow(const HueShiftRun& run, const HueShiftParameters& p, const Outcome
             s.candidate[candidates++] = static_cast<std::uint32_t>(x);
         }
     }
+    return candidates;
+}
+
+// The rest of a row once its candidates are read: every candidate's weight, then the selected
+// ones' colours, each stage over the whole row so that the powers, roots and angles go four at
+// a time.
+void shiftCandidates(const HueShiftRun& run, const HueShiftParameters& p,
+                     const OutcomeContext& context, std::int64_t y, std::size_t candidates,
+                     const LinearWriter& write, RowScratch& s)
+{
+    const PixelManipulationOffsets& source = *run.source;
+    const PixelManipulationOffsets& destination = *run.destination;
+    const PaintCoverage& coverage = *run.coverage;
+    const std::int64_t mode = p.colorSpaceModel;
+    const bool lch = isLchColorMode(mode);
+    const auto wide = static_cast<std::size_t>(source.pixelsWide);
+
     ShiftBatch& colors = s.batch;
     if (lch) {
         lchOfCandidates(candidates, mode, context.M, s);
@@ -255,6 +267,12 @@ void shiftRow(const HueShiftRun& run, const HueShiftParameters& p, const Outcome
 
 } // namespace
 
+RowWorkerPaths& rowWorkerPaths()
+{
+    static RowWorkerPaths paths;
+    return paths;
+}
+
 void rowWorker(const HueShiftTask& task)
 {
     printWorkerTrace(task.index);
@@ -268,6 +286,10 @@ void rowWorker(const HueShiftTask& task)
     const auto rowBytes = static_cast<std::size_t>(source.bytesPerRow);
     RowScratch scratch;
     scratch.reserve(static_cast<std::size_t>(source.pixelsWide));
+    std::unique_ptr<VectorisedRows> vectorised;
+    if (rowWorkerPaths().vectorised && VectorisedRows::available(run)) {
+        vectorised = std::make_unique<VectorisedRows>(run, p, context);
+    }
 
     const auto end = static_cast<std::int64_t>(task.firstItem + task.itemCount);
     for (auto y = static_cast<std::int64_t>(task.firstItem); y < end; ++y) {
@@ -276,7 +298,14 @@ void rowWorker(const HueShiftTask& task)
             std::memcpy(destination.bitmapData + y * destination.bytesPerRow,
                         source.bitmapData + y * source.bytesPerRow, rowBytes);
         }
-        shiftRow(run, p, context, y, read, write, scratch);
+        if (vectorised && vectorised->shiftsWholeRows()) {
+            vectorised->shiftRow(y);
+            continue;
+        }
+        const std::size_t candidates =
+            vectorised ? vectorised->readRow(y, scratch.linear.data(), scratch.candidate.data())
+                       : readRow(run, p.colorSpaceModel, y, read, scratch);
+        shiftCandidates(run, p, context, y, candidates, write, scratch);
     }
 }
 

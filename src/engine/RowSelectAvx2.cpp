@@ -1,0 +1,227 @@
+// Compiled for AVX2 and FMA without contraction (see src/CMakeLists.txt); called only after the
+// processor has been checked.
+
+#include "colour/CieConstants.h"
+#include "engine/Avx2Lanes.h"
+#include "engine/RowKernel.h"
+
+#include <sleef.h>
+
+namespace tintorra::row_kernel::avx2 {
+
+namespace {
+
+constexpr double kTwoPi = 2.0 * kPi;
+// SelectionZone's values.
+constexpr double kOutside = 0.0;
+constexpr double kInside = 1.0;
+constexpr double kLowerFalloff = 2.0;
+constexpr double kUpperFalloff = 3.0;
+
+struct Lch {
+    Lanes L;
+    Lanes C;
+    Lanes h;
+};
+
+struct Factor {
+    Lanes factor;
+    Lanes zone;
+};
+
+// The X, Y, Z rows of M applied to linear RGB, as rgbToXyz.
+struct Xyz {
+    Lanes X;
+    Lanes Y;
+    Lanes Z;
+};
+
+Xyz xyzOf(const double* M, Lanes r, Lanes g, Lanes b)
+{
+    const auto row = [&](int i) {
+        return add(add(mul(splat(M[3 * i]), r), mul(splat(M[3 * i + 1]), g)),
+                   mul(splat(M[3 * i + 2]), b));
+    };
+    return {row(0), row(1), row(2)};
+}
+
+LaneMask blackOf(const Xyz& v)
+{
+    const Lanes zero = _mm256_setzero_pd();
+    return both(both(eq(v.X, zero), eq(v.Y, zero)), eq(v.Z, zero));
+}
+
+// xyzToLuv and luvToLch, black to (0, 0, 0).
+Lch luvLch(const Xyz& v)
+{
+    const Lanes zero = _mm256_setzero_pd();
+    const LaneMask black = blackOf(v);
+    const Lanes root = Sleef_cbrtd4_u10avx2(v.Y);
+    const Lanes d = add(add(v.X, mul(splat(15.0), v.Y)), mul(splat(3.0), v.Z));
+    const Lanes uPrime = div(mul(splat(4.0), v.X), d);
+    const Lanes vPrime = div(mul(splat(9.0), v.Y), d);
+    Lanes L = choose(gt(v.Y, splat(kCieEpsilon)), sub(mul(splat(116.0), root), splat(16.0)),
+                     mul(splat(kCieKappa), v.Y));
+    const Lanes scale = mul(splat(13.0), L);
+    const Lanes u = choose(black, zero, mul(scale, sub(uPrime, splat(kLuvWhiteU))));
+    const Lanes w = choose(black, zero, mul(scale, sub(vPrime, splat(kLuvWhiteV))));
+    L = choose(black, zero, L);
+    const Lanes C = _mm256_sqrt_pd(add(mul(u, u), mul(w, w)));
+    return {L, C, Sleef_atan2d4_u10avx2(w, u)};
+}
+
+// The Lab f of t given its cube root.
+Lanes labF(Lanes t, Lanes root)
+{
+    return choose(gt(t, splat(kCieEpsilon)), root,
+                  div(add(mul(splat(kCieKappa), t), splat(16.0)), splat(116.0)));
+}
+
+// xyzToLab and labToLchFast, black to (0, 0, 0) before the polar form.
+Lch labLch(const Xyz& v)
+{
+    const Lanes zero = _mm256_setzero_pd();
+    const LaneMask black = blackOf(v);
+    const Lanes tx = div(v.X, splat(kLabWhiteX));
+    const Lanes tz = div(v.Z, splat(kLabWhiteZ));
+    const Lanes fx = labF(tx, Sleef_cbrtd4_u10avx2(tx));
+    const Lanes fy = labF(v.Y, Sleef_cbrtd4_u10avx2(v.Y));
+    const Lanes fz = labF(tz, Sleef_cbrtd4_u10avx2(tz));
+    const Lanes L = choose(black, zero, sub(mul(splat(116.0), fy), splat(16.0)));
+    const Lanes a = choose(black, zero, mul(splat(500.0), sub(fx, fy)));
+    const Lanes b = choose(black, zero, mul(splat(200.0), sub(fy, fz)));
+    return {L, _mm256_sqrt_pd(add(mul(a, a), mul(b, b))), fastAtan2(b, a)};
+}
+
+// selection_detail::rangeFactor.
+Factor rangeFactor(Lanes x, double lowerFalloff, double lower, double upper, double upperFalloff)
+{
+    const Lanes lf = splat(lowerFalloff);
+    const Lanes l = splat(lower);
+    const Lanes u = splat(upper);
+    const Lanes uf = splat(upperFalloff);
+    const LaneMask inside = both(le(l, x), le(x, u));
+    const LaneMask lowerZone = both(lt(lf, x), lt(x, l));
+    const LaneMask upperZone = both(lt(u, x), lt(x, uf));
+    const Lanes zero = _mm256_setzero_pd();
+    // The divisions only where a lane lies in a fall-off.
+    const Lanes lowerValue = bits(lowerZone) != 0 ? div(sub(x, lf), sub(l, lf)) : zero;
+    const Lanes upperValue = bits(upperZone) != 0 ? div(sub(uf, x), sub(uf, u)) : zero;
+    return {choose(inside, splat(1.0),
+                   choose(lowerZone, lowerValue, choose(upperZone, upperValue, zero))),
+            choose(inside, splat(kInside),
+                   choose(lowerZone, splat(kLowerFalloff),
+                          choose(upperZone, splat(kUpperFalloff), splat(kOutside))))};
+}
+
+// selection_detail::bringHueIntoChain: up to four periods here, further ones by the scalar code.
+Lanes bringIntoChain(const SelectConstants& k, Lanes hue, LaneMask active)
+{
+    const Lanes lowerFalloff = splat(k.hueLowerFalloff);
+    const Lanes lower = splat(k.hueLower);
+    const Lanes upper = splat(k.hueUpper);
+    const Lanes upperFalloff = splat(k.hueUpperFalloff);
+    const Lanes period = splat(kTwoPi);
+    const auto below = [&](Lanes h) { return both(le(h, lowerFalloff), lt(h, lower)); };
+    const auto above = [&](Lanes h) { return both(ge(h, upperFalloff), gt(h, upper)); };
+    LaneMask raise = both(below(hue), active);
+    LaneMask drop = butNot(both(above(hue), active), raise);
+    constexpr int kInlineSteps = 4;
+    for (int step = 0; step < kInlineSteps && bits(either(raise, drop)) != 0; ++step) {
+        hue = choose(raise, add(hue, period), hue);
+        raise = both(raise, below(hue));
+        hue = choose(drop, sub(hue, period), hue);
+        drop = both(drop, above(hue));
+    }
+    const int raising = bits(raise);
+    const int dropping = bits(drop);
+    if ((raising | dropping) == 0) {
+        return hue;
+    }
+    double lanes[kLanes];
+    _mm256_storeu_pd(lanes, hue);
+    for (std::size_t lane = 0; lane < kLanes; ++lane) {
+        if (((raising | dropping) >> lane) & 1) {
+            lanes[lane] = k.bringHueIntoChain(k.context, lanes[lane], (raising >> lane) & 1);
+        }
+    }
+    return _mm256_loadu_pd(lanes);
+}
+
+} // namespace
+
+std::size_t selectCandidates(const SelectConstants& k, const Candidates& in, std::size_t count,
+                             double* weights, const SelectedColors& out)
+{
+    const Lanes zero = _mm256_setzero_pd();
+    std::size_t selected = 0;
+    for (std::size_t j = 0; j < count; j += kLanes) {
+        const Lanes r = _mm256_loadu_pd(in.r + j);
+        const Lanes g = _mm256_loadu_pd(in.g + j);
+        const Lanes b = _mm256_loadu_pd(in.b + j);
+        const Lanes alpha = _mm256_loadu_pd(in.alpha + j);
+        const Xyz xyz = xyzOf(k.M, r, g, b);
+        const Lch lch = k.lab ? labLch(xyz) : luvLch(xyz);
+
+        // lchSelection, every test of every lane; the first failing one decides as the scalar
+        // early returns do.
+        LaneMask ok = both(ne(alpha, zero), lanesBelow(count - j));
+        const Lanes hue = bringIntoChain(k, lch.h, ok);
+        const Factor hueFactor =
+            rangeFactor(hue, k.hueLowerFalloff, k.hueLower, k.hueUpper, k.hueUpperFalloff);
+        ok = butNot(ok, eq(hueFactor.zone, zero));
+        const Factor lightFactor = rangeFactor(lch.L, k.lightLowerFalloff, k.lightLower,
+                                               k.lightUpper, k.lightUpperFalloff);
+        ok = butNot(ok, eq(lightFactor.zone, zero));
+        ok = butNot(ok, lt(lch.C, splat(0.01)));
+        const Lanes maxChroma =
+            k.maxChromas != nullptr ? maxChromaForHue(k.maxChromas, lch.h) : zero;
+        const Lanes s = div(lch.C, choose(gt(lch.C, maxChroma), lch.C, maxChroma));
+        const Factor satFactor =
+            rangeFactor(s, k.satLowerFalloff, k.satLower, k.satUpper, k.satUpperFalloff);
+        ok = butNot(ok, eq(satFactor.zone, zero));
+        const Lanes weight =
+            choose(ok, mul(mul(hueFactor.factor, satFactor.factor), lightFactor.factor), zero);
+        _mm256_storeu_pd(weights + j, weight);
+
+        const int lanes = bits(gt(weight, zero));
+        if (lanes == 0) {
+            continue;
+        }
+        const __m128i candidates =
+            _mm_add_epi32(_mm_set1_epi32(static_cast<int>(j)), _mm_set_epi32(3, 2, 1, 0));
+        packStore(out.candidate + selected, candidates, lanes);
+        packStore(out.x + selected, _mm_loadu_si128(reinterpret_cast<const __m128i*>(in.x + j)),
+                  lanes);
+        packStore(out.weight + selected, weight, lanes);
+        packStore(out.zone + selected, hueFactor.zone, lanes);
+        packStore(out.saturation + selected, s, lanes);
+        packStore(out.L + selected, lch.L, lanes);
+        packStore(out.C + selected, lch.C, lanes);
+        packStore(out.h + selected, lch.h, lanes);
+        packStore(out.alpha + selected, alpha, lanes);
+        packStore(out.r + selected, r, lanes);
+        packStore(out.g + selected, g, lanes);
+        packStore(out.b + selected, b, lanes);
+        selected += static_cast<std::size_t>(__builtin_popcount(lanes));
+    }
+    // Harmless, fully selected colours behind the last one for the stages that take four at a
+    // time.
+    for (std::size_t i = selected; i < selected + kLanes; ++i) {
+        out.candidate[i] = 0;
+        out.x[i] = 0;
+        out.weight[i] = 1.0;
+        out.zone[i] = kInside;
+        out.saturation[i] = 0.5;
+        out.L[i] = 50.0;
+        out.C[i] = 0.0;
+        out.h[i] = 0.0;
+        out.alpha[i] = 1.0;
+        out.r[i] = 0.5;
+        out.g[i] = 0.5;
+        out.b[i] = 0.5;
+    }
+    return selected;
+}
+
+} // namespace tintorra::row_kernel::avx2
