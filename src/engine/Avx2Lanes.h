@@ -209,6 +209,10 @@ constexpr PackTables kPackTables = makePackTables();
 // them.
 inline void packStore(double* out, Lanes v, int mask)
 {
+    if (mask == 0xF) {
+        _mm256_storeu_pd(out, v);
+        return;
+    }
     const __m256i from =
         _mm256_loadu_si256(reinterpret_cast<const __m256i*>(kPackTables.doubleWords[mask]));
     _mm256_storeu_pd(
@@ -217,6 +221,10 @@ inline void packStore(double* out, Lanes v, int mask)
 
 inline void packStore(std::uint32_t* out, __m128i v, int mask)
 {
+    if (mask == 0xF) {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), v);
+        return;
+    }
     const __m256i from =
         _mm256_loadu_si256(reinterpret_cast<const __m256i*>(kPackTables.words[mask]));
     const __m256i packed = _mm256_permutevar8x32_epi32(_mm256_zextsi128_si256(v), from);
@@ -248,11 +256,10 @@ struct HuePlace {
     LaneMask none;
 };
 
-inline HuePlace huePlace(Lanes hue)
+inline HuePlace huePlaceAtHalfDegrees(Lanes x)
 {
     constexpr double kHueCount = 720.0;
     const Lanes zero = _mm256_setzero_pd();
-    const Lanes x = mul(splat(2.0), wrappedDegrees(hue));
     const LaneMask none = complement(isFinite(x));
     const Lanes floorX = floorOf(x);
     Lanes row0 = choose(none, zero, floorX);
@@ -260,6 +267,11 @@ inline HuePlace huePlace(Lanes hue)
     row0 = choose(eq(row0, splat(kHueCount)), zero, row0);
     row1 = choose(eq(row1, splat(kHueCount)), zero, row1);
     return {sub(x, floorX), row0, row1, none};
+}
+
+inline HuePlace huePlace(Lanes hue)
+{
+    return huePlaceAtHalfDegrees(mul(splat(2.0), wrappedDegrees(hue)));
 }
 
 struct ColumnPlace {
@@ -330,17 +342,22 @@ inline Corners cornersAt(const double* pairs, __m128i pairIndex)
             _mm256_permute2f128_pd(t0, t2, 0x31), _mm256_permute2f128_pd(t1, t3, 0x31)};
 }
 
-// KVColorGamut::chromaForHue over the paired table. Where the two rows are the same (an exact
-// half degree) or the two columns are, the entries of the row or column after are read but not
-// used.
-inline Lanes chromaForHue(const ChromaTable& table, Lanes hue, Lanes lightness)
+// KVColorGamut::chromaForHue over the paired table, the hue given as 2 x wrappedDegrees(hue).
+// Where the two rows are the same (an exact half degree) or the two columns are, the entries of
+// the row or column after are read but not used.
+inline Lanes chromaAtHalfDegrees(const ChromaTable& table, Lanes halfDegrees, Lanes lightness)
 {
-    const HuePlace place = huePlace(hue);
+    const HuePlace place = huePlaceAtHalfDegrees(halfDegrees);
     const ColumnPlace column = columnPlace(lightness);
     const Lanes row = choose(column.none, _mm256_setzero_pd(), place.row0);
     const Corners k =
         cornersAt(table.pairs, toInt32(add(mul(row, splat(kChromaColumns)), column.column0)));
     return interpolatedChroma(place, column, k.a, k.b, k.c, k.d);
+}
+
+inline Lanes chromaForHue(const ChromaTable& table, Lanes hue, Lanes lightness)
+{
+    return chromaAtHalfDegrees(table, mul(splat(2.0), wrappedDegrees(hue)), lightness);
 }
 
 // chromaForHue for one hue the same in every lane (the target hue), whose place is found once.
@@ -362,13 +379,14 @@ inline Lanes chromaForFixedHue(const ChromaTable& table, const FixedHue& hue, La
     return interpolatedChroma(hue.place, column, k.a, k.b, k.c, k.d);
 }
 
-// KVColorGamut::maxChromaForHue(hue).c1, given the records' chromas every fourth double.
-inline Lanes maxChromaForHue(const double* maxChromas, Lanes hue)
+// KVColorGamut::maxChromaForHue(hue).c1 from 2 x wrappedDegrees(hue), given the records' chromas
+// every fourth double.
+inline Lanes maxChromaAtHalfDegrees(const double* maxChromas, Lanes halfDegrees)
 {
-    const Lanes degrees = wrappedDegrees(hue);
     const Lanes zero = _mm256_setzero_pd();
-    Lanes index = floorOf(add(mul(splat(2.0), degrees), splat(0.5)));
-    index = choose(isFinite(degrees), index, zero);
+    Lanes index = floorOf(add(halfDegrees, splat(0.5)));
+    // 2 d is finite exactly when d is.
+    index = choose(isFinite(halfDegrees), index, zero);
     index = choose(eq(index, splat(720.0)), zero, index);
     const __m128i slot = _mm_slli_epi32(toInt32(index), 2);
     return gather(maxChromas, slot);

@@ -43,7 +43,8 @@ void chromasForHues(const ChromaTable& table, const double* hue, const double* l
 void maxChromasForHues(const double* maxChromas, const double* hue, std::size_t count, double* out)
 {
     for (std::size_t i = 0; i < count; i += kLanes) {
-        storeGroup(out + i, maxChromaForHue(maxChromas, loadGroup(hue + i, count - i)), count - i);
+        const Lanes halfDegrees = mul(splat(2.0), wrappedDegrees(loadGroup(hue + i, count - i)));
+        storeGroup(out + i, maxChromaAtHalfDegrees(maxChromas, halfDegrees), count - i);
     }
 }
 

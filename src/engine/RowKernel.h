@@ -88,6 +88,8 @@ struct SelectedColors {
     double* C;
     double* h;
     double* alpha;
+    // 2 x h in degrees, wrapped into [0, 720).
+    double* halfDegrees;
     // The unshifted linear colour.
     double* r;
     double* g;
@@ -97,6 +99,8 @@ struct SelectedColors {
     double* paintedG;
     double* paintedB;
     double* paintedAlpha;
+    // The samples it is stored with, r, g, b, alpha.
+    std::uint32_t* samples[4];
 };
 
 struct SelectConstants {

@@ -51,8 +51,16 @@ LaneMask blackOf(const Xyz& v)
     return both(both(eq(v.X, zero), eq(v.Y, zero)), eq(v.Z, zero));
 }
 
-// xyzToLuv and luvToLch, black to (0, 0, 0).
-Lch luvLch(const Xyz& v)
+// xyzToLuv and the chroma of luvToLch, black to (0, 0, 0); the hue's arctangent is taken in a
+// pass of its own, from u and v.
+struct LuvChroma {
+    Lanes L;
+    Lanes C;
+    Lanes u;
+    Lanes v;
+};
+
+LuvChroma luvChroma(const Xyz& v)
 {
     const Lanes zero = _mm256_setzero_pd();
     const LaneMask black = blackOf(v);
@@ -66,8 +74,7 @@ Lch luvLch(const Xyz& v)
     const Lanes u = choose(black, zero, mul(scale, sub(uPrime, splat(kLuvWhiteU))));
     const Lanes w = choose(black, zero, mul(scale, sub(vPrime, splat(kLuvWhiteV))));
     L = choose(black, zero, L);
-    const Lanes C = _mm256_sqrt_pd(add(mul(u, u), mul(w, w)));
-    return {L, C, Sleef_atan2d4_u10avx2(w, u)};
+    return {L, _mm256_sqrt_pd(add(mul(u, u), mul(w, w))), u, w};
 }
 
 // The Lab f of t given its cube root.
@@ -153,15 +160,40 @@ Lanes bringIntoChain(const SelectConstants& k, Lanes hue, LaneMask active)
 std::size_t selectCandidates(const SelectConstants& k, const Candidates& in, std::size_t count,
                              double* weights, const SelectedColors& out)
 {
+    // In passes over the run, each short enough for the processor to overlap consecutive
+    // groups. LCh goes to out.L, out.C and out.h at the candidates' own places (u and v for
+    // the arctangent pass in out.saturation and out.zone), and the last pass packs the
+    // selected ones towards the front, never past the group it reads.
+    if (k.lab) {
+        for (std::size_t j = 0; j < count; j += kLanes) {
+            const Lch lch = labLch(xyzOf(k.M, _mm256_loadu_pd(in.r + j), _mm256_loadu_pd(in.g + j),
+                                         _mm256_loadu_pd(in.b + j)));
+            _mm256_storeu_pd(out.L + j, lch.L);
+            _mm256_storeu_pd(out.C + j, lch.C);
+            _mm256_storeu_pd(out.h + j, lch.h);
+        }
+    } else {
+        for (std::size_t j = 0; j < count; j += kLanes) {
+            const LuvChroma luv =
+                luvChroma(xyzOf(k.M, _mm256_loadu_pd(in.r + j), _mm256_loadu_pd(in.g + j),
+                                _mm256_loadu_pd(in.b + j)));
+            _mm256_storeu_pd(out.L + j, luv.L);
+            _mm256_storeu_pd(out.C + j, luv.C);
+            _mm256_storeu_pd(out.saturation + j, luv.u);
+            _mm256_storeu_pd(out.zone + j, luv.v);
+        }
+        for (std::size_t j = 0; j < count; j += kLanes) {
+            _mm256_storeu_pd(out.h + j, Sleef_atan2d4_u10avx2(_mm256_loadu_pd(out.zone + j),
+                                                              _mm256_loadu_pd(out.saturation + j)));
+        }
+    }
+
     const Lanes zero = _mm256_setzero_pd();
     std::size_t selected = 0;
     for (std::size_t j = 0; j < count; j += kLanes) {
-        const Lanes r = _mm256_loadu_pd(in.r + j);
-        const Lanes g = _mm256_loadu_pd(in.g + j);
-        const Lanes b = _mm256_loadu_pd(in.b + j);
+        const Lch lch{_mm256_loadu_pd(out.L + j), _mm256_loadu_pd(out.C + j),
+                      _mm256_loadu_pd(out.h + j)};
         const Lanes alpha = _mm256_loadu_pd(in.alpha + j);
-        const Xyz xyz = xyzOf(k.M, r, g, b);
-        const Lch lch = k.lab ? labLch(xyz) : luvLch(xyz);
 
         // lchSelection, every test of every lane; the first failing one decides as the scalar
         // early returns do.
@@ -174,8 +206,10 @@ std::size_t selectCandidates(const SelectConstants& k, const Candidates& in, std
                                                k.lightUpper, k.lightUpperFalloff);
         ok = butNot(ok, eq(lightFactor.zone, zero));
         ok = butNot(ok, lt(lch.C, splat(0.01)));
+        // The hue in half degrees, which the shift's gamut lookup needs again.
+        const Lanes halfDegrees = mul(splat(2.0), wrappedDegrees(lch.h));
         const Lanes maxChroma =
-            k.maxChromas != nullptr ? maxChromaForHue(k.maxChromas, lch.h) : zero;
+            k.maxChromas != nullptr ? maxChromaAtHalfDegrees(k.maxChromas, halfDegrees) : zero;
         const Lanes s = div(lch.C, choose(gt(lch.C, maxChroma), lch.C, maxChroma));
         const Factor satFactor =
             rangeFactor(s, k.satLowerFalloff, k.satLower, k.satUpper, k.satUpperFalloff);
@@ -199,10 +233,11 @@ std::size_t selectCandidates(const SelectConstants& k, const Candidates& in, std
         packStore(out.L + selected, lch.L, lanes);
         packStore(out.C + selected, lch.C, lanes);
         packStore(out.h + selected, lch.h, lanes);
+        packStore(out.halfDegrees + selected, halfDegrees, lanes);
         packStore(out.alpha + selected, alpha, lanes);
-        packStore(out.r + selected, r, lanes);
-        packStore(out.g + selected, g, lanes);
-        packStore(out.b + selected, b, lanes);
+        packStore(out.r + selected, _mm256_loadu_pd(in.r + j), lanes);
+        packStore(out.g + selected, _mm256_loadu_pd(in.g + j), lanes);
+        packStore(out.b + selected, _mm256_loadu_pd(in.b + j), lanes);
         selected += static_cast<std::size_t>(__builtin_popcount(lanes));
     }
     // Harmless, fully selected colours behind the last one for the stages that take four at a
@@ -216,6 +251,7 @@ std::size_t selectCandidates(const SelectConstants& k, const Candidates& in, std
         out.L[i] = 50.0;
         out.C[i] = 0.0;
         out.h[i] = 0.0;
+        out.halfDegrees[i] = 0.0;
         out.alpha[i] = 1.0;
         out.r[i] = 0.5;
         out.g[i] = 0.5;

@@ -84,8 +84,6 @@ struct RowScratch {
     std::vector<ColorComponents> linear;
     std::vector<std::uint32_t> candidate;
     std::vector<double> weight;
-    std::vector<ColorComponents> xyz;
-    std::vector<double> d;
     ShiftBatch batch;
 
     void reserve(std::size_t n)
@@ -93,83 +91,9 @@ struct RowScratch {
         linear.resize(n);
         candidate.resize(n);
         weight.resize(n);
-        xyz.resize(n);
-        d.resize(n);
         batch.reserve(n);
     }
 };
-
-// Linear RGB of the candidates into LCh, the cube roots and arctangents taken together. Each
-// step is that of rgbToLchuv and rgbToLchab.
-void lchOfCandidates(std::size_t count, std::int64_t mode, const Matrix3& M, RowScratch& scratch)
-{
-    ShiftBatch& s = scratch.batch;
-    std::vector<ColorComponents>& xyz = scratch.xyz;
-    std::vector<double>& dd = scratch.d;
-    for (std::size_t j = 0; j < count; ++j) {
-        xyz[j] = rgbToXyz(scratch.linear[j], M);
-    }
-    if (mode == kColorModeLChuv) {
-        for (std::size_t j = 0; j < count; ++j) {
-            s.a[j] = xyz[j].c1;
-        }
-        batch::cbrt(s.a.data(), s.a.data(), count);
-        for (std::size_t j = 0; j < count; ++j) {
-            const double X = xyz[j].c0;
-            const double Y = xyz[j].c1;
-            const double Z = xyz[j].c2;
-            if (X == 0.0 && Y == 0.0 && Z == 0.0) {
-                s.b[j] = 0.0; // u
-                s.c[j] = 0.0; // v
-                s.lch[j] = {0.0, 0.0, 0.0, xyz[j].alpha};
-                continue;
-            }
-            const double d = X + 15.0 * Y + 3.0 * Z;
-            const double uPrime = 4.0 * X / d;
-            const double vPrime = 9.0 * Y / d;
-            const double L = Y > kCieEpsilon ? 116.0 * s.a[j] - 16.0 : kCieKappa * Y;
-            s.b[j] = 13.0 * L * (uPrime - kLuvWhiteU);
-            s.c[j] = 13.0 * L * (vPrime - kLuvWhiteV);
-            s.lch[j] = {L, std::sqrt(s.b[j] * s.b[j] + s.c[j] * s.c[j]), 0.0, xyz[j].alpha};
-        }
-        batch::atan2(s.c.data(), s.b.data(), dd.data(), count);
-        for (std::size_t j = 0; j < count; ++j) {
-            s.lch[j].c2 = dd[j];
-        }
-        return;
-    }
-    for (std::size_t j = 0; j < count; ++j) {
-        s.a[j] = xyz[j].c0 / kLabWhiteX;
-        s.b[j] = xyz[j].c1;
-        s.c[j] = xyz[j].c2 / kLabWhiteZ;
-    }
-    batch::cbrt(s.a.data(), dd.data(), count);
-    const auto f = [](double t, double root) {
-        return t > kCieEpsilon ? root : (kCieKappa * t + 16.0) / 116.0;
-    };
-    for (std::size_t j = 0; j < count; ++j) {
-        s.a[j] = f(s.a[j], dd[j]);
-    }
-    batch::cbrt(s.b.data(), dd.data(), count);
-    for (std::size_t j = 0; j < count; ++j) {
-        s.b[j] = f(s.b[j], dd[j]);
-    }
-    batch::cbrt(s.c.data(), dd.data(), count);
-    for (std::size_t j = 0; j < count; ++j) {
-        s.c[j] = f(s.c[j], dd[j]);
-    }
-    for (std::size_t j = 0; j < count; ++j) {
-        const ColorComponents& v = xyz[j];
-        if (v.c0 == 0.0 && v.c1 == 0.0 && v.c2 == 0.0) {
-            s.lch[j] = labToLchFast({0.0, 0.0, 0.0, v.alpha});
-            continue;
-        }
-        const double fx = s.a[j];
-        const double fy = s.b[j];
-        const double fz = s.c[j];
-        s.lch[j] = labToLchFast({116.0 * fy - 16.0, 500.0 * (fx - fy), 200.0 * (fy - fz), v.alpha});
-    }
-}
 
 void writeSelected(std::int64_t y, std::size_t count, const RowScratch& s,
                    const PaintCoverage& coverage, const LinearWriter& write)
@@ -218,7 +142,7 @@ void shiftCandidates(const HueShiftRun& run, const HueShiftParameters& p,
 
     ShiftBatch& colors = s.batch;
     if (lch) {
-        lchOfCandidates(candidates, mode, context.M, s);
+        lchOfLinearColors(s.linear.data(), candidates, mode, context.M, colors);
     } else {
         for (std::size_t j = 0; j < candidates; ++j) {
             colors.cylinder[j] = cylinderFromLinearRgb(s.linear[j], mode);
@@ -284,11 +208,15 @@ void rowWorker(const HueShiftTask& task)
     const LinearReader read(source, run.wordDecode.get());
     const LinearWriter write(destination, run.wordEncode.get());
     const auto rowBytes = static_cast<std::size_t>(source.bytesPerRow);
-    RowScratch scratch;
-    scratch.reserve(static_cast<std::size_t>(source.pixelsWide));
     std::unique_ptr<VectorisedRows> vectorised;
     if (rowWorkerPaths().vectorised && VectorisedRows::available(run)) {
         vectorised = std::make_unique<VectorisedRows>(run, p, context);
+    }
+    // The scalar steps' arrays, row-wide, only where they are used: fresh memory is dear.
+    const bool wholeRows = vectorised && vectorised->shiftsWholeRows();
+    RowScratch scratch;
+    if (!wholeRows) {
+        scratch.reserve(static_cast<std::size_t>(source.pixelsWide));
     }
 
     const auto end = static_cast<std::int64_t>(task.firstItem + task.itemCount);
@@ -298,7 +226,7 @@ void rowWorker(const HueShiftTask& task)
             std::memcpy(destination.bitmapData + y * destination.bytesPerRow,
                         source.bitmapData + y * source.bytesPerRow, rowBytes);
         }
-        if (vectorised && vectorised->shiftsWholeRows()) {
+        if (wholeRows) {
             vectorised->shiftRow(y);
             continue;
         }

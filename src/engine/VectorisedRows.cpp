@@ -62,8 +62,8 @@ VectorisedRows::VectorisedRows(const HueShiftRun& run, const HueShiftParameters&
     words_.assign(5 * kArrayLength, 0);
     rowWords_ = {words_.data(), words_.data() + kArrayLength, words_.data() + 2 * kArrayLength,
                  words_.data() + 3 * kArrayLength, words_.data() + 4 * kArrayLength};
-    indices_.assign(3 * kArrayLength, 0);
-    constexpr std::size_t kDoubleArrays = 4 + 1 + 14;
+    indices_.assign(7 * kArrayLength, 0);
+    constexpr std::size_t kDoubleArrays = 4 + 1 + 15;
     doubles_.assign(kDoubleArrays * kArrayLength, 0.0);
     double* next = doubles_.data();
     const auto take = [&] {
@@ -76,6 +76,9 @@ VectorisedRows::VectorisedRows(const HueShiftRun& run, const HueShiftParameters&
     std::uint32_t* const selectedIndices = indices_.data() + kArrayLength;
     selected_.candidate = selectedIndices;
     selected_.x = selectedIndices + kArrayLength;
+    for (std::size_t c = 0; c < 4; ++c) {
+        selected_.samples[c] = selectedIndices + (2 + c) * kArrayLength;
+    }
     selected_.weight = take();
     selected_.zone = take();
     selected_.saturation = take();
@@ -83,6 +86,7 @@ VectorisedRows::VectorisedRows(const HueShiftRun& run, const HueShiftParameters&
     selected_.C = take();
     selected_.h = take();
     selected_.alpha = take();
+    selected_.halfDegrees = take();
     selected_.r = take();
     selected_.g = take();
     selected_.b = take();

@@ -40,6 +40,10 @@ public:
     // into `x` (room for the row's width each); returns their count.
     std::size_t readRow(std::int64_t y, ColorComponents* linear, std::uint32_t* x);
 
+    // The constants the stages run with, for tests of the stages on their own.
+    const row_kernel::SelectConstants& selectConstants() const { return select_; }
+    const row_kernel::PaintConstants& paintConstants() const { return paint_; }
+
 private:
     static bool readPixel(const void* self, std::int64_t x, std::int64_t y, double* rgba);
     static double bringHueIntoChain(const void* self, double hue, bool raise);
