@@ -90,7 +90,7 @@ struct SelectedColors {
     double* alpha;
     // 2 x h in degrees, wrapped into [0, 720).
     double* halfDegrees;
-    // The unshifted linear colour.
+    // The unshifted linear colour (when SelectConstants::keepUnshifted).
     double* r;
     double* g;
     double* b;
@@ -106,6 +106,9 @@ struct SelectedColors {
 struct SelectConstants {
     // 0 over Luv, 1 over Lab.
     bool lab;
+    // Whether the selected colours' unshifted linear colours are kept: the painted coverage
+    // mixes them in.
+    bool keepUnshifted;
     double M[9];
     double hueLowerFalloff;
     double hueLower;
@@ -122,6 +125,9 @@ struct SelectConstants {
     // The chroma of the gamut's most chromatic colour per half degree of hue, every fourth
     // double (the records' second member); null without a gamut.
     const double* maxChromas;
+    // The shift's gamut table (PaintConstants::chromas), whose entries for the selected colours
+    // are fetched into the cache here, well before the shift reads them; null without a gamut.
+    const double* chromaPairs;
     // A hue more than four periods from the chain, brought into it as the scalar code does.
     double (*bringHueIntoChain)(const void* context, double hue, bool raise);
     const void* context;

@@ -23,39 +23,62 @@ struct Xyz {
     Lanes Z;
 };
 
-// lchShiftedLightness with its powers: the doubled brightness change, or the curve scaled by
-// saturation, weight and gain; clamped to 0..100.
-Lanes shiftedLightness(const PaintConstants& k, Lanes L, Lanes saturation, Lanes weight)
+// lchShiftedLightness with its powers, in passes over the run, each with at most one power so
+// that the processor overlaps the powers of consecutive groups: the doubled brightness change,
+// or the curve scaled by saturation, weight and gain; clamped to 0..100. The new lightness goes
+// to newLs; `scratch` and `applied` hold the curve's output and where it applies between passes.
+void shiftLightness(const PaintConstants& k, const SelectedColors& s, std::size_t count,
+                    double* newLs, double* scratch, double* applied)
 {
     const Lanes zero = _mm256_setzero_pd();
-    const Lanes level = div(L, splat(100.0));
-    const Lanes base = k.targetBri > 0.0 ? fmaxOf(sub(splat(1.0), level), zero) : level;
-    const Lanes first = Sleef_powd4_u10avx2(base, splat(k.imageGamma));
-    Lanes newL = L;
+    const Lanes hundred = splat(100.0);
+    for (std::size_t i = 0; i < count; i += kLanes) {
+        const Lanes level = div(_mm256_loadu_pd(s.L + i), hundred);
+        const Lanes base = k.targetBri > 0.0 ? fmaxOf(sub(splat(1.0), level), zero) : level;
+        _mm256_storeu_pd(newLs + i, Sleef_powd4_u10avx2(base, splat(k.imageGamma)));
+    }
     if (k.targetBri != 0.0) {
-        const Lanes t = mul(mul(splat(k.targetBri), saturation), weight);
-        newL = add(L, mul(mul(splat(2.0 * 100.0), first), t));
-    } else {
-        // curveAt at x = first power x 10, where it lies inside (-1, 11).
-        const Lanes x = mul(first, splat(10.0));
+        for (std::size_t i = 0; i < count; i += kLanes) {
+            const Lanes L = _mm256_loadu_pd(s.L + i);
+            const Lanes t = mul(mul(splat(k.targetBri), _mm256_loadu_pd(s.saturation + i)),
+                                _mm256_loadu_pd(s.weight + i));
+            const Lanes first = _mm256_loadu_pd(newLs + i);
+            _mm256_storeu_pd(
+                newLs + i, clampTo(add(L, mul(mul(splat(2.0 * 100.0), first), t)), zero, hundred));
+        }
+        return;
+    }
+    // curveAt at x = first power x 10, where it lies inside (-1, 11).
+    bool anyCurve = false;
+    for (std::size_t i = 0; i < count; i += kLanes) {
+        const Lanes x = mul(_mm256_loadu_pd(newLs + i), splat(10.0));
         const LaneMask applies = both(gt(x, splat(-1.0)), lt(x, splat(11.0)));
-        if (bits(applies) != 0) {
-            const Lanes truncated = _mm256_round_pd(x, _MM_FROUND_TO_ZERO | _MM_FROUND_NO_EXC);
-            Lanes segment = choose(applies, truncated, zero);
-            segment = choose(eq(segment, splat(10.0)), splat(9.0), segment);
-            const __m128i index = toInt32(segment);
-            const Lanes at = gather(k.curve, index);
-            const Lanes next = gather(k.curve, _mm_add_epi32(index, _mm_set1_epi32(1)));
-            const Lanes y = add(at, mul(sub(next, at), sub(x, segment)));
-            const Lanes second = Sleef_powd4_u10avx2(y, splat(1.0 / k.imageGamma));
-            const Lanes change =
-                mul(mul(mul(sub(mul(splat(100.0), second), L), saturation), weight),
-                    splat(k.curveGain));
-            const Lanes changed = choose(isNan(change), L, add(L, change));
-            newL = choose(applies, changed, L);
+        const Lanes truncated = _mm256_round_pd(x, _MM_FROUND_TO_ZERO | _MM_FROUND_NO_EXC);
+        Lanes segment = choose(applies, truncated, zero);
+        segment = choose(eq(segment, splat(10.0)), splat(9.0), segment);
+        const __m128i index = toInt32(segment);
+        const Lanes at = gather(k.curve, index);
+        const Lanes next = gather(k.curve, _mm_add_epi32(index, _mm_set1_epi32(1)));
+        _mm256_storeu_pd(scratch + i, add(at, mul(sub(next, at), sub(x, segment))));
+        _mm256_storeu_pd(applied + i, applies);
+        anyCurve = anyCurve || bits(applies) != 0;
+    }
+    if (anyCurve) {
+        for (std::size_t i = 0; i < count; i += kLanes) {
+            _mm256_storeu_pd(scratch + i, Sleef_powd4_u10avx2(_mm256_loadu_pd(scratch + i),
+                                                              splat(1.0 / k.imageGamma)));
         }
     }
-    return clampTo(newL, zero, splat(100.0));
+    for (std::size_t i = 0; i < count; i += kLanes) {
+        const Lanes L = _mm256_loadu_pd(s.L + i);
+        const Lanes change = mul(mul(mul(sub(mul(hundred, _mm256_loadu_pd(scratch + i)), L),
+                                         _mm256_loadu_pd(s.saturation + i)),
+                                     _mm256_loadu_pd(s.weight + i)),
+                                 splat(k.curveGain));
+        const Lanes changed = choose(isNan(change), L, add(L, change));
+        const Lanes newL = choose(_mm256_loadu_pd(applied + i), changed, L);
+        _mm256_storeu_pd(newLs + i, clampTo(newL, zero, hundred));
+    }
 }
 
 // finishLchShift up to the blend: the chroma kept at its place between grey and the gamut
@@ -177,12 +200,7 @@ void paintShifted(const PaintConstants& k, const SelectedColors& s, std::size_t 
     double* const newLs = s.paintedR;
     double* const newCs = s.paintedG;
     double* const newHues = s.paintedB;
-    for (std::size_t i = 0; i < count; i += kLanes) {
-        const Lanes L = _mm256_loadu_pd(s.L + i);
-        const Lanes weight = _mm256_loadu_pd(s.weight + i);
-        const Lanes saturation = _mm256_loadu_pd(s.saturation + i);
-        _mm256_storeu_pd(newLs + i, shiftedLightness(k, L, saturation, weight));
-    }
+    shiftLightness(k, s, count, newLs, newCs, newHues);
 
     const Lanes one = splat(1.0);
     const bool gamut = k.chromas.pairs != nullptr;

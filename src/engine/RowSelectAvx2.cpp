@@ -60,11 +60,10 @@ struct LuvChroma {
     Lanes v;
 };
 
-LuvChroma luvChroma(const Xyz& v)
+LuvChroma luvChroma(const Xyz& v, Lanes root)
 {
     const Lanes zero = _mm256_setzero_pd();
     const LaneMask black = blackOf(v);
-    const Lanes root = Sleef_cbrtd4_u10avx2(v.Y);
     const Lanes d = add(add(v.X, mul(splat(15.0), v.Y)), mul(splat(3.0), v.Z));
     const Lanes uPrime = div(mul(splat(4.0), v.X), d);
     const Lanes vPrime = div(mul(splat(9.0), v.Y), d);
@@ -84,16 +83,28 @@ Lanes labF(Lanes t, Lanes root)
                   div(add(mul(splat(kCieKappa), t), splat(16.0)), splat(116.0)));
 }
 
-// xyzToLab and labToLchFast, black to (0, 0, 0) before the polar form.
-Lch labLch(const Xyz& v)
+// The values whose cube roots xyzToLab takes.
+struct LabRatios {
+    Lanes x;
+    Lanes y;
+    Lanes z;
+};
+
+LabRatios labRatios(const Xyz& v)
+{
+    return {div(v.X, splat(kLabWhiteX)), v.Y, div(v.Z, splat(kLabWhiteZ))};
+}
+
+// xyzToLab and labToLchFast, black to (0, 0, 0) before the polar form, given the cube roots of
+// the ratios.
+Lch labLch(const Xyz& v, const LabRatios& roots)
 {
     const Lanes zero = _mm256_setzero_pd();
     const LaneMask black = blackOf(v);
-    const Lanes tx = div(v.X, splat(kLabWhiteX));
-    const Lanes tz = div(v.Z, splat(kLabWhiteZ));
-    const Lanes fx = labF(tx, Sleef_cbrtd4_u10avx2(tx));
-    const Lanes fy = labF(v.Y, Sleef_cbrtd4_u10avx2(v.Y));
-    const Lanes fz = labF(tz, Sleef_cbrtd4_u10avx2(tz));
+    const LabRatios t = labRatios(v);
+    const Lanes fx = labF(t.x, roots.x);
+    const Lanes fy = labF(t.y, roots.y);
+    const Lanes fz = labF(t.z, roots.z);
     const Lanes L = choose(black, zero, sub(mul(splat(116.0), fy), splat(16.0)));
     const Lanes a = choose(black, zero, mul(splat(500.0), sub(fx, fy)));
     const Lanes b = choose(black, zero, mul(splat(200.0), sub(fy, fz)));
@@ -155,6 +166,24 @@ Lanes bringIntoChain(const SelectConstants& k, Lanes hue, LaneMask active)
     return _mm256_loadu_pd(lanes);
 }
 
+// Asks for the cache lines of the gamut entries around each lane's hue and lightness (where
+// chromaForHue will read, give or take a line: a fetch only).
+void prefetchChromas(const double* pairs, Lanes halfDegrees, Lanes L)
+{
+    const Lanes zero = _mm256_setzero_pd();
+    const Lanes row = clampTo(floorOf(halfDegrees), zero, splat(719.0));
+    const Lanes column = clampTo(floorOf(mul(splat(2.0), L)), zero, splat(199.0));
+    // NaN lanes go to entry 0.
+    const Lanes index =
+        choose(isNan(add(row, column)), zero, add(mul(row, splat(kChromaColumns)), column));
+    alignas(16) std::int32_t at[kLanes];
+    _mm_store_si128(reinterpret_cast<__m128i*>(at), toInt32(index));
+    for (const std::int32_t i : at) {
+        _mm_prefetch(reinterpret_cast<const char*>(pairs + 2 * static_cast<std::ptrdiff_t>(i)),
+                     _MM_HINT_T0);
+    }
+}
+
 } // namespace
 
 std::size_t selectCandidates(const SelectConstants& k, const Candidates& in, std::size_t count,
@@ -164,19 +193,33 @@ std::size_t selectCandidates(const SelectConstants& k, const Candidates& in, std
     // groups. LCh goes to out.L, out.C and out.h at the candidates' own places (u and v for
     // the arctangent pass in out.saturation and out.zone), and the last pass packs the
     // selected ones towards the front, never past the group it reads.
+    // The cube roots in passes of their own (into out.h, out.saturation and out.zone); the
+    // next pass works out XYZ again, the same way.
+    const auto xyzAt = [&](std::size_t j) {
+        return xyzOf(k.M, _mm256_loadu_pd(in.r + j), _mm256_loadu_pd(in.g + j),
+                     _mm256_loadu_pd(in.b + j));
+    };
     if (k.lab) {
         for (std::size_t j = 0; j < count; j += kLanes) {
-            const Lch lch = labLch(xyzOf(k.M, _mm256_loadu_pd(in.r + j), _mm256_loadu_pd(in.g + j),
-                                         _mm256_loadu_pd(in.b + j)));
+            const LabRatios t = labRatios(xyzAt(j));
+            _mm256_storeu_pd(out.h + j, Sleef_cbrtd4_u10avx2(t.x));
+            _mm256_storeu_pd(out.saturation + j, Sleef_cbrtd4_u10avx2(t.y));
+            _mm256_storeu_pd(out.zone + j, Sleef_cbrtd4_u10avx2(t.z));
+        }
+        for (std::size_t j = 0; j < count; j += kLanes) {
+            const Lch lch =
+                labLch(xyzAt(j), {_mm256_loadu_pd(out.h + j), _mm256_loadu_pd(out.saturation + j),
+                                  _mm256_loadu_pd(out.zone + j)});
             _mm256_storeu_pd(out.L + j, lch.L);
             _mm256_storeu_pd(out.C + j, lch.C);
             _mm256_storeu_pd(out.h + j, lch.h);
         }
     } else {
         for (std::size_t j = 0; j < count; j += kLanes) {
-            const LuvChroma luv =
-                luvChroma(xyzOf(k.M, _mm256_loadu_pd(in.r + j), _mm256_loadu_pd(in.g + j),
-                                _mm256_loadu_pd(in.b + j)));
+            _mm256_storeu_pd(out.h + j, Sleef_cbrtd4_u10avx2(xyzAt(j).Y));
+        }
+        for (std::size_t j = 0; j < count; j += kLanes) {
+            const LuvChroma luv = luvChroma(xyzAt(j), _mm256_loadu_pd(out.h + j));
             _mm256_storeu_pd(out.L + j, luv.L);
             _mm256_storeu_pd(out.C + j, luv.C);
             _mm256_storeu_pd(out.saturation + j, luv.u);
@@ -222,6 +265,9 @@ std::size_t selectCandidates(const SelectConstants& k, const Candidates& in, std
         if (lanes == 0) {
             continue;
         }
+        if (k.chromaPairs != nullptr) {
+            prefetchChromas(k.chromaPairs, halfDegrees, lch.L);
+        }
         const __m128i candidates =
             _mm_add_epi32(_mm_set1_epi32(static_cast<int>(j)), _mm_set_epi32(3, 2, 1, 0));
         packStore(out.candidate + selected, candidates, lanes);
@@ -235,9 +281,11 @@ std::size_t selectCandidates(const SelectConstants& k, const Candidates& in, std
         packStore(out.h + selected, lch.h, lanes);
         packStore(out.halfDegrees + selected, halfDegrees, lanes);
         packStore(out.alpha + selected, alpha, lanes);
-        packStore(out.r + selected, _mm256_loadu_pd(in.r + j), lanes);
-        packStore(out.g + selected, _mm256_loadu_pd(in.g + j), lanes);
-        packStore(out.b + selected, _mm256_loadu_pd(in.b + j), lanes);
+        if (k.keepUnshifted) {
+            packStore(out.r + selected, _mm256_loadu_pd(in.r + j), lanes);
+            packStore(out.g + selected, _mm256_loadu_pd(in.g + j), lanes);
+            packStore(out.b + selected, _mm256_loadu_pd(in.b + j), lanes);
+        }
         selected += static_cast<std::size_t>(__builtin_popcount(lanes));
     }
     // Harmless, fully selected colours behind the last one for the stages that take four at a

@@ -158,8 +158,10 @@ TEST_P(VectorisedStages, SelectAndPaintAsTheScalarFunctions)
         arrays.candidates.b[j] = colours[j].c2;
         arrays.candidates.alpha[j] = colours[j].alpha;
     }
+    row_kernel::SelectConstants constants = rows.selectConstants();
+    constants.keepUnshifted = true;
     const std::size_t selected = row_kernel::avx2::selectCandidates(
-        rows.selectConstants(), arrays.candidates, n, arrays.weights, arrays.selected);
+        constants, arrays.candidates, n, arrays.weights, arrays.selected);
     row_kernel::avx2::paintShifted(rows.paintConstants(), arrays.selected, selected);
 
     ShiftBatch batch;
@@ -177,6 +179,8 @@ TEST_P(VectorisedStages, SelectAndPaintAsTheScalarFunctions)
             EXPECT_EQ(bitsOf(arrays.selected.h[expected]), bitsOf(batch.lch[j].c2)) << j;
             EXPECT_EQ(arrays.selected.zone[expected], static_cast<double>(selection.hueZone));
             EXPECT_EQ(bitsOf(arrays.selected.saturation[expected]), bitsOf(selection.saturation));
+            EXPECT_EQ(bitsOf(arrays.selected.r[expected]), bitsOf(colours[j].c0));
+            EXPECT_EQ(bitsOf(arrays.selected.alpha[expected]), bitsOf(colours[j].alpha));
             batch.selected[expected] = static_cast<std::uint32_t>(j);
             batch.selection[expected] = selection;
             ++expected;
