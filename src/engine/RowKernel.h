@@ -8,7 +8,9 @@
 // Every stage computes exactly what the row worker's scalar steps compute, operation for
 // operation (no fused multiply-adds), with the same SLEEF functions the batched scalar steps use
 // on such processors; what is rare or too irregular for lanes goes through the callbacks, which
-// run the scalar code.
+// run the scalar code. The stored samples come from the encoding table's thresholds; only the
+// guesses that lead there, and the tests that rule pixels out early, are approximate, with
+// bounds on their errors.
 
 #include <cstddef>
 #include <cstdint>
@@ -28,7 +30,7 @@ struct SampleLayout {
 
 // A row's candidates: the pixels whose weight is computed (not transparent, over Luv with a hue
 // that may lie on the selected arc), with their linear straight-alpha colours. Arrays hold at
-// least the row's width plus four.
+// least the stretch's width plus four.
 struct Candidates {
     std::uint32_t* x;
     double* r;
@@ -76,14 +78,15 @@ struct ReadConstants {
 };
 
 // The selected candidates, packed: which candidate, its selection and everything the painting
-// and writing need. Arrays hold at least the candidate count plus four.
+// and writing need. Arrays hold at least the candidate count plus four (the selection uses them
+// as scratch for every candidate first).
 struct SelectedColors {
     std::uint32_t* candidate;
     std::uint32_t* x;
     double* weight;
     double* zone;
     double* saturation;
-    // LCh in; painted (L, C, h, alpha) out.
+    // The unshifted LCh colour.
     double* L;
     double* C;
     double* h;

@@ -190,9 +190,9 @@ std::size_t selectCandidates(const SelectConstants& k, const Candidates& in, std
                              double* weights, const SelectedColors& out)
 {
     // In passes over the run, each short enough for the processor to overlap consecutive
-    // groups. LCh goes to out.L, out.C and out.h at the candidates' own places (u and v for
-    // the arctangent pass in out.saturation and out.zone), and the last pass packs the
-    // selected ones towards the front, never past the group it reads.
+    // groups. LCh goes to out.L, out.C and out.h at the candidates' own places (cube roots, and
+    // u and v for the arctangent pass, in out.h, out.saturation and out.zone), and the last pass
+    // packs the selected ones towards the front, never past the group it reads.
     // The cube roots in passes of their own (into out.h, out.saturation and out.zone); the
     // next pass works out XYZ again, the same way.
     const auto xyzAt = [&](std::size_t j) {
@@ -232,6 +232,17 @@ std::size_t selectCandidates(const SelectConstants& k, const Candidates& in, std
     }
 
     const Lanes zero = _mm256_setzero_pd();
+    // The hue in half degrees (which the shift's gamut lookup needs again) and the relative
+    // saturation, a pass of table reads, into out.halfDegrees and out.saturation.
+    for (std::size_t j = 0; j < count; j += kLanes) {
+        const Lanes C = _mm256_loadu_pd(out.C + j);
+        const Lanes halfDegrees = mul(splat(2.0), wrappedDegrees(_mm256_loadu_pd(out.h + j)));
+        const Lanes maxChroma =
+            k.maxChromas != nullptr ? maxChromaAtHalfDegrees(k.maxChromas, halfDegrees) : zero;
+        _mm256_storeu_pd(out.halfDegrees + j, halfDegrees);
+        _mm256_storeu_pd(out.saturation + j, div(C, choose(gt(C, maxChroma), C, maxChroma)));
+    }
+
     std::size_t selected = 0;
     for (std::size_t j = 0; j < count; j += kLanes) {
         const Lch lch{_mm256_loadu_pd(out.L + j), _mm256_loadu_pd(out.C + j),
@@ -249,11 +260,8 @@ std::size_t selectCandidates(const SelectConstants& k, const Candidates& in, std
                                                k.lightUpper, k.lightUpperFalloff);
         ok = butNot(ok, eq(lightFactor.zone, zero));
         ok = butNot(ok, lt(lch.C, splat(0.01)));
-        // The hue in half degrees, which the shift's gamut lookup needs again.
-        const Lanes halfDegrees = mul(splat(2.0), wrappedDegrees(lch.h));
-        const Lanes maxChroma =
-            k.maxChromas != nullptr ? maxChromaAtHalfDegrees(k.maxChromas, halfDegrees) : zero;
-        const Lanes s = div(lch.C, choose(gt(lch.C, maxChroma), lch.C, maxChroma));
+        const Lanes halfDegrees = _mm256_loadu_pd(out.halfDegrees + j);
+        const Lanes s = _mm256_loadu_pd(out.saturation + j);
         const Factor satFactor =
             rangeFactor(s, k.satLowerFalloff, k.satLower, k.satUpper, k.satUpperFalloff);
         ok = butNot(ok, eq(satFactor.zone, zero));

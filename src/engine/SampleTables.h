@@ -69,7 +69,6 @@ public:
     // thresholds()[k]: the smallest value stored as k or more, for k = 0 .. maximum + 1 (-inf
     // first, +inf last).
     const double* thresholds() const { return thresholds_.data(); }
-    unsigned maximum() const { return maximum_; }
 
 private:
     static constexpr double kMargin = 0.05;
