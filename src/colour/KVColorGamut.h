@@ -68,6 +68,8 @@ public:
     {
         return maxChromasLUT_[hueIndex];
     }
+    // Row i of the chroma table (kLightnessCount values), for lookups of many colours at once.
+    const double* chromaRow(std::size_t hueIndex) const { return chromasLUT_[hueIndex]; }
 
     // ---- Building steps -----------------------------------------------------------------------
     void initVars();

@@ -83,7 +83,7 @@ LuvHueFilter::LuvHueFilter(const HueArc& arc, const Matrix3& M)
     if (arc.wholeCircle || arc.period != kTwoPi) {
         return;
     }
-    everything_ = false;
+    k_.everything = false;
     // (4 - 4 u'n... ) written out: u-direction 4X - u'n (X + 15Y + 3Z), v-direction
     // 9Y - v'n (X + 15Y + 3Z), each a linear form in r, g, b through the rows of M.
     const double uX = 4.0 - kLuvWhiteU;
@@ -93,13 +93,44 @@ LuvHueFilter::LuvHueFilter(const HueArc& arc, const Matrix3& M)
     const double vY = 9.0 - 15.0 * kLuvWhiteV;
     const double vZ = -3.0 * kLuvWhiteV;
     for (int c = 0; c < 3; ++c) {
-        a_[c] = uX * M[c] + uY * M[3 + c] + uZ * M[6 + c];
-        b_[c] = vX * M[c] + vY * M[3 + c] + vZ * M[6 + c];
+        k_.u[c] = uX * M[c] + uY * M[3 + c] + uZ * M[6 + c];
+        k_.v[c] = vX * M[c] + vY * M[3 + c] + vZ * M[6 + c];
     }
-    centreCos_ = std::cos(arc.centre);
-    centreSin_ = std::sin(arc.centre);
-    cosHalfWidth_ = std::cos(arc.halfWidth);
-    cosSquared_ = cosHalfWidth_ * cosHalfWidth_;
+    k_.centreCos = std::cos(arc.centre);
+    k_.centreSin = std::sin(arc.centre);
+    k_.cosHalfWidth = std::cos(arc.halfWidth);
+    k_.cosSquared = k_.cosHalfWidth * k_.cosHalfWidth;
+
+    // The box test's forms: n . (u, v) for the inward normals n of the widened arc's edges, or,
+    // for an arc wider than a half turn, the negated inward normals of the wedge left over.
+    const double halfWidth = arc.halfWidth + kBoxAngle;
+    if (!(halfWidth < kPi)) {
+        return;
+    }
+    box_.active = true;
+    box_.bothForms = halfWidth > 0.5 * kPi;
+    double n1[2];
+    double n2[2];
+    if (!box_.bothForms) {
+        const double lower = arc.centre - halfWidth;
+        const double upper = arc.centre + halfWidth;
+        n1[0] = -std::sin(lower);
+        n1[1] = std::cos(lower);
+        n2[0] = std::sin(upper);
+        n2[1] = -std::cos(upper);
+    } else {
+        // The wedge runs from centre + halfWidth to centre - halfWidth + a turn.
+        const double lower = arc.centre + halfWidth;
+        const double upper = arc.centre - halfWidth;
+        n1[0] = std::sin(lower);
+        n1[1] = -std::cos(lower);
+        n2[0] = -std::sin(upper);
+        n2[1] = std::cos(upper);
+    }
+    for (int c = 0; c < 3; ++c) {
+        box_.w1[c] = n1[0] * k_.u[c] + n1[1] * k_.v[c];
+        box_.w2[c] = n2[0] * k_.u[c] + n2[1] * k_.v[c];
+    }
 }
 
 } // namespace tintorra

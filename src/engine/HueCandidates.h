@@ -37,35 +37,59 @@ entriesOnHueArc(const color_table_lch_entry_info* colors, std::uint64_t first, s
 // cube root or arctangent.
 class LuvHueFilter {
 public:
+    // The two linear forms in r, g, b and the arc's direction and width.
+    struct Coefficients {
+        bool everything = true;
+        double u[3] = {};
+        double v[3] = {};
+        double centreCos = 1.0;
+        double centreSin = 0.0;
+        double cosHalfWidth = -1.0;
+        double cosSquared = 1.0;
+    };
+
+    // A looser test for a whole box of linear colours (each channel within a range): the arc
+    // widened by kBoxAngle as two linear forms w1, w2 in r, g, b. Every colour of the box lies
+    // off the arc when the largest of w1 . rgb over the box is below -kBoxFloor, or the largest
+    // of w2 . rgb is (`bothForms` false), or both are (`bothForms` true). The box's colours then
+    // lie far enough from grey and from the arc that mayBeSelected rules each of them out too.
+    struct BoxTest {
+        bool active = false;
+        bool bothForms = false;
+        double w1[3] = {};
+        double w2[3] = {};
+    };
+    static constexpr double kBoxAngle = 1e-4;
+    static constexpr double kBoxFloor = 1e-11;
+
     LuvHueFilter(const HueArc& arc, const Matrix3& M);
 
     bool mayBeSelected(double r, double g, double b) const
     {
-        if (everything_) {
+        const Coefficients& k = k_;
+        if (k.everything) {
             return true;
         }
-        const double u = a_[0] * r + a_[1] * g + a_[2] * b;
-        const double v = b_[0] * r + b_[1] * g + b_[2] * b;
+        const double u = k.u[0] * r + k.u[1] * g + k.u[2] * b;
+        const double v = k.v[0] * r + k.v[1] * g + k.v[2] * b;
         const double norm = u * u + v * v;
         // Too close to grey for the direction to mean anything: let the full weight decide.
         if (norm < 1e-24) {
             return true;
         }
-        const double along = u * centreCos_ + v * centreSin_;
-        if (cosHalfWidth_ >= 0.0) {
-            return along >= 0.0 && along * along >= cosSquared_ * norm;
+        const double along = u * k.centreCos + v * k.centreSin;
+        if (k.cosHalfWidth >= 0.0) {
+            return along >= 0.0 && along * along >= k.cosSquared * norm;
         }
-        return along >= 0.0 || along * along <= cosSquared_ * norm;
+        return along >= 0.0 || along * along <= k.cosSquared * norm;
     }
 
+    const Coefficients& coefficients() const { return k_; }
+    const BoxTest& boxTest() const { return box_; }
+
 private:
-    bool everything_ = true;
-    double a_[3] = {};
-    double b_[3] = {};
-    double centreCos_ = 1.0;
-    double centreSin_ = 0.0;
-    double cosHalfWidth_ = -1.0;
-    double cosSquared_ = 1.0;
+    Coefficients k_;
+    BoxTest box_;
 };
 
 } // namespace tintorra

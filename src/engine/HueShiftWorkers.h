@@ -81,6 +81,14 @@ TableWriteLimits& tableWriteLimits();
 // Other depths: every pixel of the task's rows, left to right.
 void rowWorker(const HueShiftTask& task);
 
+// Which of the row worker's ways are open. Tests close the vectorised one to compare its
+// pictures with the scalar steps'.
+struct RowWorkerPaths {
+    bool vectorised = true;
+};
+
+RowWorkerPaths& rowWorkerPaths();
+
 // The trace both workers begin with, on standard output.
 void printWorkerTrace(unsigned long index);
 

@@ -3,8 +3,10 @@
 #include "engine/SelectionMasks.h"
 #include "engine/ShiftBatch.h"
 #include "engine/ShiftOutcome.h"
+#include "engine/VectorisedRows.h"
 
 #include <cstring>
+#include <memory>
 #include <vector>
 
 namespace tintorra {
@@ -82,8 +84,6 @@ struct RowScratch {
     std::vector<ColorComponents> linear;
     std::vector<std::uint32_t> candidate;
     std::vector<double> weight;
-    std::vector<ColorComponents> xyz;
-    std::vector<double> d;
     ShiftBatch batch;
 
     void reserve(std::size_t n)
@@ -91,83 +91,9 @@ struct RowScratch {
         linear.resize(n);
         candidate.resize(n);
         weight.resize(n);
-        xyz.resize(n);
-        d.resize(n);
         batch.reserve(n);
     }
 };
-
-// Linear RGB of the candidates into LCh, the cube roots and arctangents taken together. Each
-// step is that of rgbToLchuv and rgbToLchab.
-void lchOfCandidates(std::size_t count, std::int64_t mode, const Matrix3& M, RowScratch& scratch)
-{
-    ShiftBatch& s = scratch.batch;
-    std::vector<ColorComponents>& xyz = scratch.xyz;
-    std::vector<double>& dd = scratch.d;
-    for (std::size_t j = 0; j < count; ++j) {
-        xyz[j] = rgbToXyz(scratch.linear[j], M);
-    }
-    if (mode == kColorModeLChuv) {
-        for (std::size_t j = 0; j < count; ++j) {
-            s.a[j] = xyz[j].c1;
-        }
-        batch::cbrt(s.a.data(), s.a.data(), count);
-        for (std::size_t j = 0; j < count; ++j) {
-            const double X = xyz[j].c0;
-            const double Y = xyz[j].c1;
-            const double Z = xyz[j].c2;
-            if (X == 0.0 && Y == 0.0 && Z == 0.0) {
-                s.b[j] = 0.0; // u
-                s.c[j] = 0.0; // v
-                s.lch[j] = {0.0, 0.0, 0.0, xyz[j].alpha};
-                continue;
-            }
-            const double d = X + 15.0 * Y + 3.0 * Z;
-            const double uPrime = 4.0 * X / d;
-            const double vPrime = 9.0 * Y / d;
-            const double L = Y > kCieEpsilon ? 116.0 * s.a[j] - 16.0 : kCieKappa * Y;
-            s.b[j] = 13.0 * L * (uPrime - kLuvWhiteU);
-            s.c[j] = 13.0 * L * (vPrime - kLuvWhiteV);
-            s.lch[j] = {L, std::sqrt(s.b[j] * s.b[j] + s.c[j] * s.c[j]), 0.0, xyz[j].alpha};
-        }
-        batch::atan2(s.c.data(), s.b.data(), dd.data(), count);
-        for (std::size_t j = 0; j < count; ++j) {
-            s.lch[j].c2 = dd[j];
-        }
-        return;
-    }
-    for (std::size_t j = 0; j < count; ++j) {
-        s.a[j] = xyz[j].c0 / kLabWhiteX;
-        s.b[j] = xyz[j].c1;
-        s.c[j] = xyz[j].c2 / kLabWhiteZ;
-    }
-    batch::cbrt(s.a.data(), dd.data(), count);
-    const auto f = [](double t, double root) {
-        return t > kCieEpsilon ? root : (kCieKappa * t + 16.0) / 116.0;
-    };
-    for (std::size_t j = 0; j < count; ++j) {
-        s.a[j] = f(s.a[j], dd[j]);
-    }
-    batch::cbrt(s.b.data(), dd.data(), count);
-    for (std::size_t j = 0; j < count; ++j) {
-        s.b[j] = f(s.b[j], dd[j]);
-    }
-    batch::cbrt(s.c.data(), dd.data(), count);
-    for (std::size_t j = 0; j < count; ++j) {
-        s.c[j] = f(s.c[j], dd[j]);
-    }
-    for (std::size_t j = 0; j < count; ++j) {
-        const ColorComponents& v = xyz[j];
-        if (v.c0 == 0.0 && v.c1 == 0.0 && v.c2 == 0.0) {
-            s.lch[j] = labToLchFast({0.0, 0.0, 0.0, v.alpha});
-            continue;
-        }
-        const double fx = s.a[j];
-        const double fy = s.b[j];
-        const double fz = s.c[j];
-        s.lch[j] = labToLchFast({116.0 * fy - 16.0, 500.0 * (fx - fy), 200.0 * (fy - fz), v.alpha});
-    }
-}
 
 void writeSelected(std::int64_t y, std::size_t count, const RowScratch& s,
                    const PaintCoverage& coverage, const LinearWriter& write)
@@ -181,18 +107,11 @@ void writeSelected(std::int64_t y, std::size_t count, const RowScratch& s,
     }
 }
 
-// One row: every pixel's weight, then the selected pixels' colours, each stage over the whole
-// row so that the powers, roots and angles go four at a time.
-void shiftRow(const HueShiftRun& run, const HueShiftParameters& p, const OutcomeContext& context,
-              std::int64_t y, const LinearReader& read, const LinearWriter& write, RowScratch& s)
+// Row y's candidates, in order of x, into the scratch; returns their count.
+std::size_t readRow(const HueShiftRun& run, std::int64_t mode, std::int64_t y,
+                    const LinearReader& read, RowScratch& s)
 {
-    const PixelManipulationOffsets& source = *run.source;
-    const PixelManipulationOffsets& destination = *run.destination;
-    const PaintCoverage& coverage = *run.coverage;
-    const std::int64_t mode = p.colorSpaceModel;
-    const bool lch = isLchColorMode(mode);
-    const auto wide = static_cast<std::size_t>(source.pixelsWide);
-
+    const auto wide = static_cast<std::size_t>(run.source->pixelsWide);
     std::size_t candidates = 0;
     for (std::size_t x = 0; x < wide; ++x) {
         const ColorComponents linear = read(static_cast<std::int64_t>(x), y);
@@ -204,9 +123,26 @@ void shiftRow(const HueShiftRun& run, const HueShiftParameters& p, const Outcome
             s.candidate[candidates++] = static_cast<std::uint32_t>(x);
         }
     }
+    return candidates;
+}
+
+// The rest of a row once its candidates are read: every candidate's weight, then the selected
+// ones' colours, each stage over the whole row so that the powers, roots and angles go four at
+// a time.
+void shiftCandidates(const HueShiftRun& run, const HueShiftParameters& p,
+                     const OutcomeContext& context, std::int64_t y, std::size_t candidates,
+                     const LinearWriter& write, RowScratch& s)
+{
+    const PixelManipulationOffsets& source = *run.source;
+    const PixelManipulationOffsets& destination = *run.destination;
+    const PaintCoverage& coverage = *run.coverage;
+    const std::int64_t mode = p.colorSpaceModel;
+    const bool lch = isLchColorMode(mode);
+    const auto wide = static_cast<std::size_t>(source.pixelsWide);
+
     ShiftBatch& colors = s.batch;
     if (lch) {
-        lchOfCandidates(candidates, mode, context.M, s);
+        lchOfLinearColors(s.linear.data(), candidates, mode, context.M, colors);
     } else {
         for (std::size_t j = 0; j < candidates; ++j) {
             colors.cylinder[j] = cylinderFromLinearRgb(s.linear[j], mode);
@@ -255,6 +191,12 @@ void shiftRow(const HueShiftRun& run, const HueShiftParameters& p, const Outcome
 
 } // namespace
 
+RowWorkerPaths& rowWorkerPaths()
+{
+    static RowWorkerPaths paths;
+    return paths;
+}
+
 void rowWorker(const HueShiftTask& task)
 {
     printWorkerTrace(task.index);
@@ -266,8 +208,16 @@ void rowWorker(const HueShiftTask& task)
     const LinearReader read(source, run.wordDecode.get());
     const LinearWriter write(destination, run.wordEncode.get());
     const auto rowBytes = static_cast<std::size_t>(source.bytesPerRow);
+    std::unique_ptr<VectorisedRows> vectorised;
+    if (rowWorkerPaths().vectorised && VectorisedRows::available(run)) {
+        vectorised = std::make_unique<VectorisedRows>(run, p, context);
+    }
+    // The scalar steps' arrays, row-wide, only where they are used: fresh memory is dear.
+    const bool wholeRows = vectorised && vectorised->shiftsWholeRows();
     RowScratch scratch;
-    scratch.reserve(static_cast<std::size_t>(source.pixelsWide));
+    if (!wholeRows) {
+        scratch.reserve(static_cast<std::size_t>(source.pixelsWide));
+    }
 
     const auto end = static_cast<std::int64_t>(task.firstItem + task.itemCount);
     for (auto y = static_cast<std::int64_t>(task.firstItem); y < end; ++y) {
@@ -276,7 +226,14 @@ void rowWorker(const HueShiftTask& task)
             std::memcpy(destination.bitmapData + y * destination.bytesPerRow,
                         source.bitmapData + y * source.bytesPerRow, rowBytes);
         }
-        shiftRow(run, p, context, y, read, write, scratch);
+        if (wholeRows) {
+            vectorised->shiftRow(y);
+            continue;
+        }
+        const std::size_t candidates =
+            vectorised ? vectorised->readRow(y, scratch.linear.data(), scratch.candidate.data())
+                       : readRow(run, p.colorSpaceModel, y, read, scratch);
+        shiftCandidates(run, p, context, y, candidates, write, scratch);
     }
 }
 

@@ -18,6 +18,8 @@ public:
     static constexpr std::size_t kSize = 65536;
     explicit WordDecodeTable(double imageGamma);
     double operator[](std::uint16_t sample) const { return linear_[sample]; }
+    // All kSize values, by sample.
+    const double* data() const { return linear_.data(); }
 
 private:
     std::vector<double> linear_;
@@ -63,6 +65,10 @@ public:
         }
         return k;
     }
+
+    // thresholds()[k]: the smallest value stored as k or more, for k = 0 .. maximum + 1 (-inf
+    // first, +inf last).
+    const double* thresholds() const { return thresholds_.data(); }
 
 private:
     static constexpr double kMargin = 0.05;

@@ -1,5 +1,6 @@
 #include "engine/ShiftBatch.h"
 
+#include "colour/CieConversions.h"
 #include "engine/BatchMath.h"
 #include "engine/SelectionMasks.h"
 
@@ -53,6 +54,81 @@ void ShiftBatch::reserve(std::size_t n)
     a.resize(n);
     b.resize(n);
     c.resize(n);
+}
+
+void lchOfLinearColors(const ColorComponents* linear, std::size_t count, std::int64_t mode,
+                       const Matrix3& M, ShiftBatch& s)
+{
+    // Working arrays of this step alone, grown on first use.
+    if (s.xyz.size() < count) {
+        s.xyz.resize(count);
+        s.d.resize(count);
+    }
+    std::vector<ColorComponents>& xyz = s.xyz;
+    std::vector<double>& dd = s.d;
+    for (std::size_t j = 0; j < count; ++j) {
+        xyz[j] = rgbToXyz(linear[j], M);
+    }
+    if (mode == kColorModeLChuv) {
+        for (std::size_t j = 0; j < count; ++j) {
+            s.a[j] = xyz[j].c1;
+        }
+        batch::cbrt(s.a.data(), s.a.data(), count);
+        for (std::size_t j = 0; j < count; ++j) {
+            const double X = xyz[j].c0;
+            const double Y = xyz[j].c1;
+            const double Z = xyz[j].c2;
+            if (X == 0.0 && Y == 0.0 && Z == 0.0) {
+                s.b[j] = 0.0; // u
+                s.c[j] = 0.0; // v
+                s.lch[j] = {0.0, 0.0, 0.0, xyz[j].alpha};
+                continue;
+            }
+            const double d = X + 15.0 * Y + 3.0 * Z;
+            const double uPrime = 4.0 * X / d;
+            const double vPrime = 9.0 * Y / d;
+            const double L = Y > kCieEpsilon ? 116.0 * s.a[j] - 16.0 : kCieKappa * Y;
+            s.b[j] = 13.0 * L * (uPrime - kLuvWhiteU);
+            s.c[j] = 13.0 * L * (vPrime - kLuvWhiteV);
+            s.lch[j] = {L, std::sqrt(s.b[j] * s.b[j] + s.c[j] * s.c[j]), 0.0, xyz[j].alpha};
+        }
+        batch::atan2(s.c.data(), s.b.data(), dd.data(), count);
+        for (std::size_t j = 0; j < count; ++j) {
+            s.lch[j].c2 = dd[j];
+        }
+        return;
+    }
+    for (std::size_t j = 0; j < count; ++j) {
+        s.a[j] = xyz[j].c0 / kLabWhiteX;
+        s.b[j] = xyz[j].c1;
+        s.c[j] = xyz[j].c2 / kLabWhiteZ;
+    }
+    batch::cbrt(s.a.data(), dd.data(), count);
+    const auto f = [](double t, double root) {
+        return t > kCieEpsilon ? root : (kCieKappa * t + 16.0) / 116.0;
+    };
+    for (std::size_t j = 0; j < count; ++j) {
+        s.a[j] = f(s.a[j], dd[j]);
+    }
+    batch::cbrt(s.b.data(), dd.data(), count);
+    for (std::size_t j = 0; j < count; ++j) {
+        s.b[j] = f(s.b[j], dd[j]);
+    }
+    batch::cbrt(s.c.data(), dd.data(), count);
+    for (std::size_t j = 0; j < count; ++j) {
+        s.c[j] = f(s.c[j], dd[j]);
+    }
+    for (std::size_t j = 0; j < count; ++j) {
+        const ColorComponents& v = xyz[j];
+        if (v.c0 == 0.0 && v.c1 == 0.0 && v.c2 == 0.0) {
+            s.lch[j] = labToLchFast({0.0, 0.0, 0.0, v.alpha});
+            continue;
+        }
+        const double fx = s.a[j];
+        const double fy = s.b[j];
+        const double fz = s.c[j];
+        s.lch[j] = labToLchFast({116.0 * fy - 16.0, 500.0 * (fx - fy), 200.0 * (fy - fz), v.alpha});
+    }
 }
 
 void paintSelectedLch(ShiftBatch& s, std::size_t count, const OutcomeContext& context)

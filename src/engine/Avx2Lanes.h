@@ -1,0 +1,410 @@
+#pragma once
+
+// Four-lane helpers for the files compiled for AVX2 (and only for them). Everything here has
+// internal linkage, so that no copy compiled with AVX2 instructions can be merged with code of
+// ordinary files. Each helper computes, lane by lane, exactly what the scalar function it is
+// named after computes: the same operations in the same order, without fused multiply-adds.
+
+#include "engine/RowKernel.h"
+
+#include <cstdint>
+#include <immintrin.h>
+
+namespace tintorra::row_kernel::avx2 {
+namespace {
+
+using Lanes = __m256d;
+// All bits set in a lane where a comparison holds.
+using LaneMask = __m256d;
+
+constexpr std::size_t kLanes = 4;
+constexpr double kPi = 3.141592653589793;
+
+inline Lanes splat(double v)
+{
+    return _mm256_set1_pd(v);
+}
+
+inline Lanes add(Lanes a, Lanes b)
+{
+    return _mm256_add_pd(a, b);
+}
+
+inline Lanes sub(Lanes a, Lanes b)
+{
+    return _mm256_sub_pd(a, b);
+}
+
+inline Lanes mul(Lanes a, Lanes b)
+{
+    return _mm256_mul_pd(a, b);
+}
+
+inline Lanes div(Lanes a, Lanes b)
+{
+    return _mm256_div_pd(a, b);
+}
+
+inline LaneMask lt(Lanes a, Lanes b)
+{
+    return _mm256_cmp_pd(a, b, _CMP_LT_OQ);
+}
+
+inline LaneMask le(Lanes a, Lanes b)
+{
+    return _mm256_cmp_pd(a, b, _CMP_LE_OQ);
+}
+
+inline LaneMask gt(Lanes a, Lanes b)
+{
+    return _mm256_cmp_pd(a, b, _CMP_GT_OQ);
+}
+
+inline LaneMask ge(Lanes a, Lanes b)
+{
+    return _mm256_cmp_pd(a, b, _CMP_GE_OQ);
+}
+
+inline LaneMask eq(Lanes a, Lanes b)
+{
+    return _mm256_cmp_pd(a, b, _CMP_EQ_OQ);
+}
+
+// True where a != b, NaN included, as the scalar operator says.
+inline LaneMask ne(Lanes a, Lanes b)
+{
+    return _mm256_cmp_pd(a, b, _CMP_NEQ_UQ);
+}
+
+inline LaneMask isNan(Lanes a)
+{
+    return _mm256_cmp_pd(a, a, _CMP_UNORD_Q);
+}
+
+inline LaneMask isFinite(Lanes a)
+{
+    const Lanes magnitude = _mm256_andnot_pd(splat(-0.0), a);
+    return _mm256_cmp_pd(magnitude, splat(__builtin_inf()), _CMP_LT_OQ);
+}
+
+inline LaneMask both(LaneMask a, LaneMask b)
+{
+    return _mm256_and_pd(a, b);
+}
+
+inline LaneMask either(LaneMask a, LaneMask b)
+{
+    return _mm256_or_pd(a, b);
+}
+
+// a and not b.
+inline LaneMask butNot(LaneMask a, LaneMask b)
+{
+    return _mm256_andnot_pd(b, a);
+}
+
+inline LaneMask noLanes()
+{
+    return _mm256_setzero_pd();
+}
+
+inline LaneMask allLanes()
+{
+    return _mm256_castsi256_pd(_mm256_set1_epi64x(-1));
+}
+
+inline LaneMask complement(LaneMask m)
+{
+    return _mm256_xor_pd(m, allLanes());
+}
+
+// -a: the sign flipped, as the scalar unary minus does (0 - a would differ for zeros).
+inline Lanes negate(Lanes a)
+{
+    return _mm256_xor_pd(a, _mm256_set1_pd(-0.0));
+}
+
+inline int bits(LaneMask m)
+{
+    return _mm256_movemask_pd(m);
+}
+
+// condition ? ifTrue : ifFalse, lane by lane.
+inline Lanes choose(LaneMask condition, Lanes ifTrue, Lanes ifFalse)
+{
+    return _mm256_blendv_pd(ifFalse, ifTrue, condition);
+}
+
+inline Lanes floorOf(Lanes a)
+{
+    return _mm256_round_pd(a, _MM_FROUND_TO_NEG_INF | _MM_FROUND_NO_EXC);
+}
+
+inline Lanes ceilOf(Lanes a)
+{
+    return _mm256_round_pd(a, _MM_FROUND_TO_POS_INF | _MM_FROUND_NO_EXC);
+}
+
+// value < low ? low : (value > high ? high : value): NaN stays NaN.
+inline Lanes clampTo(Lanes value, Lanes low, Lanes high)
+{
+    return choose(lt(value, low), low, choose(gt(value, high), high, value));
+}
+
+// std::fmax: the other operand where one is NaN.
+inline Lanes fmaxOf(Lanes a, Lanes b)
+{
+    // maxpd hands back its second operand when either is NaN.
+    return choose(isNan(b), a, _mm256_max_pd(a, b));
+}
+
+// Whole-number lanes (exact, within int32) as 32-bit integers.
+inline __m128i toInt32(Lanes wholeNumbers)
+{
+    return _mm256_cvttpd_epi32(wholeNumbers);
+}
+
+// Gathers. The masked forms, with every lane enabled, start from zeros rather than from an
+// undefined register, which the compiler cannot see through.
+inline Lanes gather(const double* base, __m128i index)
+{
+    return _mm256_mask_i32gather_pd(_mm256_setzero_pd(), base, index, allLanes(), 8);
+}
+
+inline __m256i gather(const std::int64_t* base, __m128i index)
+{
+    return _mm256_mask_i32gather_epi64(_mm256_setzero_si256(),
+                                       reinterpret_cast<const long long*>(base), index,
+                                       _mm256_set1_epi64x(-1), 8);
+}
+
+// Lane masks as numbers 0..15 (bit i for lane i), and where each lane of a pack comes from.
+struct PackTables {
+    // For doubles seen as pairs of 32-bit words.
+    int doubleWords[16][8];
+    // For 32-bit lanes.
+    int words[16][8];
+};
+
+constexpr PackTables makePackTables()
+{
+    PackTables t{};
+    for (int mask = 0; mask < 16; ++mask) {
+        int k = 0;
+        for (int lane = 0; lane < 4; ++lane) {
+            if ((mask >> lane) & 1) {
+                t.doubleWords[mask][2 * k] = 2 * lane;
+                t.doubleWords[mask][2 * k + 1] = 2 * lane + 1;
+                t.words[mask][k] = lane;
+                ++k;
+            }
+        }
+    }
+    return t;
+}
+
+constexpr PackTables kPackTables = makePackTables();
+
+// Stores the lanes of `mask`, in order, at `out`; writes four lanes, so `out` needs room for
+// them.
+inline void packStore(double* out, Lanes v, int mask)
+{
+    if (mask == 0xF) {
+        _mm256_storeu_pd(out, v);
+        return;
+    }
+    const __m256i from =
+        _mm256_loadu_si256(reinterpret_cast<const __m256i*>(kPackTables.doubleWords[mask]));
+    _mm256_storeu_pd(
+        out, _mm256_castsi256_pd(_mm256_permutevar8x32_epi32(_mm256_castpd_si256(v), from)));
+}
+
+inline void packStore(std::uint32_t* out, __m128i v, int mask)
+{
+    if (mask == 0xF) {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), v);
+        return;
+    }
+    const __m256i from =
+        _mm256_loadu_si256(reinterpret_cast<const __m256i*>(kPackTables.words[mask]));
+    const __m256i packed = _mm256_permutevar8x32_epi32(_mm256_zextsi128_si256(v), from);
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(out), _mm256_castsi256_si128(packed));
+}
+
+// Lanes 0..3 below `count`.
+inline LaneMask lanesBelow(std::size_t count)
+{
+    return lt(_mm256_set_pd(3.0, 2.0, 1.0, 0.0), splat(static_cast<double>(count)));
+}
+
+// Radians to degrees wrapped into [0, 360): wrapDegrees(degreesFromRadians(hue)).
+inline Lanes wrappedDegrees(Lanes hue)
+{
+    const Lanes degrees = div(mul(hue, splat(180.0)), splat(kPi));
+    const Lanes period = splat(360.0);
+    const Lanes wrapped = sub(degrees, mul(floorOf(div(degrees, period)), period));
+    return choose(ge(wrapped, period), _mm256_setzero_pd(), wrapped);
+}
+
+// KVColorGamut::chromaForHue in two halves: where a hue falls between the table's rows, and
+// where a lightness falls between its columns; lanes that give 0 have their indices made
+// harmless before anything is read.
+struct HuePlace {
+    Lanes fraction;
+    Lanes row0;
+    Lanes row1;
+    LaneMask none;
+};
+
+inline HuePlace huePlaceAtHalfDegrees(Lanes x)
+{
+    constexpr double kHueCount = 720.0;
+    const Lanes zero = _mm256_setzero_pd();
+    const LaneMask none = complement(isFinite(x));
+    const Lanes floorX = floorOf(x);
+    Lanes row0 = choose(none, zero, floorX);
+    Lanes row1 = choose(none, zero, ceilOf(x));
+    row0 = choose(eq(row0, splat(kHueCount)), zero, row0);
+    row1 = choose(eq(row1, splat(kHueCount)), zero, row1);
+    return {sub(x, floorX), row0, row1, none};
+}
+
+inline HuePlace huePlace(Lanes hue)
+{
+    return huePlaceAtHalfDegrees(mul(splat(2.0), wrappedDegrees(hue)));
+}
+
+struct ColumnPlace {
+    Lanes fraction;
+    Lanes column0;
+    Lanes column1;
+    LaneMask none;
+};
+
+inline ColumnPlace columnPlace(Lanes lightness)
+{
+    constexpr double kLastColumn = 200.0;
+    const Lanes zero = _mm256_setzero_pd();
+    const Lanes lastColumn = splat(kLastColumn);
+    const Lanes y = mul(splat(2.0), lightness);
+    const Lanes ceilY = ceilOf(y);
+    const Lanes floorY = clampTo(floorOf(y), zero, lastColumn);
+    const Lanes column1 = choose(lt(lastColumn, ceilY), lastColumn, ceilY);
+    // Black and white have no chroma.
+    const LaneMask none = either(either(isNan(y), lt(ceilY, zero)),
+                                 either(eq(column1, zero), eq(floorY, lastColumn)));
+    return {sub(y, floorY), choose(none, zero, floorY), choose(none, zero, column1), none};
+}
+
+// The interpolation of chromaForHue from the four entries around the colour.
+inline Lanes interpolatedChroma(const HuePlace& hue, const ColumnPlace& column, Lanes a, Lanes b,
+                                Lanes c, Lanes d)
+{
+    const Lanes one = splat(1.0);
+    const Lanes fx = hue.fraction;
+    const Lanes fy = column.fraction;
+    const Lanes gx = sub(one, fx);
+    const Lanes gy = sub(one, fy);
+    const Lanes sameRow = add(mul(gy, a), mul(fy, c));
+    const Lanes sameColumn = add(mul(gx, a), mul(fx, b));
+    const Lanes mixed = add(add(add(mul(mul(gx, gy), a), mul(mul(fx, gy), b)), mul(mul(gx, fy), c)),
+                            mul(mul(fx, fy), d));
+    const Lanes value = choose(eq(hue.row0, hue.row1), sameRow,
+                               choose(eq(column.column0, column.column1), sameColumn, mixed));
+    return choose(either(hue.none, column.none), _mm256_setzero_pd(), value);
+}
+
+constexpr double kChromaColumns = 201.0;
+
+// The four entries around each lane's colour from the paired table: T(i0, j0), T(i0 + 1, j0),
+// T(i0, j0 + 1), T(i0 + 1, j0 + 1) for the lanes' pair indices i0 x 201 + j0, one load per lane.
+struct Corners {
+    Lanes a;
+    Lanes b;
+    Lanes c;
+    Lanes d;
+};
+
+inline Corners cornersAt(const double* pairs, __m128i pairIndex)
+{
+    alignas(16) std::int32_t at[kLanes];
+    _mm_store_si128(reinterpret_cast<__m128i*>(at), pairIndex);
+    const Lanes l0 = _mm256_loadu_pd(pairs + 2 * static_cast<std::ptrdiff_t>(at[0]));
+    const Lanes l1 = _mm256_loadu_pd(pairs + 2 * static_cast<std::ptrdiff_t>(at[1]));
+    const Lanes l2 = _mm256_loadu_pd(pairs + 2 * static_cast<std::ptrdiff_t>(at[2]));
+    const Lanes l3 = _mm256_loadu_pd(pairs + 2 * static_cast<std::ptrdiff_t>(at[3]));
+    // Four rows of four to four columns.
+    const Lanes t0 = _mm256_unpacklo_pd(l0, l1);
+    const Lanes t1 = _mm256_unpackhi_pd(l0, l1);
+    const Lanes t2 = _mm256_unpacklo_pd(l2, l3);
+    const Lanes t3 = _mm256_unpackhi_pd(l2, l3);
+    return {_mm256_permute2f128_pd(t0, t2, 0x20), _mm256_permute2f128_pd(t1, t3, 0x20),
+            _mm256_permute2f128_pd(t0, t2, 0x31), _mm256_permute2f128_pd(t1, t3, 0x31)};
+}
+
+// KVColorGamut::chromaForHue over the paired table, the hue given as 2 x wrappedDegrees(hue).
+// Where the two rows are the same (an exact half degree) or the two columns are, the entries of
+// the row or column after are read but not used.
+inline Lanes chromaAtHalfDegrees(const ChromaTable& table, Lanes halfDegrees, Lanes lightness)
+{
+    const HuePlace place = huePlaceAtHalfDegrees(halfDegrees);
+    const ColumnPlace column = columnPlace(lightness);
+    const Lanes row = choose(column.none, _mm256_setzero_pd(), place.row0);
+    const Corners k =
+        cornersAt(table.pairs, toInt32(add(mul(row, splat(kChromaColumns)), column.column0)));
+    return interpolatedChroma(place, column, k.a, k.b, k.c, k.d);
+}
+
+inline Lanes chromaForHue(const ChromaTable& table, Lanes hue, Lanes lightness)
+{
+    return chromaAtHalfDegrees(table, mul(splat(2.0), wrappedDegrees(hue)), lightness);
+}
+
+// chromaForHue for one hue the same in every lane (the target hue), whose place is found once.
+struct FixedHue {
+    HuePlace place;
+    Lanes firstPair;
+};
+
+inline FixedHue fixedHue(double hue)
+{
+    const HuePlace place = huePlace(splat(hue));
+    return {place, mul(place.row0, splat(kChromaColumns))};
+}
+
+inline Lanes chromaForFixedHue(const ChromaTable& table, const FixedHue& hue, Lanes lightness)
+{
+    const ColumnPlace column = columnPlace(lightness);
+    const Corners k = cornersAt(table.pairs, toInt32(add(hue.firstPair, column.column0)));
+    return interpolatedChroma(hue.place, column, k.a, k.b, k.c, k.d);
+}
+
+// KVColorGamut::maxChromaForHue(hue).c1 from 2 x wrappedDegrees(hue), given the records' chromas
+// every fourth double.
+inline Lanes maxChromaAtHalfDegrees(const double* maxChromas, Lanes halfDegrees)
+{
+    const Lanes zero = _mm256_setzero_pd();
+    Lanes index = floorOf(add(halfDegrees, splat(0.5)));
+    // 2 d is finite exactly when d is.
+    index = choose(isFinite(halfDegrees), index, zero);
+    index = choose(eq(index, splat(720.0)), zero, index);
+    const __m128i slot = _mm_slli_epi32(toInt32(index), 2);
+    return gather(maxChromas, slot);
+}
+
+// fastAtan2(y, x).
+inline Lanes fastAtan2(Lanes y, Lanes x)
+{
+    const Lanes zero = _mm256_setzero_pd();
+    const Lanes negativeY = lt(y, zero);
+    const Lanes ay = add(choose(negativeY, negate(y), y), splat(1e-10));
+    const LaneMask right = ge(x, zero);
+    const Lanes r = choose(right, div(sub(x, ay), add(x, ay)), div(add(x, ay), sub(ay, x)));
+    const Lanes quarter = choose(right, splat(0.25 * kPi), splat(0.75 * kPi));
+    const Lanes cubic = mul(mul(mul(splat(0.1963), r), r), r);
+    const Lanes angle = add(sub(cubic, mul(splat(0.9817), r)), quarter);
+    return choose(negativeY, negate(angle), angle);
+}
+
+} // namespace
+} // namespace tintorra::row_kernel::avx2

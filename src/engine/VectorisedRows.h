@@ -1,0 +1,73 @@
+#pragma once
+
+#include "colour/ColorComponents.h"
+#include "controls/HueShiftParameters.h"
+#include "engine/HueShiftWorkers.h"
+#include "engine/RowKernel.h"
+#include "engine/ShiftOutcome.h"
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace tintorra {
+
+// The row worker's steps four pixels at a time, for 16-bit images on processors with AVX2: the
+// reading with its hue filter for every record, and for the LCh modes showing the shifted image
+// the whole chain of selection, shift and writing. The results are the scalar steps', bit for
+// bit. Rows go in stretches of a few hundred pixels, so that the working arrays stay in the
+// first-level cache; one per worker, kept from row to row.
+class VectorisedRows {
+public:
+    // Whether a run can go this way: the processor has AVX2 and both bitmaps 16-bit samples with
+    // their lookup tables.
+    static bool available(const HueShiftRun& run);
+
+    VectorisedRows(const HueShiftRun& run, const HueShiftParameters& normalised,
+                   const OutcomeContext& context);
+
+    VectorisedRows(const VectorisedRows&) = delete;
+    VectorisedRows& operator=(const VectorisedRows&) = delete;
+
+    // Whether shiftRow serves the record (an LCh mode showing the shifted image); otherwise
+    // readRow feeds the scalar steps.
+    bool shiftsWholeRows() const { return wholeRows_; }
+
+    // Every stage of row y; the destination row already holds the source's samples.
+    void shiftRow(std::int64_t y);
+
+    // Row y's candidates in order of x, their linear colours into `linear` and their columns
+    // into `x` (room for the row's width each); returns their count.
+    std::size_t readRow(std::int64_t y, ColorComponents* linear, std::uint32_t* x);
+
+    // The constants the stages run with, for tests of the stages on their own.
+    const row_kernel::SelectConstants& selectConstants() const { return select_; }
+    const row_kernel::PaintConstants& paintConstants() const { return paint_; }
+
+private:
+    static bool readPixel(const void* self, std::int64_t x, std::int64_t y, double* rgba);
+    static double bringHueIntoChain(const void* self, double hue, bool raise);
+    static void blend(const void* self, const double* from, int zone, double weight,
+                      double* shifted);
+    static void writePixel(const void* self, std::int64_t x, std::int64_t y, const double* rgba);
+
+    const HueShiftRun& run_;
+    const HueShiftParameters& p_;
+    bool wholeRows_ = false;
+    std::shared_ptr<const std::vector<double>> chromaTable_;
+    std::vector<float> boxBounds_;
+    // The working arrays, carved into the views below.
+    std::vector<std::uint32_t> words_;
+    std::vector<std::uint32_t> indices_;
+    std::vector<double> doubles_;
+    row_kernel::ReadConstants read_{};
+    row_kernel::SelectConstants select_{};
+    row_kernel::PaintConstants paint_{};
+    row_kernel::WriteConstants write_{};
+    row_kernel::RowWords rowWords_{};
+    row_kernel::Candidates candidates_{};
+    row_kernel::SelectedColors selected_{};
+    double* weights_ = nullptr;
+};
+
+} // namespace tintorra

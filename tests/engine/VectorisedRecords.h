@@ -1,0 +1,254 @@
+#pragma once
+
+// Records for comparing the row worker's four-lane stages with its scalar steps: every colour
+// mode, mask, blend, saturation and brightness rule the shift knows, each as a change to a
+// record that selects everything.
+
+#include "HueShiftTestSupport.h"
+#include "controls/HueShiftParameters.h"
+#include "engine/KVBitmap.h"
+
+#include <gtest/gtest.h>
+
+#include <ostream>
+#include <string>
+
+namespace tintorra::test {
+
+// Coverage of every value 0..255 over a picture of the given size.
+inline KVBitmapPtr paintedMask(std::int64_t wide, std::int64_t high)
+{
+    const KVBitmapPtr mask = KVBitmap::deviceWhite8Rep(wide, high);
+    for (std::int64_t y = 0; y < high; ++y) {
+        std::uint8_t* row = mask->bitmapData() + y * mask->bytesPerRow();
+        for (std::int64_t x = 0; x < wide; ++x) {
+            row[x] = static_cast<std::uint8_t>(x % 3 == 0 ? 255 : (x * 7 + y) % 256);
+        }
+    }
+    return mask;
+}
+
+struct RecordCase {
+    const char* name;
+    std::int64_t model;
+    void (*adjust)(HueShiftParameters&);
+};
+
+inline void PrintTo(const RecordCase& c, std::ostream* os)
+{
+    *os << c.name;
+}
+
+inline std::string recordCaseName(const testing::TestParamInfo<RecordCase>& info)
+{
+    return info.param.name;
+}
+
+// A band of hues with soft edges on every range, shifted, saturated and darkened.
+inline void softBand(HueShiftParameters& p)
+{
+    p.hueLowerFalloff = 0.1;
+    p.hueLower = 0.2;
+    p.hueUpper = 0.55;
+    p.hueUpperFalloff = 0.7;
+    p.lightLowerFalloff = 0.05;
+    p.lightLower = 0.2;
+    p.lightUpper = 0.8;
+    p.lightUpperFalloff = 0.95;
+    p.satLowerFalloff = 0.02;
+    p.satLower = 0.1;
+    p.satUpper = 0.9;
+    p.satUpperFalloff = 0.97;
+    p.targetHue = 0.85;
+    p.targetSat = 0.4;
+    p.saturationGain = 1.2;
+}
+
+inline const RecordCase kRecordCases[] = {
+    {"LuvEverything", 0, [](HueShiftParameters& p) { p.targetHue = 0.3; }},
+    {"LuvSharpBand", 0,
+     [](HueShiftParameters& p) {
+         p.hueLowerFalloff = p.hueLower = 0.2;
+         p.hueUpperFalloff = p.hueUpper = 0.35;
+         p.targetHue = 0.7;
+         p.targetSat = 0.3;
+         p.saturationGain = 1.5;
+     }},
+    {"LuvSoftCartesian", 0, [](HueShiftParameters& p) { softBand(p); }},
+    {"LuvSoftThroughGrey", 0,
+     [](HueShiftParameters& p) {
+         softBand(p);
+         p.preserveHue = 1;
+     }},
+    {"LuvSoftToFalloffHues", 0,
+     [](HueShiftParameters& p) {
+         softBand(p);
+         p.blendToFalloffHues = 1;
+     }},
+    {"LuvThroughGreyToFalloffHues", 0,
+     [](HueShiftParameters& p) {
+         softBand(p);
+         p.preserveHue = 1;
+         p.blendToFalloffHues = 1;
+     }},
+    {"LuvAcrossZero", 0,
+     [](HueShiftParameters& p) {
+         p.hueLowerFalloff = 0.85;
+         p.hueLower = 0.95;
+         p.hueUpper = 0.05;
+         p.hueUpperFalloff = 0.15;
+         p.targetHue = 0.5;
+     }},
+    // Bounds many turns away: hues are brought to them beyond the inline steps.
+    {"LuvFarBounds", 0,
+     [](HueShiftParameters& p) {
+         p.hueLowerFalloff = 5.2;
+         p.hueLower = 5.3;
+         p.hueUpper = 5.5;
+         p.hueUpperFalloff = 5.6;
+         p.targetHue = 0.1;
+     }},
+    {"LuvBelowBounds", 0,
+     [](HueShiftParameters& p) {
+         p.hueLowerFalloff = -6.3;
+         p.hueLower = -6.2;
+         p.hueUpper = -6.0;
+         p.hueUpperFalloff = -5.9;
+         p.targetHue = 0.1;
+     }},
+    {"LuvGreyed", 0,
+     [](HueShiftParameters& p) {
+         softBand(p);
+         p.targetSat = -1.0;
+     }},
+    {"LuvDesaturated", 0,
+     [](HueShiftParameters& p) {
+         softBand(p);
+         p.targetSat = -0.5;
+     }},
+    {"LuvSaturatedHard", 0,
+     [](HueShiftParameters& p) {
+         p.targetSat = 0.9;
+         p.saturationGain = 4.0;
+     }},
+    {"LuvBrighter", 0,
+     [](HueShiftParameters& p) {
+         softBand(p);
+         p.targetBri = 0.3;
+     }},
+    {"LuvDarker", 0,
+     [](HueShiftParameters& p) {
+         softBand(p);
+         p.targetBri = -0.4;
+     }},
+    {"LuvCurve", 0,
+     [](HueShiftParameters& p) {
+         softBand(p);
+         p.targetBriTenVals = {0.0, 0.2, 0.3, 0.45, 0.5, 0.55, 0.7, 0.75, 0.9, 0.95, 1.0};
+         p.curveGain = 1.7;
+     }},
+    {"LuvWithoutGamut", 0,
+     [](HueShiftParameters& p) {
+         softBand(p);
+         // Without a gamut every colour has saturation 1.
+         p.satUpper = p.satUpperFalloff = 1.0;
+         p.gamut = nullptr;
+     }},
+    {"LuvLinearSamples", 0,
+     [](HueShiftParameters& p) {
+         softBand(p);
+         p.imageGamma = 1.0;
+     }},
+    {"LuvGammaPointEight", 0,
+     [](HueShiftParameters& p) {
+         softBand(p);
+         p.imageGamma = 0.8;
+     }},
+    {"LuvPainted", 0,
+     [](HueShiftParameters& p) {
+         softBand(p);
+         p.inclusionMask = paintedMask(601, 5);
+     }},
+    {"LuvHighlight", 0,
+     [](HueShiftParameters& p) {
+         softBand(p);
+         p.maskToShow = 1;
+     }},
+    {"LuvBlackMask", 0,
+     [](HueShiftParameters& p) {
+         softBand(p);
+         p.maskToShow = 2;
+         p.inclusionMask = paintedMask(601, 5);
+     }},
+    {"LuvWhiteMask", 0,
+     [](HueShiftParameters& p) {
+         softBand(p);
+         p.maskToShow = 3;
+     }},
+    {"LuvHoverHighlight", 0,
+     [](HueShiftParameters& p) {
+         softBand(p);
+         p.maskToShow = 4;
+         p.brightnessToHighlight = 0.45;
+     }},
+    {"LabEverything", 1, [](HueShiftParameters& p) { p.targetHue = 0.3; }},
+    {"LabSoftCartesian", 1, [](HueShiftParameters& p) { softBand(p); }},
+    {"LabSoftThroughGreyToFalloffHues", 1,
+     [](HueShiftParameters& p) {
+         softBand(p);
+         p.preserveHue = 1;
+         p.blendToFalloffHues = 1;
+     }},
+    {"LabAcrossZeroGreyed", 1,
+     [](HueShiftParameters& p) {
+         p.hueLowerFalloff = 0.85;
+         p.hueLower = 0.95;
+         p.hueUpper = 0.05;
+         p.hueUpperFalloff = 0.15;
+         p.targetSat = -1.0;
+     }},
+    {"LabBrighterPainted", 1,
+     [](HueShiftParameters& p) {
+         softBand(p);
+         p.targetBri = 0.6;
+         p.inclusionMask = paintedMask(601, 5);
+     }},
+    {"LabCurveLinear", 1,
+     [](HueShiftParameters& p) {
+         softBand(p);
+         p.targetBriTenVals = {0.1, 0.1, 0.3, 0.35, 0.5, 0.6, 0.6, 0.8, 0.9, 0.9, 0.95};
+         p.imageGamma = 1.0;
+     }},
+    {"LabWithoutGamut", 1,
+     [](HueShiftParameters& p) {
+         softBand(p);
+         // Without a gamut every colour has saturation 1.
+         p.satUpper = p.satUpperFalloff = 1.0;
+         p.gamut = nullptr;
+     }},
+    {"LabHighlight", 1,
+     [](HueShiftParameters& p) {
+         softBand(p);
+         p.maskToShow = 1;
+     }},
+    {"HclSoft", 2, [](HueShiftParameters& p) { softBand(p); }},
+    {"HsbSoftThroughGrey", 3,
+     [](HueShiftParameters& p) {
+         softBand(p);
+         p.preserveHue = 1;
+     }},
+    {"HslDarkerPainted", 4,
+     [](HueShiftParameters& p) {
+         softBand(p);
+         p.targetBri = -0.3;
+         p.inclusionMask = paintedMask(601, 5);
+     }},
+    {"HsbWhiteMask", 3,
+     [](HueShiftParameters& p) {
+         softBand(p);
+         p.maskToShow = 3;
+     }},
+    {"UnknownModeShiftsAsHsl", 7, [](HueShiftParameters& p) { softBand(p); }},
+};
+
+} // namespace tintorra::test
