@@ -6,8 +6,10 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <fstream>
 #include <sstream>
 #include <sys/wait.h>
@@ -70,9 +72,12 @@ std::vector<Json> CliRun::jsonLines() const
     return values;
 }
 
-CliRun runCli(const std::vector<std::string>& arguments)
+namespace {
+
+// Runs the tool with standard output into `capture`/out and standard error into `errPath`.
+CliRun runWithStandardError(const std::vector<std::string>& arguments, const ScratchFolder& capture,
+                            const std::string& errPath)
 {
-    const ScratchFolder capture;
     std::string command = quoted(TINTORRA_CLI);
     for (const std::string& argument : arguments) {
         command.push_back(' ');
@@ -81,13 +86,55 @@ CliRun runCli(const std::vector<std::string>& arguments)
     command.append(" >");
     command.append(quoted((capture / "out").string()));
     command.append(" 2>");
-    command.append(quoted((capture / "err").string()));
+    command.append(quoted(errPath));
     command.append(" </dev/null");
     const int status = std::system(command.c_str());
     CliRun run;
     run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     run.out = slurp(capture / "out");
+    return run;
+}
+
+} // namespace
+
+CliRun runCli(const std::vector<std::string>& arguments)
+{
+    const ScratchFolder capture;
+    CliRun run = runWithStandardError(arguments, capture, (capture / "err").string());
     run.err = slurp(capture / "err");
+    return run;
+}
+
+bool pseudoTerminalAvailable()
+{
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+    if (terminal < 0) {
+        return false;
+    }
+    close(terminal);
+    return true;
+}
+
+CliRun runCliOnTerminal(const std::vector<std::string>& arguments)
+{
+    const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
+    if (terminal < 0 || grantpt(terminal) != 0 || unlockpt(terminal) != 0) {
+        ADD_FAILURE() << "no pseudo-terminal: " << std::strerror(errno);
+        if (terminal >= 0) {
+            close(terminal);
+        }
+        return {};
+    }
+    const std::string device = ptsname(terminal);
+    const ScratchFolder capture;
+    CliRun run = runWithStandardError(arguments, capture, device);
+    // The tool has ended: whatever it wrote waits in the terminal's buffer.
+    fcntl(terminal, F_SETFL, fcntl(terminal, F_GETFL) | O_NONBLOCK);
+    char buffer[4096];
+    for (ssize_t n; (n = read(terminal, buffer, sizeof buffer)) > 0;) {
+        run.err.append(buffer, static_cast<std::size_t>(n));
+    }
+    close(terminal);
     return run;
 }
 

@@ -26,6 +26,12 @@ struct CliRun {
 // Runs tintorra-cli with the arguments (no shell involved in their meaning: each is quoted).
 CliRun runCli(const std::vector<std::string>& arguments);
 
+// Runs tintorra-cli as runCli does, but with standard error on a pseudo-terminal, as in an
+// interactive shell; `err` is what the terminal received.
+CliRun runCliOnTerminal(const std::vector<std::string>& arguments);
+// Whether this machine can open a pseudo-terminal (containers may have none).
+bool pseudoTerminalAvailable();
+
 // A fresh, empty folder for one test, removed when the object goes.
 class ScratchFolder {
 public:

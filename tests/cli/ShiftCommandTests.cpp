@@ -136,6 +136,42 @@ TEST_F(ShiftCommand, InPlaceAndCopiedShiftsAgree)
     }
 }
 
+TEST_F(ShiftCommand, ShowsProgressOnATerminalOnly)
+{
+    if (!pseudoTerminalAvailable()) {
+        GTEST_SKIP() << "no pseudo-terminal on this machine";
+    }
+    const auto output = folder_ / "out.png";
+    const std::vector<std::string> arguments{input8_.string(), "-o", output.string()};
+
+    // On a terminal: the bar is drawn in place through every step, then the line is cleared
+    // before the result is named.
+    const CliRun shown = runCliOnTerminal([&] {
+        auto a = arguments;
+        a.insert(a.begin(), "shift");
+        return a;
+    }());
+    ASSERT_EQ(shown.exitCode, 0) << shown.err;
+    for (const char* expected : {"\r[", "loading blocks.png", "colour table blocks.png",
+                                 "shifting blocks.png", "saving blocks.png", "100%"}) {
+        EXPECT_NE(shown.err.find(expected), std::string::npos) << expected << " in " << shown.err;
+    }
+    EXPECT_EQ(shown.err.back(), '\r');
+    EXPECT_EQ(shown.out, input8_.string() + " -> " + output.string() + "\n");
+
+    // Quiet on a terminal, and any run into a file or pipe: nothing on standard error.
+    for (const bool terminal : {true, false}) {
+        auto quiet = arguments;
+        quiet.insert(quiet.begin(), "shift");
+        if (terminal) {
+            quiet.push_back("--quiet");
+        }
+        const CliRun run = terminal ? runCliOnTerminal(quiet) : runCli(quiet);
+        ASSERT_EQ(run.exitCode, 0) << run.err;
+        EXPECT_EQ(run.err, "") << (terminal ? "quiet on a terminal" : "into a file");
+    }
+}
+
 TEST_F(ShiftCommand, SixteenBitImagesStaySixteenBit)
 {
     const auto input = folder_ / "deep.tif";
