@@ -165,6 +165,16 @@ std::uint64_t sampleBytes(const PixelManipulationOffsets& offsets)
     return static_cast<std::uint64_t>(offsets.rep->sampleBytes());
 }
 
+// The writer's working memory, kept by each calling thread from run to run: a slider drag
+// re-shifts again and again, and fresh pages for the sorted writes cost more here than the
+// writes themselves. Bounded by the wave budget.
+struct WriteScratch {
+    std::vector<TableColor> colors;
+    std::vector<std::uint64_t> pixelsBefore;
+    std::vector<std::uint32_t> cursor;
+    std::vector<std::vector<std::vector<Record>>> buckets;
+};
+
 } // namespace
 
 void writeTableColors(const HueShiftRun& run, const HueShiftParameters& p,
@@ -175,12 +185,15 @@ void writeTableColors(const HueShiftRun& run, const HueShiftParameters& p,
     const PixelWriter writer(run, p);
     threads = std::max(1u, threads);
 
-    std::vector<TableColor> colors;
+    thread_local WriteScratch scratch;
+    std::vector<TableColor>& colors = scratch.colors;
+    colors.clear();
     for (const auto& list : toWrite) {
         colors.insert(colors.end(), list.begin(), list.end());
     }
     // Runs of colours with about equal numbers of pixels, one per thread.
-    std::vector<std::uint64_t> pixelsBefore(colors.size() + 1, 0);
+    std::vector<std::uint64_t>& pixelsBefore = scratch.pixelsBefore;
+    pixelsBefore.assign(colors.size() + 1, 0);
     for (std::size_t i = 0; i < colors.size(); ++i) {
         pixelsBefore[i + 1] = pixelsBefore[i] + colors[i].locationCount;
     }
@@ -215,8 +228,10 @@ void writeTableColors(const HueShiftRun& run, const HueShiftParameters& p,
     const std::uint64_t waves = std::max<std::uint64_t>(
         1, std::min<std::uint64_t>(blocks, (totalPixels + tableWriteLimits().wavePixels - 1) /
                                                tableWriteLimits().wavePixels));
-    std::vector<std::uint32_t> cursor(colors.size(), 0);
-    std::vector<std::vector<std::vector<Record>>> buckets(threads);
+    std::vector<std::uint32_t>& cursor = scratch.cursor;
+    cursor.assign(colors.size(), 0);
+    std::vector<std::vector<std::vector<Record>>>& buckets = scratch.buckets;
+    buckets.resize(std::max<std::size_t>(buckets.size(), threads));
     std::vector<char> ascending(threads, 1);
     // Each colour's locations lie elsewhere in a table far larger than the caches: ask for
     // them well before they are needed.
