@@ -185,6 +185,12 @@ std::size_t readCandidates(const ReadConstants& constants, const std::uint8_t* r
 std::size_t selectCandidates(const SelectConstants& constants, const Candidates& in,
                              std::size_t count, double* weights, const SelectedColors& selected);
 
+// As selectCandidates, for candidates whose LCh colours are already in `selected`'s L, C and h
+// at the candidates' own places; `in` gives their columns, alpha and, where they are kept,
+// linear colours.
+std::size_t selectLchCandidates(const SelectConstants& constants, const Candidates& in,
+                                std::size_t count, double* weights, const SelectedColors& selected);
+
 // The shifted colours of `count` selected candidates (the record shows the shifted image), as
 // linear colours into the painted arrays.
 void paintShifted(const PaintConstants& constants, const SelectedColors& selected,

@@ -231,6 +231,12 @@ std::size_t selectCandidates(const SelectConstants& k, const Candidates& in, std
         }
     }
 
+    return selectLchCandidates(k, in, count, weights, out);
+}
+
+std::size_t selectLchCandidates(const SelectConstants& k, const Candidates& in, std::size_t count,
+                                double* weights, const SelectedColors& out)
+{
     const Lanes zero = _mm256_setzero_pd();
     // The hue in half degrees (which the shift's gamut lookup needs again) and the relative
     // saturation, a pass of table reads, into out.halfDegrees and out.saturation.

@@ -1,11 +1,7 @@
 #include "engine/VectorisedRows.h"
 
-#include "colour/ColorBlending.h"
 #include "engine/BatchMath.h"
-#include "engine/ChromaTableCache.h"
 #include "engine/SelectionMasks.h"
-#include "engine/SelectionWeights.h"
-#include "engine/ShiftColor.h"
 
 #include <algorithm>
 #include <cmath>
@@ -18,9 +14,6 @@ namespace {
 // Pixels per stretch: the working arrays of a stretch take about 40 kB, mostly in the first-level
 // cache while a stage passes over them.
 constexpr std::size_t kStretch = 256;
-// Room behind every array for the last group of four.
-constexpr std::size_t kSlack = 4;
-constexpr std::size_t kArrayLength = kStretch + kSlack;
 
 row_kernel::SampleLayout layoutOf(const PixelManipulationOffsets& offsets)
 {
@@ -52,48 +45,12 @@ bool VectorisedRows::available(const HueShiftRun& run)
 
 VectorisedRows::VectorisedRows(const HueShiftRun& run, const HueShiftParameters& p,
                                const OutcomeContext& context)
-    : run_(run), p_(p)
+    : run_(run), p_(p), arrays_(kStretch), shift_(p, context, run.coverage->present())
 {
     const std::int64_t mode = p.colorSpaceModel;
     const std::int32_t mask = p.maskToShow;
     wholeRows_ = isLchColorMode(mode) && !showsGreyMask(mask) && mask != kShowSelectionHighlight &&
                  mask != kShowHoverHighlight;
-
-    words_.assign(5 * kArrayLength, 0);
-    rowWords_ = {words_.data(), words_.data() + kArrayLength, words_.data() + 2 * kArrayLength,
-                 words_.data() + 3 * kArrayLength, words_.data() + 4 * kArrayLength};
-    indices_.assign(7 * kArrayLength, 0);
-    constexpr std::size_t kDoubleArrays = 4 + 1 + 15;
-    doubles_.assign(kDoubleArrays * kArrayLength, 0.0);
-    double* next = doubles_.data();
-    const auto take = [&] {
-        double* array = next;
-        next += kArrayLength;
-        return array;
-    };
-    candidates_ = {indices_.data(), take(), take(), take(), take()};
-    weights_ = take();
-    std::uint32_t* const selectedIndices = indices_.data() + kArrayLength;
-    selected_.candidate = selectedIndices;
-    selected_.x = selectedIndices + kArrayLength;
-    for (std::size_t c = 0; c < 4; ++c) {
-        selected_.samples[c] = selectedIndices + (2 + c) * kArrayLength;
-    }
-    selected_.weight = take();
-    selected_.zone = take();
-    selected_.saturation = take();
-    selected_.L = take();
-    selected_.C = take();
-    selected_.h = take();
-    selected_.alpha = take();
-    selected_.halfDegrees = take();
-    selected_.r = take();
-    selected_.g = take();
-    selected_.b = take();
-    selected_.paintedR = take();
-    selected_.paintedG = take();
-    selected_.paintedB = take();
-    selected_.paintedAlpha = take();
 
     const WordDecodeTable& decode = *run.wordDecode;
     read_.layout = layoutOf(*run.source);
@@ -138,41 +95,6 @@ VectorisedRows::VectorisedRows(const HueShiftRun& run, const HueShiftParameters&
         return;
     }
 
-    const KVColorGamut* const gamut = context.gamut;
-    select_.lab = mode == kColorModeLChab;
-    select_.keepUnshifted = run.coverage->present();
-    std::copy(context.M.begin(), context.M.end(), select_.M);
-    select_.hueLowerFalloff = p.hueLowerFalloff;
-    select_.hueLower = p.hueLower;
-    select_.hueUpper = p.hueUpper;
-    select_.hueUpperFalloff = p.hueUpperFalloff;
-    select_.lightLowerFalloff = p.lightLowerFalloff;
-    select_.lightLower = p.lightLower;
-    select_.lightUpper = p.lightUpper;
-    select_.lightUpperFalloff = p.lightUpperFalloff;
-    select_.satLowerFalloff = p.satLowerFalloff;
-    select_.satLower = p.satLower;
-    select_.satUpper = p.satUpper;
-    select_.satUpperFalloff = p.satUpperFalloff;
-    select_.maxChromas = gamut != nullptr ? &gamut->tableMaxChroma(0).c1 : nullptr;
-    select_.bringHueIntoChain = &VectorisedRows::bringHueIntoChain;
-    select_.context = this;
-
-    paint_.lab = select_.lab;
-    std::copy(context.MI.begin(), context.MI.end(), paint_.MI);
-    paint_.imageGamma = p.imageGamma;
-    paint_.targetHue = p.targetHue;
-    paint_.targetSat = p.targetSat;
-    paint_.saturationGain = p.saturationGain;
-    paint_.targetBri = p.targetBri;
-    paint_.curveGain = p.curveGain;
-    std::copy(p.targetBriTenVals.begin(), p.targetBriTenVals.end(), paint_.curve);
-    chromaTable_ = pairedChromaTable(p.gamut);
-    paint_.chromas = {chromaTable_ != nullptr ? chromaTable_->data() : nullptr};
-    select_.chromaPairs = paint_.chromas.pairs;
-    paint_.blend = &VectorisedRows::blend;
-    paint_.context = this;
-
     write_.layout = layoutOf(*run.destination);
     write_.imageGamma = run.destination->imageGamma;
     write_.thresholds = run.wordEncode->thresholds();
@@ -191,12 +113,13 @@ void VectorisedRows::shiftRow(std::int64_t y)
     const auto wide = static_cast<std::size_t>(source.pixelsWide);
     for (std::size_t first = 0; first < wide; first += kStretch) {
         const std::size_t count = std::min(kStretch, wide - first);
-        const std::size_t candidates =
-            row_kernel::avx2::readCandidates(read_, from, first, count, y, rowWords_, candidates_);
-        const std::size_t selected = row_kernel::avx2::selectCandidates(
-            select_, candidates_, candidates, weights_, selected_);
-        row_kernel::avx2::paintShifted(paint_, selected_, selected);
-        row_kernel::avx2::writePainted(write_, selected_, selected, to, y);
+        const std::size_t candidates = row_kernel::avx2::readCandidates(
+            read_, from, first, count, y, arrays_.words(), arrays_.candidates());
+        const std::size_t selected =
+            row_kernel::avx2::selectCandidates(shift_.select(), arrays_.candidates(), candidates,
+                                               arrays_.weights(), arrays_.selected());
+        row_kernel::avx2::paintShifted(shift_.paint(), arrays_.selected(), selected);
+        row_kernel::avx2::writePainted(write_, arrays_.selected(), selected, to, y);
     }
 }
 
@@ -208,12 +131,12 @@ std::size_t VectorisedRows::readRow(std::int64_t y, ColorComponents* linear, std
     std::size_t total = 0;
     for (std::size_t first = 0; first < wide; first += kStretch) {
         const std::size_t count = std::min(kStretch, wide - first);
+        const row_kernel::Candidates& read = arrays_.candidates();
         const std::size_t candidates =
-            row_kernel::avx2::readCandidates(read_, from, first, count, y, rowWords_, candidates_);
+            row_kernel::avx2::readCandidates(read_, from, first, count, y, arrays_.words(), read);
         for (std::size_t j = 0; j < candidates; ++j) {
-            linear[total] = {candidates_.r[j], candidates_.g[j], candidates_.b[j],
-                             candidates_.alpha[j]};
-            x[total++] = candidates_.x[j];
+            linear[total] = {read.r[j], read.g[j], read.b[j], read.alpha[j]};
+            x[total++] = read.x[j];
         }
     }
     return total;
@@ -230,28 +153,6 @@ bool VectorisedRows::readPixel(const void* self, std::int64_t x, std::int64_t y,
     rgba[3] = c.alpha;
     return c.alpha != 0.0 && (rows.p_.colorSpaceModel != kColorModeLChuv ||
                               rows.run_.luvHueFilter.mayBeSelected(c.c0, c.c1, c.c2));
-}
-
-double VectorisedRows::bringHueIntoChain(const void* self, double hue, bool raise)
-{
-    const auto& rows = *static_cast<const VectorisedRows*>(self);
-    return selection_detail::bringHueIntoChainSlowly(hue, rows.p_, kTwoPi, raise);
-}
-
-void VectorisedRows::blend(const void* self, const double* from, int zone, double weight,
-                           double* shifted)
-{
-    const HueShiftParameters& p = static_cast<const VectorisedRows*>(self)->p_;
-    const double newHue = shifted[2];
-    const ColorComponents start{
-        from[0], from[1],
-        shift_detail::blendStartHue(from[2], newHue, static_cast<SelectionZone>(zone), p), from[3]};
-    const ColorComponents result = blendColorsLch(
-        shift_detail::blendMode(p), start, {shifted[0], shifted[1], newHue, shifted[3]}, weight);
-    shifted[0] = result.c0;
-    shifted[1] = result.c1;
-    shifted[2] = result.c2;
-    shifted[3] = result.alpha;
 }
 
 void VectorisedRows::writePixel(const void* self, std::int64_t x, std::int64_t y,

@@ -5,6 +5,7 @@
 #include "engine/HueShiftWorkers.h"
 #include "engine/RowKernel.h"
 #include "engine/ShiftOutcome.h"
+#include "engine/VectorisedShift.h"
 
 #include <cstdint>
 #include <memory>
@@ -41,33 +42,21 @@ public:
     std::size_t readRow(std::int64_t y, ColorComponents* linear, std::uint32_t* x);
 
     // The constants the stages run with, for tests of the stages on their own.
-    const row_kernel::SelectConstants& selectConstants() const { return select_; }
-    const row_kernel::PaintConstants& paintConstants() const { return paint_; }
+    const row_kernel::SelectConstants& selectConstants() const { return shift_.select(); }
+    const row_kernel::PaintConstants& paintConstants() const { return shift_.paint(); }
 
 private:
     static bool readPixel(const void* self, std::int64_t x, std::int64_t y, double* rgba);
-    static double bringHueIntoChain(const void* self, double hue, bool raise);
-    static void blend(const void* self, const double* from, int zone, double weight,
-                      double* shifted);
     static void writePixel(const void* self, std::int64_t x, std::int64_t y, const double* rgba);
 
     const HueShiftRun& run_;
     const HueShiftParameters& p_;
     bool wholeRows_ = false;
-    std::shared_ptr<const std::vector<double>> chromaTable_;
     std::vector<float> boxBounds_;
-    // The working arrays, carved into the views below.
-    std::vector<std::uint32_t> words_;
-    std::vector<std::uint32_t> indices_;
-    std::vector<double> doubles_;
+    StretchArrays arrays_;
+    VectorisedShift shift_;
     row_kernel::ReadConstants read_{};
-    row_kernel::SelectConstants select_{};
-    row_kernel::PaintConstants paint_{};
     row_kernel::WriteConstants write_{};
-    row_kernel::RowWords rowWords_{};
-    row_kernel::Candidates candidates_{};
-    row_kernel::SelectedColors selected_{};
-    double* weights_ = nullptr;
 };
 
 } // namespace tintorra
