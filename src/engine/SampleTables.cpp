@@ -1,5 +1,6 @@
 #include "engine/SampleTables.h"
 
+#include <algorithm>
 #include <bit>
 #include <limits>
 #include <mutex>
@@ -107,6 +108,31 @@ SampleEncodeTable::SampleEncodeTable(double imageGamma, unsigned maximum)
         thresholds_[code] = smallestValueStoredAs(code, imageGamma, maximum);
     }
     thresholds_[maximum + 1] = std::numeric_limits<double>::infinity();
+
+    // Cells from the one holding the smallest value stored as 1 up to 1.0; below that value
+    // everything is 0, from 1.0 on everything is the maximum.
+    constexpr std::uint64_t kMostCells = 1u << 16;
+    const std::uint64_t firstKey = ordinal(thresholds_[1]) >> kCellShift;
+    const std::uint64_t endKey = ordinal(1.0) >> kCellShift;
+    if (maximum > 255 || !(thresholds_[1] > 0.0) || endKey - firstKey > kMostCells) {
+        return;
+    }
+    firstCellKey_ = firstKey;
+    cellSamples_.resize(endKey - firstKey);
+    unsigned k = 0;
+    for (std::uint64_t key = firstKey; key < endKey; ++key) {
+        const double low = fromOrdinal(key << kCellShift);
+        const double next = fromOrdinal((key + 1) << kCellShift);
+        while (thresholds_[k + 1] <= low) {
+            ++k;
+        }
+        cellSamples_[key - firstKey] = static_cast<std::uint8_t>(k);
+        unsigned inside = 0;
+        while (thresholds_[k + 1 + inside] < next) {
+            ++inside;
+        }
+        cellSteps_ = std::max(cellSteps_, inside);
+    }
 }
 
 std::shared_ptr<const WordDecodeTable> wordDecodeTable(double imageGamma)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <memory>
@@ -43,6 +44,17 @@ public:
         if (linear >= 1.0) {
             return maximum_;
         }
+        if (!cellSamples_.empty()) {
+            if (linear < thresholds_[1]) {
+                return 0;
+            }
+            unsigned k =
+                cellSamples_[(std::bit_cast<std::uint64_t>(linear) >> kCellShift) - firstCellKey_];
+            for (unsigned step = 0; step < cellSteps_; ++step) {
+                k += linear >= thresholds_[k + 1] ? 1u : 0u;
+            }
+            return k;
+        }
         const float power = gammaF_ == 1.0f ? static_cast<float>(linear)
                                             : std::pow(static_cast<float>(linear), gammaF_);
         const double scaled = static_cast<double>(power) * maximum_ + 0.5;
@@ -72,6 +84,14 @@ public:
 
 private:
     static constexpr double kMargin = 0.05;
+    // Cells of values sharing their exponent and top eight mantissa bits, for 8-bit samples:
+    // cellSamples_[key - firstCellKey_] is the sample of the smallest value with the key (its bits
+    // shifted right by kCellShift), and no cell holds more than cellSteps_ thresholds, so that a
+    // few comparisons finish the lookup. Empty where a cell table would be too large.
+    static constexpr unsigned kCellShift = 44;
+    std::vector<std::uint8_t> cellSamples_;
+    std::uint64_t firstCellKey_ = 0;
+    unsigned cellSteps_ = 0;
     unsigned maximum_;
     float gammaF_;
     // thresholds_[k]: the smallest value stored as k or more; [0] is -inf and [max + 1] +inf.
