@@ -2,6 +2,8 @@
 #include "engine/SelectionMasks.h"
 #include "engine/ShiftBatch.h"
 #include "engine/ShiftOutcome.h"
+#include "engine/TableEntryColors.h"
+#include "engine/VectorisedTable.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -21,33 +23,6 @@ ShiftOutcome entryOutcome(const color_table_lch_entry_info& entry, bool lch, std
     const double saturation = mode == kColorModeHCL ? entry.saturation : entry.chroma;
     return cylinderOutcome({entry.hue, entry.chroma, entry.lightness, entry.alpha, saturation},
                            context);
-}
-
-// The four stored bytes of a linear colour: encoded with the destination's gamma, premultiplied
-// where the destination stores it so, rounded half up.
-PixelChars encodedColor(ColorComponents c, const PixelManipulationOffsets& destination,
-                        const SampleEncodeTable& encode)
-{
-    using pixel_detail::encodeChar;
-    const bool premultiply = destination.hasAlpha && destination.premultiplied;
-    if (!premultiply || c.alpha == 1.0) {
-        return {static_cast<std::uint8_t>(encode(c.c0)), static_cast<std::uint8_t>(encode(c.c1)),
-                static_cast<std::uint8_t>(encode(c.c2)), encodeChar(c.alpha)};
-    }
-    if (destination.imageGamma != 1.0) {
-        c.c0 = std::pow(c.c0, destination.imageGamma);
-        c.c1 = std::pow(c.c1, destination.imageGamma);
-        c.c2 = std::pow(c.c2, destination.imageGamma);
-    }
-    return {encodeChar(c.c0 * c.alpha), encodeChar(c.c1 * c.alpha), encodeChar(c.c2 * c.alpha),
-            encodeChar(c.alpha)};
-}
-
-bool describesPixels(const color_table_lch_entry_info& entry, const ColorTableRef& table)
-{
-    return entry.locationCount != 0 &&
-           static_cast<std::uint64_t>(entry.firstLocation) + entry.locationCount <=
-               table.locationCount;
 }
 
 } // namespace
@@ -86,6 +61,14 @@ void colorTableWorker(const HueShiftTask& task, std::vector<TableColor>& toWrite
             }
             const auto sample = static_cast<std::uint8_t>(maskSample(weight > 0.0 ? weight : 0.0));
             toWrite.push_back({entry.firstLocation, entry.locationCount, {sample, 0, 0, 0}});
+        }
+        return;
+    }
+
+    if (VectorisedTable::serves(p)) {
+        VectorisedTable vectorised(run, p, context);
+        for (const auto& [begin, stop] : candidates) {
+            vectorised.shiftEntries(table, begin, stop, toWrite);
         }
         return;
     }
@@ -135,6 +118,12 @@ void colorTableWorker(const HueShiftTask& task, std::vector<TableColor>& toWrite
             }
         }
     }
+}
+
+TableWorkerPaths& tableWorkerPaths()
+{
+    static TableWorkerPaths paths;
+    return paths;
 }
 
 void printWorkerTrace(unsigned long index)

@@ -78,6 +78,14 @@ struct TableWriteLimits {
 // The limits in force; tests make them small to exercise blocks and waves on small images.
 TableWriteLimits& tableWriteLimits();
 
+// Which of the colour-table worker's ways are open; tests close the vectorised one, as for the
+// row worker.
+struct TableWorkerPaths {
+    bool vectorised = true;
+};
+
+TableWorkerPaths& tableWorkerPaths();
+
 // Other depths: every pixel of the task's rows, left to right.
 void rowWorker(const HueShiftTask& task);
 
