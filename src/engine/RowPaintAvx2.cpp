@@ -233,13 +233,13 @@ void paintShifted(const PaintConstants& k, const SelectedColors& s, std::size_t 
     // Back to linear RGB as lchuvToRgb and lchabToRgb do. Fully selected colours all take the
     // target hue, whose sine and cosine are therefore taken once.
     const Lanes targetHue = splat(k.targetSat == -1.0 ? 0.0 : k.targetHue);
-    const Sleef___m256d_2 targetSinCos = Sleef_sincosd4_u10avx2(targetHue);
+    const Sleef___m256d_2 targetSinCos = Sleef_sincosd4_u35avx2(targetHue);
     for (std::size_t i = 0; i < count; i += kLanes) {
         const Lanes L = _mm256_loadu_pd(newLs + i);
         const Lanes C = _mm256_loadu_pd(newCs + i);
         const Lanes hue = _mm256_loadu_pd(newHues + i);
         const Sleef___m256d_2 sc =
-            bits(eq(hue, targetHue)) == 0xF ? targetSinCos : Sleef_sincosd4_u10avx2(hue);
+            bits(eq(hue, targetHue)) == 0xF ? targetSinCos : Sleef_sincosd4_u35avx2(hue);
         const Lanes a = mul(C, sc.y);
         const Lanes b = mul(C, sc.x);
         const Xyz xyz = k.lab ? labXyz(L, a, b) : luvXyz(L, a, b);
