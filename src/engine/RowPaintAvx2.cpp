@@ -131,8 +131,12 @@ Lch shiftedChromaAndHue(const PaintConstants& k, const FixedHue* target, Lanes o
 // luminanceFromLightness.
 Lanes luminanceOf(Lanes L)
 {
-    const Lanes f = div(add(L, splat(16.0)), splat(116.0));
-    return choose(gt(L, splat(8.0)), mul(mul(f, f), f), div(L, splat(kCieKappa)));
+    // Each side's division only where some lane takes it.
+    const LaneMask light = gt(L, splat(8.0));
+    const int lightLanes = bits(light);
+    const Lanes f = lightLanes != 0 ? div(add(L, splat(16.0)), splat(116.0)) : L;
+    const Lanes dark = lightLanes != 0xF ? div(L, splat(kCieKappa)) : L;
+    return choose(light, mul(mul(f, f), f), dark);
 }
 
 // luvToXyz.
@@ -229,9 +233,12 @@ void paintShifted(const PaintConstants& k, const SelectedColors& s, std::size_t 
     double* const oldLimits = s.paintedAlpha;
     for (std::size_t i = 0; i < count; i += kLanes) {
         const Lanes C = _mm256_loadu_pd(s.C + i);
-        const Lanes limit =
-            gamut ? chromaForHue(k.chromas, _mm256_loadu_pd(s.h + i), _mm256_loadu_pd(s.L + i))
-                  : _mm256_setzero_pd();
+        // The selection left 2 x wrappedDegrees(h) in halfDegrees: chromaForHue without its
+        // divisions.
+        const Lanes limit = gamut
+                                ? chromaAtHalfDegrees(k.chromas, _mm256_loadu_pd(s.halfDegrees + i),
+                                                      _mm256_loadu_pd(s.L + i))
+                                : _mm256_setzero_pd();
         _mm256_storeu_pd(oldLimits + i, fmaxOf(C, limit));
     }
     for (std::size_t i = 0; i < count; i += kLanes) {
