@@ -112,7 +112,9 @@ Lch shiftedChromaAndHue(const PaintConstants& k, const FixedHue* target, Lanes o
     if (target != nullptr) {
         newLimit = chromaForFixedHue(k.chromas, *target, newL);
     }
-    Lanes newC = choose(gt(oldLimit, newLimit), div(mul(C, newLimit), oldLimit), C);
+    // The division only where some lane's limit shrinks.
+    const LaneMask shrinks = gt(oldLimit, newLimit);
+    Lanes newC = bits(shrinks) != 0 ? choose(shrinks, div(mul(C, newLimit), oldLimit), C) : C;
     if (k.targetSat > 0.0) {
         const Lanes room = choose(gt(newLimit, newC), sub(newLimit, newC), zero);
         const Lanes change = mul(mul(mul(mul(room, splat(k.targetSat)), weight), saturation),
