@@ -183,11 +183,11 @@ TEST(BatchMath, FastFunctionsKeepTheLibrarysInfinitiesAndNaNs)
 
     // Every pair of these: the library's atan2 gives the quadrant's angle for infinities and
     // zeros of either sign, NaN with any NaN.
-    const std::vector<double> special = {inf, -inf, nan, 0.0, -0.0, 1.0, -1.0};
+    const std::vector<double> unusual = {inf, -inf, nan, 0.0, -0.0, 1.0, -1.0};
     std::vector<double> ys;
     std::vector<double> xs;
-    for (const double a : special) {
-        for (const double b : special) {
+    for (const double a : unusual) {
+        for (const double b : unusual) {
             ys.push_back(a);
             xs.push_back(b);
         }
