@@ -49,10 +49,10 @@ void cbrt(const double* x, double* out, std::size_t n)
 {
     std::size_t i = 0;
     for (; i + kLanes <= n; i += kLanes) {
-        _mm256_storeu_pd(out + i, Sleef_cbrtd4_u10avx2(_mm256_loadu_pd(x + i)));
+        _mm256_storeu_pd(out + i, Sleef_cbrtd4_u35avx2(_mm256_loadu_pd(x + i)));
     }
     if (i < n) {
-        storeTail(out + i, Sleef_cbrtd4_u10avx2(loadTail(x + i, n - i)), n - i);
+        storeTail(out + i, Sleef_cbrtd4_u35avx2(loadTail(x + i, n - i)), n - i);
     }
 }
 
@@ -61,10 +61,10 @@ void atan2(const double* y, const double* x, double* out, std::size_t n)
     std::size_t i = 0;
     for (; i + kLanes <= n; i += kLanes) {
         _mm256_storeu_pd(out + i,
-                         Sleef_atan2d4_u10avx2(_mm256_loadu_pd(y + i), _mm256_loadu_pd(x + i)));
+                         Sleef_atan2d4_u35avx2(_mm256_loadu_pd(y + i), _mm256_loadu_pd(x + i)));
     }
     if (i < n) {
-        storeTail(out + i, Sleef_atan2d4_u10avx2(loadTail(y + i, n - i), loadTail(x + i, n - i)),
+        storeTail(out + i, Sleef_atan2d4_u35avx2(loadTail(y + i, n - i), loadTail(x + i, n - i)),
                   n - i);
     }
 }
@@ -73,12 +73,12 @@ void sincos(const double* angle, double* sines, double* cosines, std::size_t n)
 {
     std::size_t i = 0;
     for (; i + kLanes <= n; i += kLanes) {
-        const Sleef___m256d_2 sc = Sleef_sincosd4_u10avx2(_mm256_loadu_pd(angle + i));
+        const Sleef___m256d_2 sc = Sleef_sincosd4_u35avx2(_mm256_loadu_pd(angle + i));
         _mm256_storeu_pd(sines + i, sc.x);
         _mm256_storeu_pd(cosines + i, sc.y);
     }
     if (i < n) {
-        const Sleef___m256d_2 sc = Sleef_sincosd4_u10avx2(loadTail(angle + i, n - i));
+        const Sleef___m256d_2 sc = Sleef_sincosd4_u35avx2(loadTail(angle + i, n - i));
         storeTail(sines + i, sc.x, n - i);
         storeTail(cosines + i, sc.y, n - i);
     }

@@ -23,6 +23,20 @@ struct Xyz {
     Lanes Z;
 };
 
+// keepsLightness: no brightness change and the identity curve, so no powers.
+bool keepsLightness(const PaintConstants& k)
+{
+    if (k.targetBri != 0.0) {
+        return false;
+    }
+    for (std::size_t i = 0; i < 11; ++i) {
+        if (k.curve[i] != static_cast<double>(i) / 10.0) {
+            return false;
+        }
+    }
+    return true;
+}
+
 // lchShiftedLightness with its powers, in passes over the run, each with at most one power so
 // that the processor overlaps the powers of consecutive groups: the doubled brightness change,
 // or the curve scaled by saturation, weight and gain; clamped to 0..100. The new lightness goes
@@ -32,6 +46,12 @@ void shiftLightness(const PaintConstants& k, const SelectedColors& s, std::size_
 {
     const Lanes zero = _mm256_setzero_pd();
     const Lanes hundred = splat(100.0);
+    if (keepsLightness(k)) {
+        for (std::size_t i = 0; i < count; i += kLanes) {
+            _mm256_storeu_pd(newLs + i, clampTo(_mm256_loadu_pd(s.L + i), zero, hundred));
+        }
+        return;
+    }
     for (std::size_t i = 0; i < count; i += kLanes) {
         const Lanes level = div(_mm256_loadu_pd(s.L + i), hundred);
         const Lanes base = k.targetBri > 0.0 ? fmaxOf(sub(splat(1.0), level), zero) : level;
@@ -92,7 +112,9 @@ Lch shiftedChromaAndHue(const PaintConstants& k, const FixedHue* target, Lanes o
     if (target != nullptr) {
         newLimit = chromaForFixedHue(k.chromas, *target, newL);
     }
-    Lanes newC = choose(gt(oldLimit, newLimit), div(mul(C, newLimit), oldLimit), C);
+    // The division only where some lane's limit shrinks.
+    const LaneMask shrinks = gt(oldLimit, newLimit);
+    Lanes newC = bits(shrinks) != 0 ? choose(shrinks, div(mul(C, newLimit), oldLimit), C) : C;
     if (k.targetSat > 0.0) {
         const Lanes room = choose(gt(newLimit, newC), sub(newLimit, newC), zero);
         const Lanes change = mul(mul(mul(mul(room, splat(k.targetSat)), weight), saturation),
@@ -111,8 +133,12 @@ Lch shiftedChromaAndHue(const PaintConstants& k, const FixedHue* target, Lanes o
 // luminanceFromLightness.
 Lanes luminanceOf(Lanes L)
 {
-    const Lanes f = div(add(L, splat(16.0)), splat(116.0));
-    return choose(gt(L, splat(8.0)), mul(mul(f, f), f), div(L, splat(kCieKappa)));
+    // Each side's division only where some lane takes it.
+    const LaneMask light = gt(L, splat(8.0));
+    const int lightLanes = bits(light);
+    const Lanes f = lightLanes != 0 ? div(add(L, splat(16.0)), splat(116.0)) : L;
+    const Lanes dark = lightLanes != 0xF ? div(L, splat(kCieKappa)) : L;
+    return choose(light, mul(mul(f, f), f), dark);
 }
 
 // luvToXyz.
@@ -209,9 +235,12 @@ void paintShifted(const PaintConstants& k, const SelectedColors& s, std::size_t 
     double* const oldLimits = s.paintedAlpha;
     for (std::size_t i = 0; i < count; i += kLanes) {
         const Lanes C = _mm256_loadu_pd(s.C + i);
-        const Lanes limit =
-            gamut ? chromaForHue(k.chromas, _mm256_loadu_pd(s.h + i), _mm256_loadu_pd(s.L + i))
-                  : _mm256_setzero_pd();
+        // The selection left 2 x wrappedDegrees(h) in halfDegrees: chromaForHue without its
+        // divisions.
+        const Lanes limit = gamut
+                                ? chromaAtHalfDegrees(k.chromas, _mm256_loadu_pd(s.halfDegrees + i),
+                                                      _mm256_loadu_pd(s.L + i))
+                                : _mm256_setzero_pd();
         _mm256_storeu_pd(oldLimits + i, fmaxOf(C, limit));
     }
     for (std::size_t i = 0; i < count; i += kLanes) {
@@ -233,13 +262,13 @@ void paintShifted(const PaintConstants& k, const SelectedColors& s, std::size_t 
     // Back to linear RGB as lchuvToRgb and lchabToRgb do. Fully selected colours all take the
     // target hue, whose sine and cosine are therefore taken once.
     const Lanes targetHue = splat(k.targetSat == -1.0 ? 0.0 : k.targetHue);
-    const Sleef___m256d_2 targetSinCos = Sleef_sincosd4_u10avx2(targetHue);
+    const Sleef___m256d_2 targetSinCos = Sleef_sincosd4_u35avx2(targetHue);
     for (std::size_t i = 0; i < count; i += kLanes) {
         const Lanes L = _mm256_loadu_pd(newLs + i);
         const Lanes C = _mm256_loadu_pd(newCs + i);
         const Lanes hue = _mm256_loadu_pd(newHues + i);
         const Sleef___m256d_2 sc =
-            bits(eq(hue, targetHue)) == 0xF ? targetSinCos : Sleef_sincosd4_u10avx2(hue);
+            bits(eq(hue, targetHue)) == 0xF ? targetSinCos : Sleef_sincosd4_u35avx2(hue);
         const Lanes a = mul(C, sc.y);
         const Lanes b = mul(C, sc.x);
         const Xyz xyz = k.lab ? labXyz(L, a, b) : luvXyz(L, a, b);

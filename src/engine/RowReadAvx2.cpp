@@ -120,7 +120,8 @@ std::size_t readGroup(const ReadConstants& k, const RowWords& words, std::size_t
     const Lanes g = gather(k.decode, loadLanes(words.green + i));
     const Lanes b = gather(k.decode, loadLanes(words.blue + i));
     const Lanes stored = _mm256_cvtepi32_pd(loadLanes(words.alpha + i));
-    const Lanes alpha = div(stored, opaque);
+    // Without alpha every sample is opaque and 65535 / 65535 is 1: no division.
+    const Lanes alpha = layout.hasAlpha ? div(stored, opaque) : splat(1.0);
     // A premultiplied sample that is not opaque is divided before the power: no lookup.
     const LaneMask byPixel =
         layout.hasAlpha && layout.premultiplied ? both(ne(stored, opaque), inRun) : noLanes();

@@ -202,9 +202,9 @@ std::size_t selectCandidates(const SelectConstants& k, const Candidates& in, std
     if (k.lab) {
         for (std::size_t j = 0; j < count; j += kLanes) {
             const LabRatios t = labRatios(xyzAt(j));
-            _mm256_storeu_pd(out.h + j, Sleef_cbrtd4_u10avx2(t.x));
-            _mm256_storeu_pd(out.saturation + j, Sleef_cbrtd4_u10avx2(t.y));
-            _mm256_storeu_pd(out.zone + j, Sleef_cbrtd4_u10avx2(t.z));
+            _mm256_storeu_pd(out.h + j, Sleef_cbrtd4_u35avx2(t.x));
+            _mm256_storeu_pd(out.saturation + j, Sleef_cbrtd4_u35avx2(t.y));
+            _mm256_storeu_pd(out.zone + j, Sleef_cbrtd4_u35avx2(t.z));
         }
         for (std::size_t j = 0; j < count; j += kLanes) {
             const Lch lch =
@@ -215,8 +215,11 @@ std::size_t selectCandidates(const SelectConstants& k, const Candidates& in, std
             _mm256_storeu_pd(out.h + j, lch.h);
         }
     } else {
+        // The root only where some lane is above the dark linear segment that ignores it.
         for (std::size_t j = 0; j < count; j += kLanes) {
-            _mm256_storeu_pd(out.h + j, Sleef_cbrtd4_u10avx2(xyzAt(j).Y));
+            const Lanes Y = xyzAt(j).Y;
+            _mm256_storeu_pd(out.h + j,
+                             bits(gt(Y, splat(kCieEpsilon))) != 0 ? Sleef_cbrtd4_u35avx2(Y) : Y);
         }
         for (std::size_t j = 0; j < count; j += kLanes) {
             const LuvChroma luv = luvChroma(xyzAt(j), _mm256_loadu_pd(out.h + j));
@@ -226,7 +229,7 @@ std::size_t selectCandidates(const SelectConstants& k, const Candidates& in, std
             _mm256_storeu_pd(out.zone + j, luv.v);
         }
         for (std::size_t j = 0; j < count; j += kLanes) {
-            _mm256_storeu_pd(out.h + j, Sleef_atan2d4_u10avx2(_mm256_loadu_pd(out.zone + j),
+            _mm256_storeu_pd(out.h + j, Sleef_atan2d4_u35avx2(_mm256_loadu_pd(out.zone + j),
                                                               _mm256_loadu_pd(out.saturation + j)));
         }
     }

@@ -4,6 +4,8 @@
 #include "engine/BatchMath.h"
 #include "engine/SelectionMasks.h"
 
+#include <algorithm>
+
 namespace tintorra {
 
 namespace {
@@ -21,14 +23,19 @@ void paintedColors(ShiftBatch& s, std::size_t count, const HueShiftParameters& p
         }
         return;
     }
-    for (std::size_t k = 0; k < count; ++k) {
-        s.a[k] = lightnessPowerBase(levelOf(colours[s.selected[k]]), p);
+    const bool keep = keepsLightness(p);
+    if (keep) {
+        std::fill_n(s.a.begin(), count, 0.0);
+    } else {
+        for (std::size_t k = 0; k < count; ++k) {
+            s.a[k] = lightnessPowerBase(levelOf(colours[s.selected[k]]), p);
+        }
+        batch::pow(s.a.data(), p.imageGamma, s.a.data(), count);
     }
-    batch::pow(s.a.data(), p.imageGamma, s.a.data(), count);
     bool anyCurve = false;
     for (std::size_t k = 0; k < count; ++k) {
         double y = 0.0;
-        const bool applies = curveOutput(s.a[k], p, y);
+        const bool applies = !keep && curveOutput(s.a[k], p, y);
         s.c[k] = applies ? 1.0 : 0.0;
         s.b[k] = y;
         anyCurve = anyCurve || applies;

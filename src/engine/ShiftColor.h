@@ -79,6 +79,22 @@ inline double gamutChroma(const KVColorGamut* gamut, double hue, double lightnes
 // second of the curve's output. They are split out so that a run of colours can have its
 // powers computed together; the single-colour functions below compose the same steps.
 
+// Whether the lightness steps leave every lightness as it is: no brightness change and the
+// identity curve, which gives back the first power's result, so that the second power only
+// undoes the first. Both powers are then skipped rather than left to add rounding.
+inline bool keepsLightness(const HueShiftParameters& p)
+{
+    if (p.targetBri != 0.0) {
+        return false;
+    }
+    for (std::size_t i = 0; i < p.targetBriTenVals.size(); ++i) {
+        if (p.targetBriTenVals[i] != static_cast<double>(i) / 10.0) {
+            return false;
+        }
+    }
+    return true;
+}
+
 // The base of the first power, raised to imageGamma; `level` is L / 100 in the LCh modes and the
 // third component in the others.
 inline double lightnessPowerBase(double level, const HueShiftParameters& p)
@@ -162,9 +178,11 @@ inline ColorComponents finishLchShift(const ColorComponents& lch, const Selectio
 inline ColorComponents shiftLchColor(const ColorComponents& lch, const Selection& selection,
                                      const HueShiftParameters& p, const KVColorGamut* gamut)
 {
-    const double firstPower = std::pow(lightnessPowerBase(lch.c0 / 100.0, p), p.imageGamma);
+    const bool keep = keepsLightness(p);
+    const double firstPower =
+        keep ? 0.0 : std::pow(lightnessPowerBase(lch.c0 / 100.0, p), p.imageGamma);
     double y = 0.0;
-    const bool curveApplies = curveOutput(firstPower, p, y);
+    const bool curveApplies = !keep && curveOutput(firstPower, p, y);
     const double secondPower = curveApplies ? std::pow(y, 1.0 / p.imageGamma) : 0.0;
     const double newL =
         lchShiftedLightness(lch.c0, selection, p, firstPower, curveApplies, secondPower);
@@ -225,9 +243,10 @@ inline HclComponents finishCylinderShift(const HclComponents& colour, const Sele
 inline HclComponents shiftCylinderColor(const HclComponents& colour, const Selection& selection,
                                         const HueShiftParameters& p)
 {
-    const double firstPower = std::pow(lightnessPowerBase(colour.l, p), p.imageGamma);
+    const bool keep = keepsLightness(p);
+    const double firstPower = keep ? 0.0 : std::pow(lightnessPowerBase(colour.l, p), p.imageGamma);
     double y = 0.0;
-    const bool curveApplies = curveOutput(firstPower, p, y);
+    const bool curveApplies = !keep && curveOutput(firstPower, p, y);
     const double secondPower = curveApplies ? std::pow(y, 1.0 / p.imageGamma) : 0.0;
     const double newV =
         cylinderShiftedLevel(colour, selection, p, firstPower, curveApplies, secondPower);

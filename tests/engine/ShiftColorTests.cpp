@@ -76,6 +76,76 @@ TEST(LchCurve, TheIdentityCurveIsTenthsNotTheirPowers)
     EXPECT_GT(std::fabs(shiftLchColor({50.0, 20.0, 1.0, 1.0}, full(), p, nullptr).c0 - 50.0), 10.0);
 }
 
+// The lightness the powers there and back give, step by step, for the record's curve.
+double lightnessThroughThePowers(double L, double saturation, const HueShiftParameters& p)
+{
+    const double first = std::pow(lightnessPowerBase(L / 100.0, p), p.imageGamma);
+    double y = 0.0;
+    const bool applies = curveOutput(first, p, y);
+    const double second = applies ? std::pow(y, 1.0 / p.imageGamma) : 0.0;
+    return lchShiftedLightness(L, full(saturation), p, first, applies, second);
+}
+
+// With the identity curve the powers are skipped: the lightness stays exactly, where the powers
+// would have moved it by rounding alone.
+TEST(LchCurve, TheIdentityCurveKeepsLightnessWhereThePowersWouldOnlyRound)
+{
+    for (const double gamma : {1.0 / 2.2, 2.2, 0.5, 1.0}) {
+        for (const double gain : {1.0, 3.0}) {
+            HueShiftParameters p = lchRecord(0, gamma, false);
+            p.curveGain = gain;
+            ASSERT_TRUE(keepsLightness(p));
+            for (double L = 0.0; L <= 100.0; L += 0.37) {
+                const ColorComponents out =
+                    shiftLchColor({L, 20.0, 1.0, 1.0}, full(0.8), p, nullptr);
+                EXPECT_EQ(out.c0, L);
+                EXPECT_NEAR(lightnessThroughThePowers(L, 0.8, p), L, 1e-12) << gamma << " " << L;
+            }
+            // Lightness a hair outside 0..100 is clamped either way.
+            EXPECT_EQ(shiftLchColor({100.0000001, 20.0, 1.0, 1.0}, full(), p, nullptr).c0, 100.0);
+            EXPECT_EQ(shiftLchColor({-1e-9, 20.0, 1.0, 1.0}, full(), p, nullptr).c0, 0.0);
+        }
+    }
+}
+
+TEST(LchCurve, OnlyTheExactIdentityWithoutBrightnessChangeSkipsThePowers)
+{
+    HueShiftParameters p = lchRecord(0, 1.0 / 2.2, false);
+    EXPECT_TRUE(keepsLightness(p));
+    p.targetBri = 0.1;
+    EXPECT_FALSE(keepsLightness(p));
+    p.targetBri = 0.0;
+    p.targetBriTenVals[5] = std::nextafter(0.5, 1.0);
+    EXPECT_FALSE(keepsLightness(p));
+    // A curve one unit in the last place off the identity still goes through the powers, and
+    // comes out within rounding of the lightness.
+    for (double L = 0.0; L <= 100.0; L += 0.37) {
+        const double through = lightnessThroughThePowers(L, 1.0, p);
+        EXPECT_EQ(shiftLchColor({L, 20.0, 1.0, 1.0}, full(), p, nullptr).c0, through);
+        EXPECT_NEAR(through, L, 1e-12);
+    }
+}
+
+TEST(CylinderCurve, TheIdentityCurveKeepsTheLevel)
+{
+    for (const std::int64_t model : {kColorModeHCL, kColorModeHSB, kColorModeHSL}) {
+        HueShiftParameters p = test::selectEverything(model);
+        normalizeHueShiftParameters(p);
+        ASSERT_TRUE(keepsLightness(p));
+        for (double V = 0.0; V <= 1.0; V += 0.0123) {
+            const HclComponents colour{0.2, 0.4, V, 1.0, 0.5};
+            const HclComponents out = shiftCylinderColor(colour, full(), p);
+            EXPECT_EQ(out.l, V) << model;
+            const double first = std::pow(lightnessPowerBase(V, p), p.imageGamma);
+            double y = 0.0;
+            const bool applies = curveOutput(first, p, y);
+            const double second = applies ? std::pow(y, 1.0 / p.imageGamma) : 0.0;
+            EXPECT_NEAR(cylinderShiftedLevel(colour, full(), p, first, applies, second), V, 1e-14)
+                << model << " " << V;
+        }
+    }
+}
+
 TEST(LchCurve, AFlatCurveSetsLightnessScaledBySaturationWeightAndGain)
 {
     HueShiftParameters p = lchRecord(0, 0.5, false);
