@@ -140,10 +140,6 @@ KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftP
         runWorkers(threads, [&](unsigned i) { colorTableWorker(tasks[i], toWrite[i]); });
         writeTableColors(run, p, toWrite, threads);
     } else {
-        std::atomic<std::uint64_t> nextRow{0};
-        for (HueShiftTask& task : tasks) {
-            task.nextRow = &nextRow;
-        }
         runWorkers(threads, [&](unsigned i) { rowWorker(tasks[i]); });
     }
     return destination;

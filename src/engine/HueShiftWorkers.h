@@ -45,9 +45,6 @@ struct HueShiftTask {
     std::uint64_t firstItem = 0;
     std::uint64_t itemCount = 0;
     unsigned long index = 0;
-    // Rows: when set, the workers take blocks of rows from this shared count instead of their
-    // own run, up to the image's height, so that none waits for another with a slower band.
-    std::atomic<std::uint64_t>* nextRow = nullptr;
 };
 
 // A colour-table entry to be written and the four bytes it is written with. For the grey masks

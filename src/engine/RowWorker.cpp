@@ -5,8 +5,6 @@
 #include "engine/ShiftOutcome.h"
 #include "engine/VectorisedRows.h"
 
-#include <algorithm>
-#include <atomic>
 #include <cstring>
 #include <memory>
 #include <vector>
@@ -221,22 +219,8 @@ void rowWorker(const HueShiftTask& task)
         scratch.reserve(static_cast<std::size_t>(source.pixelsWide));
     }
 
-    // Rows in blocks from the shared count when there is one, else the task's own run.
-    constexpr std::uint64_t kBlockRows = 8;
-    const auto height = static_cast<std::uint64_t>(source.pixelsHigh);
-    const bool shared = task.nextRow != nullptr;
-    std::uint64_t first = shared ? 0 : task.firstItem;
-    std::uint64_t end = shared ? 0 : task.firstItem + task.itemCount;
-    const auto claim = [&] {
-        if (!shared) {
-            return false;
-        }
-        first = task.nextRow->fetch_add(kBlockRows, std::memory_order_relaxed);
-        end = std::min(first + kBlockRows, height);
-        return first < end;
-    };
-    while (first < end || claim()) {
-        const auto y = static_cast<std::int64_t>(first++);
+    const auto end = static_cast<std::int64_t>(task.firstItem + task.itemCount);
+    for (auto y = static_cast<std::int64_t>(task.firstItem); y < end; ++y) {
         // Whatever is not written below keeps the source's samples.
         if (!run.destinationHoldsSource) {
             std::memcpy(destination.bitmapData + y * destination.bytesPerRow,
