@@ -87,35 +87,6 @@ std::vector<ColorComponents> linearColours()
     return colours;
 }
 
-// The stages' arrays, with room behind them for the last group of four.
-struct StageArrays {
-    explicit StageArrays(std::size_t n) : indices(7 * (n + 8)), doubles(24 * (n + 8))
-    {
-        const std::size_t length = n + 8;
-        std::size_t next = 0;
-        const auto take = [&] { return doubles.data() + length * next++; };
-        candidates = {indices.data(), take(), take(), take(), take()};
-        weights = take();
-        selected.candidate = indices.data() + length;
-        selected.x = indices.data() + 2 * length;
-        for (std::size_t c = 0; c < 4; ++c) {
-            selected.samples[c] = indices.data() + (3 + c) * length;
-        }
-        for (double** array : {&selected.weight, &selected.zone, &selected.saturation, &selected.L,
-                               &selected.C, &selected.h, &selected.alpha, &selected.halfDegrees,
-                               &selected.r, &selected.g, &selected.b, &selected.paintedR,
-                               &selected.paintedG, &selected.paintedB, &selected.paintedAlpha}) {
-            *array = take();
-        }
-    }
-
-    std::vector<std::uint32_t> indices;
-    std::vector<double> doubles;
-    row_kernel::Candidates candidates{};
-    double* weights = nullptr;
-    row_kernel::SelectedColors selected{};
-};
-
 // The records the whole chain of stages serves: the LCh modes showing the shifted image.
 std::vector<test::RecordCase> shiftCases()
 {
@@ -150,19 +121,19 @@ TEST_P(VectorisedStages, SelectAndPaintAsTheScalarFunctions)
 
     const std::vector<ColorComponents> colours = linearColours();
     const std::size_t n = colours.size();
-    StageArrays arrays(n);
+    const StretchArrays arrays(n);
     for (std::size_t j = 0; j < n; ++j) {
-        arrays.candidates.x[j] = static_cast<std::uint32_t>(j);
-        arrays.candidates.r[j] = colours[j].c0;
-        arrays.candidates.g[j] = colours[j].c1;
-        arrays.candidates.b[j] = colours[j].c2;
-        arrays.candidates.alpha[j] = colours[j].alpha;
+        arrays.candidates().x[j] = static_cast<std::uint32_t>(j);
+        arrays.candidates().r[j] = colours[j].c0;
+        arrays.candidates().g[j] = colours[j].c1;
+        arrays.candidates().b[j] = colours[j].c2;
+        arrays.candidates().alpha[j] = colours[j].alpha;
     }
     row_kernel::SelectConstants constants = rows.selectConstants();
     constants.keepUnshifted = true;
     const std::size_t selected = row_kernel::avx2::selectCandidates(
-        constants, arrays.candidates, n, arrays.weights, arrays.selected);
-    row_kernel::avx2::paintShifted(rows.paintConstants(), arrays.selected, selected);
+        constants, arrays.candidates(), n, arrays.weights(), arrays.selected());
+    row_kernel::avx2::paintShifted(rows.paintConstants(), arrays.selected(), selected);
 
     ShiftBatch batch;
     batch.reserve(n);
@@ -170,17 +141,17 @@ TEST_P(VectorisedStages, SelectAndPaintAsTheScalarFunctions)
     std::size_t expected = 0;
     for (std::size_t j = 0; j < n; ++j) {
         const Selection selection = lchSelection(batch.lch[j], p, prepared->context.gamut);
-        ASSERT_EQ(bitsOf(arrays.weights[j]), bitsOf(selection.weight)) << j;
+        ASSERT_EQ(bitsOf(arrays.weights()[j]), bitsOf(selection.weight)) << j;
         if (selection.weight > 0.0) {
             ASSERT_LT(expected, selected);
-            EXPECT_EQ(arrays.selected.candidate[expected], j);
-            EXPECT_EQ(bitsOf(arrays.selected.L[expected]), bitsOf(batch.lch[j].c0)) << j;
-            EXPECT_EQ(bitsOf(arrays.selected.C[expected]), bitsOf(batch.lch[j].c1)) << j;
-            EXPECT_EQ(bitsOf(arrays.selected.h[expected]), bitsOf(batch.lch[j].c2)) << j;
-            EXPECT_EQ(arrays.selected.zone[expected], static_cast<double>(selection.hueZone));
-            EXPECT_EQ(bitsOf(arrays.selected.saturation[expected]), bitsOf(selection.saturation));
-            EXPECT_EQ(bitsOf(arrays.selected.r[expected]), bitsOf(colours[j].c0));
-            EXPECT_EQ(bitsOf(arrays.selected.alpha[expected]), bitsOf(colours[j].alpha));
+            EXPECT_EQ(arrays.selected().candidate[expected], j);
+            EXPECT_EQ(bitsOf(arrays.selected().L[expected]), bitsOf(batch.lch[j].c0)) << j;
+            EXPECT_EQ(bitsOf(arrays.selected().C[expected]), bitsOf(batch.lch[j].c1)) << j;
+            EXPECT_EQ(bitsOf(arrays.selected().h[expected]), bitsOf(batch.lch[j].c2)) << j;
+            EXPECT_EQ(arrays.selected().zone[expected], static_cast<double>(selection.hueZone));
+            EXPECT_EQ(bitsOf(arrays.selected().saturation[expected]), bitsOf(selection.saturation));
+            EXPECT_EQ(bitsOf(arrays.selected().r[expected]), bitsOf(colours[j].c0));
+            EXPECT_EQ(bitsOf(arrays.selected().alpha[expected]), bitsOf(colours[j].alpha));
             batch.selected[expected] = static_cast<std::uint32_t>(j);
             batch.selection[expected] = selection;
             ++expected;
@@ -193,10 +164,10 @@ TEST_P(VectorisedStages, SelectAndPaintAsTheScalarFunctions)
     paintSelectedLch(batch, selected, prepared->context);
     for (std::size_t k = 0; k < selected; ++k) {
         const ColorComponents& rgb = batch.rgb[k];
-        EXPECT_EQ(bitsOf(arrays.selected.paintedR[k]), bitsOf(rgb.c0)) << k;
-        EXPECT_EQ(bitsOf(arrays.selected.paintedG[k]), bitsOf(rgb.c1)) << k;
-        EXPECT_EQ(bitsOf(arrays.selected.paintedB[k]), bitsOf(rgb.c2)) << k;
-        EXPECT_EQ(bitsOf(arrays.selected.paintedAlpha[k]), bitsOf(rgb.alpha)) << k;
+        EXPECT_EQ(bitsOf(arrays.selected().paintedR[k]), bitsOf(rgb.c0)) << k;
+        EXPECT_EQ(bitsOf(arrays.selected().paintedG[k]), bitsOf(rgb.c1)) << k;
+        EXPECT_EQ(bitsOf(arrays.selected().paintedB[k]), bitsOf(rgb.c2)) << k;
+        EXPECT_EQ(bitsOf(arrays.selected().paintedAlpha[k]), bitsOf(rgb.alpha)) << k;
     }
 }
 
