@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <string>
 
@@ -75,6 +76,13 @@ inline PixelChars charsAt(const KVBitmapPtr& bitmap, std::int64_t x, std::int64_
     PixelChars chars;
     readGammaChars(x, y, pixelManipulationOffsetsWithImageGamma(bitmap, 1.0), chars);
     return chars;
+}
+
+// Whether two bitmaps hold the same samples, byte for byte.
+inline bool sameSamples(const KVBitmapPtr& a, const KVBitmapPtr& b)
+{
+    return a != nullptr && b != nullptr && a->sampleBytes() == b->sampleBytes() &&
+           std::memcmp(a->bitmapData(), b->bitmapData(), a->sampleBytes()) == 0;
 }
 
 // Every hue, saturation and lightness selected, nothing changed but what a test sets.

@@ -17,6 +17,7 @@ namespace {
 using test::charsAt;
 using test::makeRgbBitmap;
 using test::runShift;
+using test::sameSamples;
 using test::selectEverything;
 using test::setChars;
 using test::wordsAt;
@@ -48,12 +49,6 @@ KVBitmapPtr testPicture(std::int64_t bits, bool hasAlpha = false, bool premultip
         }
     }
     return bitmap;
-}
-
-bool sameSamples(const KVBitmapPtr& a, const KVBitmapPtr& b)
-{
-    return a->sampleBytes() == b->sampleBytes() &&
-           std::memcmp(a->bitmapData(), b->bitmapData(), a->sampleBytes()) == 0;
 }
 
 // A shift that changes hue, saturation and lightness of a band of hues with soft edges.

@@ -58,7 +58,8 @@ TEST_P(SampleTables, EncodeExactlyAsThePowerDoes)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Gammas, SampleTables, testing::Values(1.0 / 2.2, 0.5, 1.0, 1.0 / 3.0, 2.2));
+INSTANTIATE_TEST_SUITE_P(Gammas, SampleTables,
+                         testing::Values(1.0 / 2.2, 0.5, 1.0, 1.0 / 3.0, 2.2));
 
 TEST(SampleTables, AreSharedPerGammaAndDepth)
 {

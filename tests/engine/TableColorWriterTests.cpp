@@ -62,11 +62,6 @@ HueShiftParameters shiftOf(std::int32_t mask)
     return p;
 }
 
-bool sameSamples(const KVBitmapPtr& a, const KVBitmapPtr& b)
-{
-    return std::memcmp(a->bitmapData(), b->bitmapData(), a->sampleBytes()) == 0;
-}
-
 // Blocks of a row or two and waves of a few dozen writes give the same picture as one block.
 TEST(TableColorWriter, BlocksAndWavesDoNotChangeThePicture)
 {
@@ -86,9 +81,9 @@ TEST(TableColorWriter, BlocksAndWavesDoNotChangeThePicture)
                     const KVBitmapPtr result =
                         test::runShift(source, shiftOf(mask), given, processors).result;
                     ASSERT_EQ(result, given);
-                    EXPECT_TRUE(sameSamples(result, reference))
+                    EXPECT_TRUE(test::sameSamples(result, reference))
                         << premultiplied << " " << mask << " " << block << " " << wave;
-                    EXPECT_TRUE(sameSamples(
+                    EXPECT_TRUE(test::sameSamples(
                         test::runShift(source, shiftOf(mask), nullptr, processors).result,
                         reference));
                 }
@@ -123,7 +118,7 @@ TEST(TableColorWriter, WritesTablesWhoseLocationsDoNotAscend)
         testing::internal::CaptureStdout();
         const KVBitmapPtr result = hueShift(source, given, p, 2);
         testing::internal::GetCapturedStdout();
-        EXPECT_TRUE(sameSamples(result, reference)) << block;
+        EXPECT_TRUE(test::sameSamples(result, reference)) << block;
     }
 }
 

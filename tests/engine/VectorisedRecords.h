@@ -1,8 +1,8 @@
 #pragma once
 
-// Records for comparing the row worker's four-lane stages with its scalar steps: every colour
-// mode, mask, blend, saturation and brightness rule the shift knows, each as a change to a
-// record that selects everything.
+// Pictures and records for comparing the workers' four-lane stages with their scalar steps:
+// every colour mode, mask, blend, saturation and brightness rule the shift knows, each as a
+// change to a record that selects everything.
 
 #include "HueShiftTestSupport.h"
 #include "controls/HueShiftParameters.h"
@@ -26,6 +26,66 @@ inline KVBitmapPtr paintedMask(std::int64_t wide, std::int64_t high)
         }
     }
     return mask;
+}
+
+enum class AlphaLayout { none, straight, premultiplied };
+
+// A picture of 8 or 16 bits as wide as the painted masks below, wider than one stretch of the
+// four-lane stages and not a multiple of four wide: noise over the whole cube of samples, with
+// greys, black, white, a colour repeated down the column (so that colour-table entries stand
+// for several pixels) and, where there is alpha, transparent and half-transparent pixels.
+inline KVBitmapPtr noisePicture(std::int64_t bits, AlphaLayout alpha, std::uint32_t noise = 2024)
+{
+    constexpr std::int64_t kWide = 601;
+    constexpr std::int64_t kHigh = 5;
+    const KVBitmapPtr bitmap = makeRgbBitmap(kWide, kHigh, bits, alpha != AlphaLayout::none,
+                                             alpha == AlphaLayout::premultiplied);
+    const std::uint32_t maximum = bits == 16 ? 65535 : 255;
+    std::uint32_t lcg = noise;
+    const auto next = [&] {
+        lcg = lcg * 1664525u + 1013904223u;
+        return bits == 16 ? lcg >> 16 : lcg >> 24;
+    };
+    for (std::int64_t y = 0; y < kHigh; ++y) {
+        for (std::int64_t x = 0; x < kWide; ++x) {
+            std::uint32_t r = next();
+            std::uint32_t g = next();
+            std::uint32_t b = next();
+            if (x % 50 == 0) {
+                g = r;
+                b = r;
+            } else if (x % 97 == 1) {
+                r = g = b = 0;
+            } else if (x % 89 == 2) {
+                r = g = b = maximum;
+            } else if (x % 11 == 4) {
+                r = maximum / 5 * 4;
+                g = maximum / 5;
+                b = maximum / 17 * static_cast<std::uint32_t>(y);
+            }
+            std::uint32_t a = maximum;
+            if (alpha != AlphaLayout::none && x % 7 == 3) {
+                a = maximum / 2 + 1;
+            } else if (alpha != AlphaLayout::none && x % 13 == 5) {
+                a = 0;
+            }
+            if (alpha == AlphaLayout::premultiplied) {
+                r = r * a / maximum;
+                g = g * a / maximum;
+                b = b * a / maximum;
+            }
+            if (bits == 16) {
+                setWords(bitmap, x, y,
+                         {static_cast<std::uint16_t>(r), static_cast<std::uint16_t>(g),
+                          static_cast<std::uint16_t>(b), static_cast<std::uint16_t>(a)});
+            } else {
+                setChars(bitmap, x, y,
+                         {static_cast<std::uint8_t>(r), static_cast<std::uint8_t>(g),
+                          static_cast<std::uint8_t>(b), static_cast<std::uint8_t>(a)});
+            }
+        }
+    }
+    return bitmap;
 }
 
 struct RecordCase {
