@@ -14,20 +14,23 @@ namespace {
 using test::AlphaLayout;
 using test::sameSamples;
 
-// The row worker's four-lane stages against its scalar steps: whole pictures shifted both ways
-// must agree bit for bit, whatever the record asks for.
+// The workers' four-lane stages against their scalar steps: whole pictures shifted both ways
+// must agree bit for bit, whatever the record asks for. 16-bit pictures go through the row
+// worker, 8-bit ones through the colour-table worker.
 
 KVBitmapPtr shifted(const KVBitmapPtr& source, const HueShiftParameters& p, bool vectorised)
 {
     rowWorkerPaths().vectorised = vectorised;
+    tableWorkerPaths().vectorised = vectorised;
     const KVBitmapPtr result = test::runShift(source, p).result;
     rowWorkerPaths().vectorised = true;
+    tableWorkerPaths().vectorised = true;
     return result;
 }
 
-class VectorisedRowsRecords : public testing::TestWithParam<test::RecordCase> {};
+class VectorisedWorkersRecords : public testing::TestWithParam<test::RecordCase> {};
 
-TEST_P(VectorisedRowsRecords, PaintWhatTheScalarStepsPaint)
+TEST_P(VectorisedWorkersRecords, PaintWhatTheScalarStepsPaint)
 {
     if (!batch::vectorised()) {
         GTEST_SKIP() << "no AVX2: the scalar steps are the only ones";
@@ -35,19 +38,23 @@ TEST_P(VectorisedRowsRecords, PaintWhatTheScalarStepsPaint)
     const test::RecordCase& c = GetParam();
     HueShiftParameters p = test::selectEverything(c.model);
     c.adjust(p);
-    for (const AlphaLayout alpha :
-         {AlphaLayout::none, AlphaLayout::straight, AlphaLayout::premultiplied}) {
-        const KVBitmapPtr source = test::noisePicture(16, alpha);
-        const KVBitmapPtr scalar = shifted(source, p, false);
-        const KVBitmapPtr fourLanes = shifted(source, p, true);
-        ASSERT_NE(scalar, nullptr);
-        // The record does something to the picture, so that agreeing means something.
-        EXPECT_FALSE(sameSamples(scalar, source)) << static_cast<int>(alpha);
-        EXPECT_TRUE(sameSamples(fourLanes, scalar)) << static_cast<int>(alpha);
+    for (const std::int64_t bits : {16, 8}) {
+        for (const AlphaLayout alpha :
+             {AlphaLayout::none, AlphaLayout::straight, AlphaLayout::premultiplied}) {
+            const KVBitmapPtr source = test::noisePicture(bits, alpha);
+            const KVBitmapPtr scalar = shifted(source, p, false);
+            const KVBitmapPtr fourLanes = shifted(source, p, true);
+            ASSERT_NE(scalar, nullptr);
+            const std::string where =
+                std::to_string(bits) + " bits, alpha " + std::to_string(static_cast<int>(alpha));
+            // The record does something to the picture, so that agreeing means something.
+            EXPECT_FALSE(sameSamples(scalar, source)) << where;
+            EXPECT_TRUE(sameSamples(fourLanes, scalar)) << where;
+        }
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Cases, VectorisedRowsRecords, testing::ValuesIn(test::kRecordCases),
+INSTANTIATE_TEST_SUITE_P(Cases, VectorisedWorkersRecords, testing::ValuesIn(test::kRecordCases),
                          test::recordCaseName);
 
 // In place, into a given bitmap that holds something else, and into a fresh copy.
