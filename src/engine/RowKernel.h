@@ -151,6 +151,8 @@ struct PaintConstants {
     double targetBri;
     double curveGain;
     double curve[11];
+    // No brightness change and the identity curve: the lightness stays, and no power is taken.
+    bool keepsLightness;
     // pairs null without a gamut.
     ChromaTable chromas;
     // A partially selected colour: the blend from the unshifted LCh colour `from` (L, C, h,

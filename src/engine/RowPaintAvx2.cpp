@@ -23,20 +23,6 @@ struct Xyz {
     Lanes Z;
 };
 
-// keepsLightness: no brightness change and the identity curve, so no powers.
-bool keepsLightness(const PaintConstants& k)
-{
-    if (k.targetBri != 0.0) {
-        return false;
-    }
-    for (std::size_t i = 0; i < 11; ++i) {
-        if (k.curve[i] != static_cast<double>(i) / 10.0) {
-            return false;
-        }
-    }
-    return true;
-}
-
 // lchShiftedLightness with its powers, in passes over the run, each with at most one power so
 // that the processor overlaps the powers of consecutive groups: the doubled brightness change,
 // or the curve scaled by saturation, weight and gain; clamped to 0..100. The new lightness goes
@@ -46,7 +32,7 @@ void shiftLightness(const PaintConstants& k, const SelectedColors& s, std::size_
 {
     const Lanes zero = _mm256_setzero_pd();
     const Lanes hundred = splat(100.0);
-    if (keepsLightness(k)) {
+    if (k.keepsLightness) {
         for (std::size_t i = 0; i < count; i += kLanes) {
             _mm256_storeu_pd(newLs + i, clampTo(_mm256_loadu_pd(s.L + i), zero, hundred));
         }

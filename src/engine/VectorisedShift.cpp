@@ -49,6 +49,7 @@ VectorisedShift::VectorisedShift(const HueShiftParameters& p, const OutcomeConte
     paint_.targetBri = p.targetBri;
     paint_.curveGain = p.curveGain;
     std::copy(p.targetBriTenVals.begin(), p.targetBriTenVals.end(), paint_.curve);
+    paint_.keepsLightness = keepsLightness(p);
     chromaTable_ = pairedChromaTable(p.gamut);
     paint_.chromas = {chromaTable_ != nullptr ? chromaTable_->data() : nullptr};
     select_.chromaPairs = paint_.chromas.pairs;
