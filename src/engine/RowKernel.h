@@ -162,11 +162,22 @@ struct PaintConstants {
     const void* context;
 };
 
-struct WriteConstants {
-    SampleLayout layout;
-    double imageGamma;
+// The 16-bit encoding of linear values in 0..1 (see SampleEncodeTable).
+struct Encoding {
     // thresholds[k]: the smallest linear value stored as k or more, for k = 0 .. 65536.
     const double* thresholds;
+    // SampleGuessCells' members; cells null where the table has none.
+    const double* cells;
+    std::uint64_t firstKey;
+    unsigned shift;
+    // The sample of one value, for a table without cells.
+    std::uint32_t (*encode)(const void* context, double linear);
+    const void* context;
+};
+
+struct WriteConstants {
+    SampleLayout layout;
+    Encoding encoding;
     // The row's painted coverage, or null when nothing is painted.
     const std::uint8_t* coverage;
     // A colour to be premultiplied by an alpha other than 1: written as the pixel layer does.
@@ -202,10 +213,10 @@ void paintShifted(const PaintConstants& constants, const SelectedColors& selecte
 void writePainted(const WriteConstants& constants, const SelectedColors& selected,
                   std::size_t count, std::uint8_t* row, std::int64_t y);
 
-// The 16-bit sample the pixel writers store for each of `count` linear values in 0..1, given the
-// encoding table's thresholds; for tests of the encoding on its own.
-void encodeSamples(const double* linear, std::size_t count, double imageGamma,
-                   const double* thresholds, std::uint32_t* samples);
+// The 16-bit sample the pixel writers store for each of `count` linear values; for tests of the
+// encoding on its own.
+void encodeSamples(const Encoding& encoding, const double* linear, std::size_t count,
+                   std::uint32_t* samples);
 
 // The gamut lookups on their own, for tests: chromaForHue and maxChromaForHue's chroma.
 void chromasForHues(const ChromaTable& table, const double* hue, const double* lightness,

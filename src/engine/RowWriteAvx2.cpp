@@ -11,88 +11,37 @@ namespace tintorra::row_kernel::avx2 {
 namespace {
 
 constexpr double kMaximum = 65535.0;
-// A guess this far from a rounding boundary is the stored sample: the approximate power below
-// is within about 1e-9 of the library's, which moves the scaled value by less than 1e-4. Being
-// a guess, it may fuse its multiplications and additions.
-constexpr double kMargin = 2e-3;
-// The three colour channels of four pixels go through the power together, step by step, so
-// that the processor can overlap their chains of multiplications.
+// The three colour channels of four pixels are encoded together, so that the processor can
+// overlap their table reads.
 constexpr int kChannels = 3;
 
-// 2^n for whole n that give a normal double.
-Lanes powerOfTwo(Lanes n)
-{
-    const __m256i exponent =
-        _mm256_add_epi64(_mm256_cvtepi32_epi64(toInt32(n)), _mm256_set1_epi64x(1023));
-    return _mm256_castsi256_pd(_mm256_slli_epi64(exponent, 52));
-}
+// A guess this far from a rounding boundary gives the stored sample: the cells' guesses are
+// within SampleGuessCells::kLargestError of the value whose whole part is stored.
+constexpr double kMargin = 2e-3;
 
-// log2 of positive normal doubles, to about 1e-9.
-void log2Of(Lanes* v)
-{
-    const Lanes twoTo52 = splat(4503599627370496.0);
-    const __m256i mantissaBits = _mm256_set1_epi64x(0x000FFFFFFFFFFFFFLL);
-    const Lanes one = splat(1.0);
-    Lanes e[kChannels];
-    Lanes s[kChannels];
-    Lanes s2[kChannels];
-    for (int c = 0; c < kChannels; ++c) {
-        const __m256i bitsOf = _mm256_castpd_si256(v[c]);
-        // The biased exponent, through the bits of 2^52 + e.
-        const __m256i field = _mm256_srli_epi64(bitsOf, 52);
-        e[c] = sub(
-            sub(_mm256_castsi256_pd(_mm256_or_si256(field, _mm256_castpd_si256(twoTo52))), twoTo52),
-            splat(1023.0));
-        Lanes m = _mm256_castsi256_pd(
-            _mm256_or_si256(_mm256_and_si256(bitsOf, mantissaBits), _mm256_castpd_si256(one)));
-        // m in [sqrt(1/2), sqrt(2)): the series below converges fastest around 1.
-        const LaneMask high = gt(m, splat(1.4142135623730951));
-        m = choose(high, mul(m, splat(0.5)), m);
-        e[c] = choose(high, add(e[c], one), e[c]);
-        // ln m = 2 atanh(s) with s = (m - 1) / (m + 1), |s| < 0.172.
-        s[c] = div(sub(m, one), add(m, one));
-        s2[c] = mul(s[c], s[c]);
-    }
-    // Plain arrays rather than braced lists: nothing from a library header may be instantiated
-    // in this file.
-    constexpr double kOddReciprocals[] = {1.0 / 9.0, 1.0 / 7.0, 1.0 / 5.0, 1.0 / 3.0, 1.0};
-    Lanes series[kChannels];
-    for (int c = 0; c < kChannels; ++c) {
-        series[c] = splat(1.0 / 11.0);
-    }
-    for (const double k : kOddReciprocals) {
-        for (int c = 0; c < kChannels; ++c) {
-            series[c] = _mm256_fmadd_pd(series[c], s2[c], splat(k));
-        }
-    }
-    for (int c = 0; c < kChannels; ++c) {
-        const Lanes lnM = mul(mul(splat(2.0), s[c]), series[c]);
-        v[c] = _mm256_fmadd_pd(lnM, splat(1.4426950408889634), e[c]);
-    }
-}
+// The guess cells' coefficients for each lane's key.
+struct CellCurve {
+    Lanes first;
+    Lanes slope;
+    Lanes curve;
+};
 
-// 2^t for t from about -60 to 0, to about 3e-10.
-void exp2Of(Lanes* t)
+CellCurve cellCurves(const double* cells, __m256i index)
 {
-    Lanes n[kChannels];
-    Lanes z[kChannels];
-    Lanes series[kChannels];
-    for (int c = 0; c < kChannels; ++c) {
-        n[c] = _mm256_round_pd(t[c], _MM_FROUND_TO_NEAREST_INT | _MM_FROUND_NO_EXC);
-        z[c] = mul(sub(t[c], n[c]), splat(0.6931471805599453));
-        series[c] = splat(1.0 / 40320.0);
-    }
-    // e^z for |z| <= 0.35, Taylor to z^8.
-    constexpr double kInverseFactorials[] = {1.0 / 5040.0, 1.0 / 720.0, 1.0 / 120.0, 1.0 / 24.0,
-                                             1.0 / 6.0,    0.5,         1.0,         1.0};
-    for (const double k : kInverseFactorials) {
-        for (int c = 0; c < kChannels; ++c) {
-            series[c] = _mm256_fmadd_pd(series[c], z[c], splat(k));
-        }
-    }
-    for (int c = 0; c < kChannels; ++c) {
-        t[c] = mul(series[c], powerOfTwo(n[c]));
-    }
+    const __m128i low = _mm256_castsi256_si128(index);
+    const __m128i high = _mm256_extracti128_si256(index, 1);
+    const auto row = [&](std::int64_t at) { return _mm256_loadu_pd(cells + 4 * at); };
+    const Lanes l0 = row(_mm_cvtsi128_si64(low));
+    const Lanes l1 = row(_mm_extract_epi64(low, 1));
+    const Lanes l2 = row(_mm_cvtsi128_si64(high));
+    const Lanes l3 = row(_mm_extract_epi64(high, 1));
+    // Four rows of four to four columns; the fourth is padding.
+    const Lanes t0 = _mm256_unpacklo_pd(l0, l1);
+    const Lanes t1 = _mm256_unpackhi_pd(l0, l1);
+    const Lanes t2 = _mm256_unpacklo_pd(l2, l3);
+    const Lanes t3 = _mm256_unpackhi_pd(l2, l3);
+    return {_mm256_permute2f128_pd(t0, t2, 0x20), _mm256_permute2f128_pd(t1, t3, 0x20),
+            _mm256_permute2f128_pd(t0, t2, 0x31)};
 }
 
 // The sample by the thresholds alone, from a guess near it.
@@ -112,14 +61,14 @@ std::uint32_t sampleByThresholds(double linear, double guess, const double* thre
 
 // The lanes the guess cannot settle, by the thresholds.
 __attribute__((noinline)) __m128i settleByThresholds(__m128i samples, int unsure, Lanes linear,
-                                                     Lanes scaled, const double* thresholds)
+                                                     Lanes guess, const double* thresholds)
 {
     alignas(16) std::int32_t lanes[kLanes];
     double values[kLanes];
     double guesses[kLanes];
     _mm_store_si128(reinterpret_cast<__m128i*>(lanes), samples);
     _mm256_storeu_pd(values, linear);
-    _mm256_storeu_pd(guesses, scaled);
+    _mm256_storeu_pd(guesses, guess);
     for (std::size_t lane = 0; lane < kLanes; ++lane) {
         if ((unsure >> lane) & 1) {
             lanes[lane] = static_cast<std::int32_t>(
@@ -129,42 +78,55 @@ __attribute__((noinline)) __m128i settleByThresholds(__m128i samples, int unsure
     return _mm_load_si128(reinterpret_cast<const __m128i*>(lanes));
 }
 
-// SampleEncodeTable's samples of three channels: trunc(v^gamma x 65535 + 0.5) as the pixel
-// writers compute it with the library's power; 0 for NaN and anything not above 0, 65535 from 1
-// up.
-void encode(const Lanes* linear, double imageGamma, const double* thresholds, __m128i* samples)
+// The samples of the `guessed` lanes, those of values from thresholds[1] up to 1, by the cells;
+// the other lanes must hold such values too.
+__m128i sampleByCells(const Encoding& e, Lanes linear, LaneMask guessed)
 {
-    const Lanes zero = _mm256_setzero_pd();
-    const Lanes one = splat(1.0);
-    LaneMask guessed[kChannels];
-    LaneMask top[kChannels];
-    Lanes power[kChannels];
-    for (int c = 0; c < kChannels; ++c) {
-        top[c] = ge(linear[c], one);
-        // Below the first threshold every value is stored as 0.
-        guessed[c] = butNot(ge(linear[c], splat(thresholds[1])), top[c]);
-        power[c] = choose(guessed[c], linear[c], splat(0.5));
+    const __m128i shift = _mm_cvtsi32_si128(static_cast<int>(e.shift));
+    const __m256i key = _mm256_srl_epi64(_mm256_castpd_si256(linear), shift);
+    const Lanes x = sub(linear, _mm256_castsi256_pd(_mm256_sll_epi64(key, shift)));
+    const CellCurve cell = cellCurves(
+        e.cells, _mm256_sub_epi64(key, _mm256_set1_epi64x(static_cast<long long>(e.firstKey))));
+    const Lanes guess = add(cell.first, mul(x, add(cell.slope, mul(x, cell.curve))));
+    const Lanes whole = floorOf(guess);
+    const Lanes fraction = sub(guess, whole);
+    const LaneMask sure = both(gt(fraction, splat(kMargin)), lt(fraction, splat(1.0 - kMargin)));
+    const __m128i samples = toInt32(whole);
+    const int unsure = bits(butNot(guessed, sure));
+    return unsure == 0 ? samples : settleByThresholds(samples, unsure, linear, guess, e.thresholds);
+}
+
+// The lanes of a table without cells, one by one.
+__attribute__((noinline)) __m128i sampleOneByOne(const Encoding& e, Lanes linear)
+{
+    double values[kLanes];
+    alignas(16) std::int32_t lanes[kLanes];
+    _mm256_storeu_pd(values, linear);
+    for (std::size_t lane = 0; lane < kLanes; ++lane) {
+        lanes[lane] = static_cast<std::int32_t>(e.encode(e.context, values[lane]));
     }
-    if (imageGamma != 1.0) {
-        log2Of(power);
+    return _mm_load_si128(reinterpret_cast<const __m128i*>(lanes));
+}
+
+// SampleEncodeTable's samples of three channels: 0 for NaN and anything below the smallest value
+// of sample 1, 65535 from 1 up.
+void encode(const Encoding& e, const Lanes* linear, __m128i* samples)
+{
+    if (e.cells == nullptr) {
         for (int c = 0; c < kChannels; ++c) {
-            power[c] = mul(splat(imageGamma), power[c]);
+            samples[c] = sampleOneByOne(e, linear[c]);
         }
-        exp2Of(power);
+        return;
     }
+    const Lanes one = splat(1.0);
+    const Lanes first = splat(e.thresholds[1]);
     for (int c = 0; c < kChannels; ++c) {
-        const Lanes scaled = add(mul(power[c], splat(kMaximum)), splat(0.5));
-        const Lanes whole = floorOf(scaled);
-        const Lanes fraction = sub(scaled, whole);
-        const LaneMask sure =
-            both(gt(fraction, splat(kMargin)), lt(fraction, splat(1.0 - kMargin)));
-        Lanes sample = choose(guessed[c], whole, zero);
-        sample = choose(top[c], splat(kMaximum), sample);
+        const LaneMask top = ge(linear[c], one);
+        const LaneMask guessed = butNot(ge(linear[c], first), top);
+        // Other lanes read the first cell and are overwritten.
+        const __m128i guess = sampleByCells(e, choose(guessed, linear[c], first), guessed);
+        const Lanes sample = choose(top, splat(kMaximum), both(guessed, _mm256_cvtepi32_pd(guess)));
         samples[c] = toInt32(sample);
-        const int unsure = bits(butNot(guessed[c], sure));
-        if (unsure != 0) {
-            samples[c] = settleByThresholds(samples[c], unsure, linear[c], scaled, thresholds);
-        }
     }
 }
 
@@ -176,8 +138,8 @@ void storeWord(std::uint8_t* address, std::int32_t value)
 
 } // namespace
 
-void encodeSamples(const double* linear, std::size_t count, double imageGamma,
-                   const double* thresholds, std::uint32_t* samples)
+void encodeSamples(const Encoding& encoding, const double* linear, std::size_t count,
+                   std::uint32_t* samples)
 {
     const Lanes zero = _mm256_setzero_pd();
     for (std::size_t i = 0; i < count; i += kLanes) {
@@ -187,7 +149,7 @@ void encodeSamples(const double* linear, std::size_t count, double imageGamma,
         }
         const Lanes in[kChannels] = {_mm256_loadu_pd(lanes), zero, zero};
         __m128i encoded[kChannels];
-        encode(in, imageGamma, thresholds, encoded);
+        encode(encoding, in, encoded);
         alignas(16) std::int32_t out[kLanes];
         _mm_store_si128(reinterpret_cast<__m128i*>(out), encoded[0]);
         for (std::size_t lane = 0; lane < kLanes && i + lane < count; ++lane) {
@@ -232,7 +194,7 @@ void writePainted(const WriteConstants& k, const SelectedColors& s, std::size_t 
                                            _mm256_loadu_pd(s.paintedG + i),
                                            _mm256_loadu_pd(s.paintedB + i)};
         __m128i encoded[kChannels];
-        encode(channels, k.imageGamma, k.thresholds, encoded);
+        encode(k.encoding, channels, encoded);
         _mm_storeu_si128(reinterpret_cast<__m128i*>(s.samples[0] + i), encoded[0]);
         _mm_storeu_si128(reinterpret_cast<__m128i*>(s.samples[1] + i), encoded[1]);
         _mm_storeu_si128(reinterpret_cast<__m128i*>(s.samples[2] + i), encoded[2]);

@@ -101,7 +101,7 @@ WordDecodeTable::WordDecodeTable(double imageGamma) : linear_(kSize)
 }
 
 SampleEncodeTable::SampleEncodeTable(double imageGamma, unsigned maximum)
-    : maximum_(maximum), gammaF_(static_cast<float>(imageGamma)), thresholds_(maximum + 2)
+    : maximum_(maximum), gamma_(imageGamma), thresholds_(maximum + 2)
 {
     thresholds_[0] = -std::numeric_limits<double>::infinity();
     for (unsigned code = 1; code <= maximum; ++code) {
@@ -114,7 +114,11 @@ SampleEncodeTable::SampleEncodeTable(double imageGamma, unsigned maximum)
     constexpr std::uint64_t kMostCells = 1u << 16;
     const std::uint64_t firstKey = ordinal(thresholds_[1]) >> kCellShift;
     const std::uint64_t endKey = ordinal(1.0) >> kCellShift;
-    if (maximum > 255 || !(thresholds_[1] > 0.0) || endKey - firstKey > kMostCells) {
+    if (maximum > 255) {
+        makeGuessCells(imageGamma);
+        return;
+    }
+    if (!(thresholds_[1] > 0.0) || endKey - firstKey > kMostCells) {
         return;
     }
     firstCellKey_ = firstKey;
@@ -132,6 +136,57 @@ SampleEncodeTable::SampleEncodeTable(double imageGamma, unsigned maximum)
             ++inside;
         }
         cellSteps_ = std::max(cellSteps_, inside);
+    }
+}
+
+void SampleEncodeTable::makeGuessCells(double imageGamma)
+{
+    // 8192 cells take 256 kB: more would crowd the caches that the lookups are meant to use.
+    constexpr std::uint64_t kMostCells = 1u << 13;
+    if (!(thresholds_[1] >= std::numeric_limits<double>::min())) {
+        return;
+    }
+    const double maximum = maximum_;
+    const auto scaled = [&](double v) {
+        return (imageGamma != 1.0 ? std::pow(v, imageGamma) : v) * maximum + 0.5;
+    };
+    // The parabola through both ends and the middle of a cell strays from the power by at most
+    // width^3 / (72 sqrt 3) x its largest third derivative, which lies at one end of the cell.
+    const auto twist = [&](double v) {
+        return maximum * std::fabs(imageGamma * (imageGamma - 1.0) * (imageGamma - 2.0)) *
+               std::pow(v, imageGamma - 3.0);
+    };
+    for (unsigned mantissaBits = 2; mantissaBits <= 12; ++mantissaBits) {
+        const unsigned shift = 52 - mantissaBits;
+        const std::uint64_t firstKey = ordinal(thresholds_[1]) >> shift;
+        const std::uint64_t endKey = ordinal(1.0) >> shift;
+        if (endKey - firstKey > kMostCells) {
+            return;
+        }
+        std::vector<double> cells(SampleGuessCells::kStride * (endKey - firstKey));
+        bool closeEnough = true;
+        for (std::uint64_t key = firstKey; key < endKey && closeEnough; ++key) {
+            const double start = fromOrdinal(key << shift);
+            const double end = fromOrdinal((key + 1) << shift);
+            const double width = end - start;
+            const double first = scaled(start);
+            const double middle = scaled(start + 0.5 * width);
+            const double last = scaled(end);
+            const double curve = 2.0 * (last - 2.0 * middle + first) / (width * width);
+            double* const cell = &cells[SampleGuessCells::kStride * (key - firstKey)];
+            cell[0] = first;
+            cell[1] = (last - first) / width - curve * width;
+            cell[2] = curve;
+            closeEnough = width * width * width / (72.0 * std::sqrt(3.0)) *
+                              std::max(twist(start), twist(end)) <=
+                          SampleGuessCells::kLargestError;
+        }
+        if (closeEnough) {
+            guessCells_ = std::move(cells);
+            firstGuessKey_ = firstKey;
+            guessShift_ = shift;
+            return;
+        }
     }
 }
 

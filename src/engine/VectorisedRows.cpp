@@ -96,8 +96,7 @@ VectorisedRows::VectorisedRows(const HueShiftRun& run, const HueShiftParameters&
     }
 
     write_.layout = layoutOf(*run.destination);
-    write_.imageGamma = run.destination->imageGamma;
-    write_.thresholds = run.wordEncode->thresholds();
+    write_.encoding = encodingOf(*run.wordEncode);
     write_.writePixel = &VectorisedRows::writePixel;
     write_.context = this;
 }
@@ -140,6 +139,22 @@ std::size_t VectorisedRows::readRow(std::int64_t y, ColorComponents* linear, std
         }
     }
     return total;
+}
+
+row_kernel::Encoding VectorisedRows::encodingOf(const SampleEncodeTable& table)
+{
+    const SampleGuessCells cells = table.guessCells();
+    return {table.thresholds(),
+            cells.cells,
+            cells.firstKey,
+            cells.shift,
+            &VectorisedRows::encodeSample,
+            &table};
+}
+
+std::uint32_t VectorisedRows::encodeSample(const void* table, double linear)
+{
+    return (*static_cast<const SampleEncodeTable*>(table))(linear);
 }
 
 bool VectorisedRows::readPixel(const void* self, std::int64_t x, std::int64_t y, double* rgba)

@@ -4,6 +4,7 @@
 #include "controls/HueShiftParameters.h"
 #include "engine/HueShiftWorkers.h"
 #include "engine/RowKernel.h"
+#include "engine/SampleTables.h"
 #include "engine/ShiftOutcome.h"
 #include "engine/VectorisedShift.h"
 
@@ -41,12 +42,16 @@ public:
     // into `x` (room for the row's width each); returns their count.
     std::size_t readRow(std::int64_t y, ColorComponents* linear, std::uint32_t* x);
 
+    // The stages' view of a 16-bit encoding table, which must outlive it.
+    static row_kernel::Encoding encodingOf(const SampleEncodeTable& table);
+
     // The constants the stages run with, for tests of the stages on their own.
     const row_kernel::SelectConstants& selectConstants() const { return shift_.select(); }
     const row_kernel::PaintConstants& paintConstants() const { return shift_.paint(); }
 
 private:
     static bool readPixel(const void* self, std::int64_t x, std::int64_t y, double* rgba);
+    static std::uint32_t encodeSample(const void* table, double linear);
     static void writePixel(const void* self, std::int64_t x, std::int64_t y, const double* rgba);
 
     const HueShiftRun& run_;

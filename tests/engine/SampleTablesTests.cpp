@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <random>
@@ -58,8 +59,32 @@ TEST_P(SampleTables, EncodeExactlyAsThePowerDoes)
     }
 }
 
+// The 16-bit cells' guesses against the power, at random values of every cell's range.
+TEST_P(SampleTables, GuessSixteenBitSamplesWithinTheirBound)
+{
+    const double gamma = GetParam();
+    const auto table = wordEncodeTable(gamma);
+    const SampleGuessCells cells = table->guessCells();
+    if (gamma < 0.1) {
+        EXPECT_EQ(cells.cells, nullptr) << "values below sample 1 reach the denormals";
+        return;
+    }
+    ASSERT_NE(cells.cells, nullptr);
+    std::mt19937_64 random(7);
+    std::uniform_real_distribution<double> exponent(std::log2(table->thresholds()[1]), 0.0);
+    for (int i = 0; i < 200000; ++i) {
+        const double v = std::exp2(exponent(random));
+        const std::uint64_t key = std::bit_cast<std::uint64_t>(v) >> cells.shift;
+        const double x = v - std::bit_cast<double>(key << cells.shift);
+        const double* c = cells.cells + SampleGuessCells::kStride * (key - cells.firstKey);
+        const double guess = c[0] + x * (c[1] + x * c[2]);
+        const double power = gamma != 1.0 ? std::pow(v, gamma) : v;
+        ASSERT_NEAR(guess, power * 65535.0 + 0.5, SampleGuessCells::kLargestError) << v;
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Gammas, SampleTables,
-                         testing::Values(1.0 / 2.2, 0.5, 1.0, 1.0 / 3.0, 2.2));
+                         testing::Values(1.0 / 2.2, 0.5, 1.0, 1.0 / 3.0, 2.2, 0.02));
 
 TEST(SampleTables, AreSharedPerGammaAndDepth)
 {

@@ -265,7 +265,7 @@ TEST(VectorisedEncoding, StoresTheTablesSamples)
     if (!batch::vectorised()) {
         GTEST_SKIP() << "no AVX2: the scalar steps are the only ones";
     }
-    for (const double gamma : {1.0 / 2.2, 1.0, 1.0 / 3.0, 0.8}) {
+    for (const double gamma : {1.0 / 2.2, 1.0, 1.0 / 3.0, 0.8, 2.2, 5.0, 0.02}) {
         const auto table = wordEncodeTable(gamma);
         const double* thresholds = table->thresholds();
         std::vector<double> values = {0.0,
@@ -285,8 +285,8 @@ TEST(VectorisedEncoding, StoresTheTablesSamples)
             values.push_back(0.5 * (thresholds[k] + thresholds[k + 1 <= 65535 ? k + 1 : k]));
         }
         std::vector<std::uint32_t> samples(values.size());
-        row_kernel::avx2::encodeSamples(values.data(), values.size(), gamma, thresholds,
-                                        samples.data());
+        row_kernel::avx2::encodeSamples(VectorisedRows::encodingOf(*table), values.data(),
+                                        values.size(), samples.data());
         for (std::size_t i = 0; i < values.size(); ++i) {
             ASSERT_EQ(samples[i], (*table)(values[i])) << gamma << " " << values[i];
         }
