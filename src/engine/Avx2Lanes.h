@@ -145,10 +145,12 @@ inline Lanes ceilOf(Lanes a)
     return _mm256_round_pd(a, _MM_FROUND_TO_POS_INF | _MM_FROUND_NO_EXC);
 }
 
-// value < low ? low : (value > high ? high : value): NaN stays NaN.
+// value < low ? low : (value > high ? high : value) for low <= high: NaN stays NaN, as does the
+// sign of a zero between zeros. maxpd and minpd hand back their second operand when either is
+// NaN or both are equal.
 inline Lanes clampTo(Lanes value, Lanes low, Lanes high)
 {
-    return choose(lt(value, low), low, choose(gt(value, high), high, value));
+    return _mm256_min_pd(high, _mm256_max_pd(low, value));
 }
 
 // std::fmax: the other operand where one is NaN.

@@ -161,13 +161,11 @@ Xyz labXyz(Lanes L, Lanes a, Lanes b)
             mul(splat(kLabWhiteZ), labFInverse(fz))};
 }
 
-// xyzToRgb's clamp followed by unitSample: 0..1, NaN to 0.
+// xyzToRgb's clamp followed by unitSample: 0..1, NaN and both zeros to +0. maxpd hands back
+// its second operand when either is NaN or both are equal.
 Lanes unitOf(Lanes v)
 {
-    const Lanes zero = _mm256_setzero_pd();
-    const Lanes one = splat(1.0);
-    const Lanes clamped = clampTo(v, zero, one);
-    return choose(gt(clamped, zero), choose(lt(clamped, one), clamped, one), zero);
+    return _mm256_min_pd(_mm256_max_pd(v, _mm256_setzero_pd()), splat(1.0));
 }
 
 // Partially selected lanes blended from the unshifted colour by the scalar code.
