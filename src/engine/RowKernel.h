@@ -175,9 +175,20 @@ struct Encoding {
     const void* context;
 };
 
+// For pixels whose samples fill them without gaps (three or four 16-bit samples to a pixel, in
+// any order): byte shuffles that interleave the samples of four pixels, packed as
+// words (r0..r3, g0..g3) and (b0..b3, a0..a3), into their 4 x bytesPerPixel bytes.
+// shuffles[32 half + 16 source + i] gives byte i of half `half` (bytes 0..15, 16..) from the
+// first (source 0) or second word register, 0x80 where it comes from the other.
+struct PixelShuffles {
+    std::uint8_t bytes[64];
+};
+
 struct WriteConstants {
     SampleLayout layout;
     Encoding encoding;
+    // Null unless the samples fill the pixels.
+    const PixelShuffles* shuffles;
     // The row's painted coverage, or null when nothing is painted.
     const std::uint8_t* coverage;
     // A colour to be premultiplied by an alpha other than 1: written as the pixel layer does.

@@ -136,6 +136,35 @@ void storeWord(std::uint8_t* address, std::int32_t value)
     std::memcpy(address, &word, sizeof word);
 }
 
+__m128i loadWords(const std::uint32_t* words)
+{
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(words));
+}
+
+// The samples of the four selected colours from i, neighbours in the row, stored at `pixels`.
+void storeFour(const PixelShuffles& shuffles, const SelectedColors& s, std::size_t i,
+               std::uint8_t* pixels, std::int64_t bytesPerPixel)
+{
+    const __m128i redGreen =
+        _mm_packus_epi32(loadWords(s.samples[0] + i), loadWords(s.samples[1] + i));
+    const __m128i blueAlpha =
+        _mm_packus_epi32(loadWords(s.samples[2] + i), loadWords(s.samples[3] + i));
+    const auto half = [&](int h) {
+        const auto mask = [&](int source) {
+            return _mm_loadu_si128(
+                reinterpret_cast<const __m128i*>(shuffles.bytes + 32 * h + 16 * source));
+        };
+        return _mm_or_si128(_mm_shuffle_epi8(redGreen, mask(0)),
+                            _mm_shuffle_epi8(blueAlpha, mask(1)));
+    };
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(pixels), half(0));
+    if (bytesPerPixel == 8) {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(pixels + 16), half(1));
+    } else {
+        _mm_storel_epi64(reinterpret_cast<__m128i*>(pixels + 16), half(1));
+    }
+}
+
 } // namespace
 
 void encodeSamples(const Encoding& encoding, const double* linear, std::size_t count,
@@ -204,16 +233,29 @@ void writePainted(const WriteConstants& k, const SelectedColors& s, std::size_t 
     }
 
     const bool premultiply = layout.hasAlpha && layout.premultiplied;
-    for (std::size_t i = 0; i < count; ++i) {
+    // Four neighbours at once where the samples fill the pixels and nothing needs a pixel of
+    // its own.
+    const bool inFours = k.shuffles != nullptr && k.coverage == nullptr;
+    for (std::size_t i = 0; i < count;) {
+        if (inFours && i + kLanes <= count && s.x[i + 3] - s.x[i] == 3 &&
+            (!premultiply || bits(eq(_mm256_loadu_pd(s.paintedAlpha + i), one)) == 0xF)) {
+            storeFour(*k.shuffles, s, i,
+                      row + static_cast<std::int64_t>(s.x[i]) * layout.bytesPerPixel,
+                      layout.bytesPerPixel);
+            i += kLanes;
+            continue;
+        }
         const std::uint32_t x = s.x[i];
         // A pixel painted with coverage 0 keeps its samples.
         if (k.coverage != nullptr && k.coverage[x] == 0) {
+            ++i;
             continue;
         }
         if (premultiply && s.paintedAlpha[i] != 1.0) {
             const double colour[4] = {s.paintedR[i], s.paintedG[i], s.paintedB[i],
                                       s.paintedAlpha[i]};
             k.writePixel(k.context, x, y, colour);
+            ++i;
             continue;
         }
         std::uint8_t* const pixel = row + static_cast<std::int64_t>(x) * layout.bytesPerPixel;
@@ -223,6 +265,7 @@ void writePainted(const WriteConstants& k, const SelectedColors& s, std::size_t 
         if (layout.hasAlpha) {
             storeWord(pixel + layout.alphaOffset, static_cast<std::int32_t>(s.samples[3][i]));
         }
+        ++i;
     }
 }
 

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <optional>
 
 namespace tintorra {
 
@@ -27,6 +28,40 @@ float roundedUp(double v)
     const auto f = static_cast<float>(v);
     return static_cast<double>(f) < v ? std::nextafter(f, std::numeric_limits<float>::infinity())
                                       : f;
+}
+
+// The shuffles of a layout whose three or four samples fill its pixels, or none.
+std::optional<row_kernel::PixelShuffles> pixelShuffles(const row_kernel::SampleLayout& layout)
+{
+    const int channels = layout.hasAlpha ? 4 : 3;
+    if (layout.bytesPerPixel != 2 * channels) {
+        return std::nullopt;
+    }
+    // Red, green, blue, alpha: which of the registers (r, g) and (b, a) holds the samples, and
+    // where in it.
+    const std::uint64_t offsets[4] = {layout.redOffset, layout.greenOffset, layout.blueOffset,
+                                      layout.alphaOffset};
+    int channelAt[8] = {-1, -1, -1, -1, -1, -1, -1, -1};
+    for (int c = 0; c < channels; ++c) {
+        const std::uint64_t at = offsets[c];
+        if (at % 2 != 0 || at >= static_cast<std::uint64_t>(layout.bytesPerPixel) ||
+            channelAt[at] != -1) {
+            return std::nullopt;
+        }
+        channelAt[at] = c;
+    }
+    row_kernel::PixelShuffles shuffles{};
+    std::fill(std::begin(shuffles.bytes), std::end(shuffles.bytes), std::uint8_t{0x80});
+    const auto perPixel = static_cast<int>(layout.bytesPerPixel);
+    for (int j = 0; j < 4 * perPixel; ++j) {
+        const int pixel = j / perPixel;
+        const int byte = j % perPixel;
+        const int channel = channelAt[byte & ~1];
+        const int word = 4 * (channel % 2) + pixel;
+        shuffles.bytes[32 * (j / 16) + 16 * (channel / 2) + j % 16] =
+            static_cast<std::uint8_t>(2 * word + (byte & 1));
+    }
+    return shuffles;
 }
 
 std::uint8_t* rowOf(const PixelManipulationOffsets& offsets, std::int64_t y)
@@ -97,6 +132,10 @@ VectorisedRows::VectorisedRows(const HueShiftRun& run, const HueShiftParameters&
 
     write_.layout = layoutOf(*run.destination);
     write_.encoding = encodingOf(*run.wordEncode);
+    if (const auto shuffles = pixelShuffles(write_.layout)) {
+        shuffles_ = *shuffles;
+        write_.shuffles = &shuffles_;
+    }
     write_.writePixel = &VectorisedRows::writePixel;
     write_.context = this;
 }

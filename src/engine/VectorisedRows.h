@@ -58,6 +58,7 @@ private:
     const HueShiftParameters& p_;
     bool wholeRows_ = false;
     std::vector<float> boxBounds_;
+    row_kernel::PixelShuffles shuffles_{};
     StretchArrays arrays_;
     VectorisedShift shift_;
     row_kernel::ReadConstants read_{};

@@ -30,7 +30,7 @@ inline KVColorGamutPtr sRGBGamut(std::int64_t model)
 }
 
 inline KVBitmapPtr makeRgbBitmap(std::int64_t wide, std::int64_t high, std::int64_t bits,
-                                 bool hasAlpha, bool premultiplied = false)
+                                 bool hasAlpha, bool premultiplied = false, bool alphaFirst = false)
 {
     KVBitmapLayout layout;
     layout.pixelsWide = wide;
@@ -38,7 +38,8 @@ inline KVBitmapPtr makeRgbBitmap(std::int64_t wide, std::int64_t high, std::int6
     layout.bitsPerSample = bits;
     layout.samplesPerPixel = hasAlpha ? 4 : 3;
     layout.hasAlpha = hasAlpha;
-    layout.bitmapFormat = premultiplied ? 0u : kBitmapFormatAlphaNonpremultiplied;
+    layout.bitmapFormat = (premultiplied ? 0u : kBitmapFormatAlphaNonpremultiplied) |
+                          (alphaFirst ? kBitmapFormatAlphaFirst : 0u);
     return KVBitmap::create(layout);
 }
 

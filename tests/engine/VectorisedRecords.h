@@ -28,7 +28,8 @@ inline KVBitmapPtr paintedMask(std::int64_t wide, std::int64_t high)
     return mask;
 }
 
-enum class AlphaLayout { none, straight, premultiplied };
+// alphaFirst: straight alpha stored before the colour.
+enum class AlphaLayout { none, straight, premultiplied, alphaFirst };
 
 // A picture of 8 or 16 bits as wide as the painted masks below, wider than one stretch of the
 // four-lane stages and not a multiple of four wide: noise over the whole cube of samples, with
@@ -38,8 +39,9 @@ inline KVBitmapPtr noisePicture(std::int64_t bits, AlphaLayout alpha, std::uint3
 {
     constexpr std::int64_t kWide = 601;
     constexpr std::int64_t kHigh = 5;
-    const KVBitmapPtr bitmap = makeRgbBitmap(kWide, kHigh, bits, alpha != AlphaLayout::none,
-                                             alpha == AlphaLayout::premultiplied);
+    const KVBitmapPtr bitmap =
+        makeRgbBitmap(kWide, kHigh, bits, alpha != AlphaLayout::none,
+                      alpha == AlphaLayout::premultiplied, alpha == AlphaLayout::alphaFirst);
     const std::uint32_t maximum = bits == 16 ? 65535 : 255;
     std::uint32_t lcg = noise;
     const auto next = [&] {

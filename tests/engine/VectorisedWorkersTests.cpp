@@ -39,8 +39,8 @@ TEST_P(VectorisedWorkersRecords, PaintWhatTheScalarStepsPaint)
     HueShiftParameters p = test::selectEverything(c.model);
     c.adjust(p);
     for (const std::int64_t bits : {16, 8}) {
-        for (const AlphaLayout alpha :
-             {AlphaLayout::none, AlphaLayout::straight, AlphaLayout::premultiplied}) {
+        for (const AlphaLayout alpha : {AlphaLayout::none, AlphaLayout::straight,
+                                        AlphaLayout::premultiplied, AlphaLayout::alphaFirst}) {
             const KVBitmapPtr source = test::noisePicture(bits, alpha);
             const KVBitmapPtr scalar = shifted(source, p, false);
             const KVBitmapPtr fourLanes = shifted(source, p, true);
