@@ -119,6 +119,10 @@ Factor rangeFactor(Lanes x, double lowerFalloff, double lower, double upper, dou
     const Lanes u = splat(upper);
     const Lanes uf = splat(upperFalloff);
     const LaneMask inside = both(le(l, x), le(x, u));
+    // Often every lane lies inside: lightness and saturation ranges are mostly wide.
+    if (bits(inside) == 0xF) {
+        return {splat(1.0), splat(kInside)};
+    }
     const LaneMask lowerZone = both(lt(lf, x), lt(x, l));
     const LaneMask upperZone = both(lt(u, x), lt(x, uf));
     const Lanes zero = _mm256_setzero_pd();
