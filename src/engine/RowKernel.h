@@ -49,8 +49,28 @@ struct RowWords {
     std::uint32_t* alpha;
 };
 
+// For pixels whose samples fill them without gaps (three or four 16-bit samples to a pixel, in
+// any order): byte shuffles that interleave the samples of four pixels, packed as
+// words (r0..r3, g0..g3) and (b0..b3, a0..a3), into their 4 x bytesPerPixel bytes.
+// shuffles[32 half + 16 source + i] gives byte i of half `half` (bytes 0..15, 16..) from the
+// first (source 0) or second word register, 0x80 where it comes from the other.
+struct PixelShuffles {
+    std::uint8_t bytes[64];
+};
+
+// For the same pixels: byte shuffles that spread the samples of four pixels into one register of
+// four 32-bit words per channel (red, green, blue, alpha). bytes[32 c + i] gives byte i of
+// channel c's register from the pixels' first 16 bytes, bytes[32 c + 16 + i] from the 16 bytes
+// at lastOffset; 0x80 for a zero or a byte from the other.
+struct PixelUnshuffles {
+    std::uint8_t bytes[128];
+    std::int64_t lastOffset;
+};
+
 struct ReadConstants {
     SampleLayout layout;
+    // Null unless the samples fill the pixels.
+    const PixelUnshuffles* unshuffles;
     // The linear value of every 16-bit sample.
     const double* decode;
     // Over Luv with a selected arc short of the whole circle: the hue filter's linear forms in
@@ -173,15 +193,6 @@ struct Encoding {
     // The sample of one value, for a table without cells.
     std::uint32_t (*encode)(const void* context, double linear);
     const void* context;
-};
-
-// For pixels whose samples fill them without gaps (three or four 16-bit samples to a pixel, in
-// any order): byte shuffles that interleave the samples of four pixels, packed as
-// words (r0..r3, g0..g3) and (b0..b3, a0..a3), into their 4 x bytesPerPixel bytes.
-// shuffles[32 half + 16 source + i] gives byte i of half `half` (bytes 0..15, 16..) from the
-// first (source 0) or second word register, 0x80 where it comes from the other.
-struct PixelShuffles {
-    std::uint8_t bytes[64];
 };
 
 struct WriteConstants {

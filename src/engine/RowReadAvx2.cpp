@@ -54,17 +54,50 @@ std::size_t openPixels(const ReadConstants& k, const std::uint8_t* pixels, std::
     return count;
 }
 
+// The samples of the four neighbouring pixels from `pixels`, at words[i..i + 3].
+void unpackFour(const PixelUnshuffles& unshuffles, bool hasAlpha, const std::uint8_t* pixels,
+                const RowWords& words, std::size_t i)
+{
+    const __m128i first = _mm_loadu_si128(reinterpret_cast<const __m128i*>(pixels));
+    const __m128i last =
+        _mm_loadu_si128(reinterpret_cast<const __m128i*>(pixels + unshuffles.lastOffset));
+    const auto channel = [&](int c, std::uint32_t* out) {
+        const auto mask = [&](int half) {
+            return _mm_loadu_si128(
+                reinterpret_cast<const __m128i*>(unshuffles.bytes + 32 * c + 16 * half));
+        };
+        _mm_storeu_si128(
+            reinterpret_cast<__m128i*>(out + i),
+            _mm_or_si128(_mm_shuffle_epi8(first, mask(0)), _mm_shuffle_epi8(last, mask(1))));
+    };
+    channel(0, words.red);
+    channel(1, words.green);
+    channel(2, words.blue);
+    if (hasAlpha) {
+        channel(3, words.alpha);
+    } else {
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(words.alpha + i), _mm_set1_epi32(65535));
+    }
+}
+
 // The samples of the open pixels, one array per channel, so that four load at once whatever the
 // layout; the lanes past the last read sample 0.
-void unpackOpenPixels(const SampleLayout& layout, const std::uint8_t* pixels,
-                      const std::uint32_t* open, std::size_t count, const RowWords& words)
+void unpackOpenPixels(const ReadConstants& k, const std::uint8_t* pixels, const std::uint32_t* open,
+                      std::size_t count, const RowWords& words)
 {
-    for (std::size_t i = 0; i < count; ++i) {
+    const SampleLayout& layout = k.layout;
+    for (std::size_t i = 0; i < count;) {
         const std::uint8_t* const pixel = pixels + open[i] * layout.bytesPerPixel;
+        if (k.unshuffles != nullptr && i + kLanes <= count && open[i + 3] - open[i] == 3) {
+            unpackFour(*k.unshuffles, layout.hasAlpha, pixel, words, i);
+            i += kLanes;
+            continue;
+        }
         words.red[i] = loadWord(pixel + layout.redOffset);
         words.green[i] = loadWord(pixel + layout.greenOffset);
         words.blue[i] = loadWord(pixel + layout.blueOffset);
         words.alpha[i] = layout.hasAlpha ? loadWord(pixel + layout.alphaOffset) : 65535;
+        ++i;
     }
     for (std::size_t i = count; i < count + kLanes; ++i) {
         words.open[i] = 0;
@@ -182,7 +215,7 @@ std::size_t readCandidates(const ReadConstants& k, const std::uint8_t* row, std:
             words.open[x] = static_cast<std::uint32_t>(x);
         }
     }
-    unpackOpenPixels(layout, pixels, words.open, openCount, words);
+    unpackOpenPixels(k, pixels, words.open, openCount, words);
     std::size_t count = 0;
     for (std::size_t i = 0; i < openCount; i += kLanes) {
         count = readGroup(k, words, i, openCount, first, y, out, count);

@@ -4,6 +4,7 @@
 #include "engine/SelectionMasks.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <optional>
@@ -30,18 +31,18 @@ float roundedUp(double v)
                                       : f;
 }
 
-// The shuffles of a layout whose three or four samples fill its pixels, or none.
-std::optional<row_kernel::PixelShuffles> pixelShuffles(const row_kernel::SampleLayout& layout)
+// For a layout whose three or four 16-bit samples fill its pixels: the channel (red, green,
+// blue, alpha) whose sample starts at each even byte of a pixel. None for other layouts.
+std::optional<std::array<int, 8>> channelsAt(const row_kernel::SampleLayout& layout)
 {
     const int channels = layout.hasAlpha ? 4 : 3;
     if (layout.bytesPerPixel != 2 * channels) {
         return std::nullopt;
     }
-    // Red, green, blue, alpha: which of the registers (r, g) and (b, a) holds the samples, and
-    // where in it.
     const std::uint64_t offsets[4] = {layout.redOffset, layout.greenOffset, layout.blueOffset,
                                       layout.alphaOffset};
-    int channelAt[8] = {-1, -1, -1, -1, -1, -1, -1, -1};
+    std::array<int, 8> channelAt;
+    channelAt.fill(-1);
     for (int c = 0; c < channels; ++c) {
         const std::uint64_t at = offsets[c];
         if (at % 2 != 0 || at >= static_cast<std::uint64_t>(layout.bytesPerPixel) ||
@@ -50,18 +51,51 @@ std::optional<row_kernel::PixelShuffles> pixelShuffles(const row_kernel::SampleL
         }
         channelAt[at] = c;
     }
+    return channelAt;
+}
+
+// Four pixels' samples from the words (r0..r3, g0..g3) and (b0..b3, a0..a3).
+std::optional<row_kernel::PixelShuffles> pixelShuffles(const row_kernel::SampleLayout& layout)
+{
+    const auto channelAt = channelsAt(layout);
+    if (!channelAt) {
+        return std::nullopt;
+    }
     row_kernel::PixelShuffles shuffles{};
     std::fill(std::begin(shuffles.bytes), std::end(shuffles.bytes), std::uint8_t{0x80});
     const auto perPixel = static_cast<int>(layout.bytesPerPixel);
     for (int j = 0; j < 4 * perPixel; ++j) {
         const int pixel = j / perPixel;
         const int byte = j % perPixel;
-        const int channel = channelAt[byte & ~1];
+        const int channel = (*channelAt)[byte & ~1];
         const int word = 4 * (channel % 2) + pixel;
         shuffles.bytes[32 * (j / 16) + 16 * (channel / 2) + j % 16] =
             static_cast<std::uint8_t>(2 * word + (byte & 1));
     }
     return shuffles;
+}
+
+// Each channel's samples of four pixels as 32-bit words, from the pixels' first 16 bytes and
+// their last 16.
+std::optional<row_kernel::PixelUnshuffles> pixelUnshuffles(const row_kernel::SampleLayout& layout)
+{
+    const auto channelAt = channelsAt(layout);
+    if (!channelAt) {
+        return std::nullopt;
+    }
+    row_kernel::PixelUnshuffles unshuffles{};
+    std::fill(std::begin(unshuffles.bytes), std::end(unshuffles.bytes), std::uint8_t{0x80});
+    const auto perPixel = static_cast<int>(layout.bytesPerPixel);
+    unshuffles.lastOffset = 4 * perPixel - 16;
+    for (int j = 0; j < 4 * perPixel; ++j) {
+        const int pixel = j / perPixel;
+        const int byte = j % perPixel;
+        const int channel = (*channelAt)[byte & ~1];
+        const bool first = j < 16;
+        unshuffles.bytes[32 * channel + (first ? 0 : 16) + 4 * pixel + (byte & 1)] =
+            static_cast<std::uint8_t>(first ? j : j - unshuffles.lastOffset);
+    }
+    return unshuffles;
 }
 
 std::uint8_t* rowOf(const PixelManipulationOffsets& offsets, std::int64_t y)
@@ -123,6 +157,10 @@ VectorisedRows::VectorisedRows(const HueShiftRun& run, const HueShiftParameters&
                 roundedUp(LuvHueFilter::kBoxFloor + std::ldexp(magnitude, -23) * 1.01);
         }
         read_.boxBounds = boxBounds_.data();
+    }
+    if (const auto unshuffles = pixelUnshuffles(read_.layout)) {
+        unshuffles_ = *unshuffles;
+        read_.unshuffles = &unshuffles_;
     }
     read_.readPixel = &VectorisedRows::readPixel;
     read_.context = this;

@@ -59,6 +59,7 @@ private:
     bool wholeRows_ = false;
     std::vector<float> boxBounds_;
     row_kernel::PixelShuffles shuffles_{};
+    row_kernel::PixelUnshuffles unshuffles_{};
     StretchArrays arrays_;
     VectorisedShift shift_;
     row_kernel::ReadConstants read_{};
