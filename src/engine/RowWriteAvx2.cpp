@@ -17,13 +17,14 @@ constexpr int kChannels = 3;
 
 // A guess this far from a rounding boundary gives the stored sample: the cells' guesses are
 // within SampleGuessCells::kLargestError of the value whose whole part is stored.
-constexpr double kMargin = 2e-3;
+constexpr double kMargin = 5e-5;
 
 // The guess cells' coefficients for each lane's key.
 struct CellCurve {
-    Lanes first;
-    Lanes slope;
-    Lanes curve;
+    Lanes c0;
+    Lanes c1;
+    Lanes c2;
+    Lanes c3;
 };
 
 CellCurve cellCurves(const double* cells, __m256i index)
@@ -35,13 +36,13 @@ CellCurve cellCurves(const double* cells, __m256i index)
     const Lanes l1 = row(_mm_extract_epi64(low, 1));
     const Lanes l2 = row(_mm_cvtsi128_si64(high));
     const Lanes l3 = row(_mm_extract_epi64(high, 1));
-    // Four rows of four to four columns; the fourth is padding.
+    // Four rows of four to four columns.
     const Lanes t0 = _mm256_unpacklo_pd(l0, l1);
     const Lanes t1 = _mm256_unpackhi_pd(l0, l1);
     const Lanes t2 = _mm256_unpacklo_pd(l2, l3);
     const Lanes t3 = _mm256_unpackhi_pd(l2, l3);
     return {_mm256_permute2f128_pd(t0, t2, 0x20), _mm256_permute2f128_pd(t1, t3, 0x20),
-            _mm256_permute2f128_pd(t0, t2, 0x31)};
+            _mm256_permute2f128_pd(t0, t2, 0x31), _mm256_permute2f128_pd(t1, t3, 0x31)};
 }
 
 // The sample by the thresholds alone, from a guess near it.
@@ -87,7 +88,7 @@ __m128i sampleByCells(const Encoding& e, Lanes linear, LaneMask guessed)
     const Lanes x = sub(linear, _mm256_castsi256_pd(_mm256_sll_epi64(key, shift)));
     const CellCurve cell = cellCurves(
         e.cells, _mm256_sub_epi64(key, _mm256_set1_epi64x(static_cast<long long>(e.firstKey))));
-    const Lanes guess = add(cell.first, mul(x, add(cell.slope, mul(x, cell.curve))));
+    const Lanes guess = add(cell.c0, mul(x, add(cell.c1, mul(x, add(cell.c2, mul(x, cell.c3))))));
     const Lanes whole = floorOf(guess);
     const Lanes fraction = sub(guess, whole);
     const LaneMask sure = both(gt(fraction, splat(kMargin)), lt(fraction, splat(1.0 - kMargin)));

@@ -150,11 +150,13 @@ void SampleEncodeTable::makeGuessCells(double imageGamma)
     const auto scaled = [&](double v) {
         return (imageGamma != 1.0 ? std::pow(v, imageGamma) : v) * maximum + 0.5;
     };
-    // The parabola through both ends and the middle of a cell strays from the power by at most
-    // width^3 / (72 sqrt 3) x its largest third derivative, which lies at one end of the cell.
-    const auto twist = [&](double v) {
-        return maximum * std::fabs(imageGamma * (imageGamma - 1.0) * (imageGamma - 2.0)) *
-               std::pow(v, imageGamma - 3.0);
+    // The cubic through both ends and two points between strays from the power by at most
+    // width^4 / 1944 x its largest fourth derivative, which lies at one end of the cell.
+    const auto bend = [&](double v) {
+        return maximum *
+               std::fabs(imageGamma * (imageGamma - 1.0) * (imageGamma - 2.0) *
+                         (imageGamma - 3.0)) *
+               std::pow(v, imageGamma - 4.0);
     };
     for (unsigned mantissaBits = 2; mantissaBits <= 12; ++mantissaBits) {
         const unsigned shift = 52 - mantissaBits;
@@ -169,16 +171,21 @@ void SampleEncodeTable::makeGuessCells(double imageGamma)
             const double start = fromOrdinal(key << shift);
             const double end = fromOrdinal((key + 1) << shift);
             const double width = end - start;
-            const double first = scaled(start);
-            const double middle = scaled(start + 0.5 * width);
-            const double last = scaled(end);
-            const double curve = 2.0 * (last - 2.0 * middle + first) / (width * width);
+            const double third = width / 3.0;
+            // Newton's divided differences at 0, w/3, 2w/3 and w, then the powers of x.
+            const double f[4] = {scaled(start), scaled(start + third), scaled(start + 2.0 * third),
+                                 scaled(end)};
+            const double d1[3] = {(f[1] - f[0]) / third, (f[2] - f[1]) / third,
+                                  (f[3] - f[2]) / third};
+            const double d2[2] = {(d1[1] - d1[0]) / (2.0 * third), (d1[2] - d1[1]) / (2.0 * third)};
+            const double d3 = (d2[1] - d2[0]) / width;
             double* const cell = &cells[SampleGuessCells::kStride * (key - firstKey)];
-            cell[0] = first;
-            cell[1] = (last - first) / width - curve * width;
-            cell[2] = curve;
-            closeEnough = width * width * width / (72.0 * std::sqrt(3.0)) *
-                              std::max(twist(start), twist(end)) <=
+            cell[0] = f[0];
+            cell[1] = d1[0] - d2[0] * third + d3 * third * (2.0 * third);
+            cell[2] = d2[0] - d3 * (third + 2.0 * third);
+            cell[3] = d3;
+            const double fourth = width * width * width * width;
+            closeEnough = fourth / 1944.0 * std::max(bend(start), bend(end)) <=
                           SampleGuessCells::kLargestError;
         }
         if (closeEnough) {

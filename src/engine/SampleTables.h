@@ -29,12 +29,12 @@ private:
 
 // Guesses of a 16-bit sample, cell by cell: values sharing their exponent and top mantissa bits
 // (their bits shifted right by `shift`) form a cell, and with the cell's row c of kStride doubles
-// and x = v - the cell's start, c[0] + x (c[1] + x c[2]) is within kLargestError of
+// and x = v - the cell's start, c[0] + x (c[1] + x (c[2] + x c[3])) is within kLargestError of
 // v^gamma x 65535 + 0.5, the value whose whole part is stored. The whole part is then plain away
 // from the boundaries, and near them one comparison with a threshold settles it.
 struct SampleGuessCells {
     static constexpr std::size_t kStride = 4;
-    static constexpr double kLargestError = 1e-3;
+    static constexpr double kLargestError = 2e-5;
     // Null where cells of a sensible number cannot guess that closely.
     const double* cells = nullptr;
     std::uint64_t firstKey = 0;
@@ -74,7 +74,8 @@ public:
             const double start = std::bit_cast<double>(key << guessShift_);
             const double* cell = &guessCells_[SampleGuessCells::kStride * (key - firstGuessKey_)];
             const double x = linear - start;
-            const double rounded = std::floor(cell[0] + x * (cell[1] + x * cell[2]) + 0.5);
+            const double rounded =
+                std::floor(cell[0] + x * (cell[1] + x * (cell[2] + x * cell[3])) + 0.5);
             const auto c =
                 static_cast<unsigned>(std::clamp(rounded, 1.0, static_cast<double>(maximum_)));
             return linear >= thresholds_[c] ? c : c - 1;

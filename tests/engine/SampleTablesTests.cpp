@@ -77,7 +77,7 @@ TEST_P(SampleTables, GuessSixteenBitSamplesWithinTheirBound)
         const std::uint64_t key = std::bit_cast<std::uint64_t>(v) >> cells.shift;
         const double x = v - std::bit_cast<double>(key << cells.shift);
         const double* c = cells.cells + SampleGuessCells::kStride * (key - cells.firstKey);
-        const double guess = c[0] + x * (c[1] + x * c[2]);
+        const double guess = c[0] + x * (c[1] + x * (c[2] + x * c[3]));
         const double power = gamma != 1.0 ? std::pow(v, gamma) : v;
         ASSERT_NEAR(guess, power * 65535.0 + 0.5, SampleGuessCells::kLargestError) << v;
     }
