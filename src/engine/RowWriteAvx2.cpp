@@ -61,40 +61,40 @@ std::uint32_t sampleByThresholds(double linear, double guess, const double* thre
 }
 
 // The lanes the guess cannot settle, by the thresholds.
-__attribute__((noinline)) __m128i settleByThresholds(__m128i samples, int unsure, Lanes linear,
-                                                     Lanes guess, const double* thresholds)
+__attribute__((noinline)) Lanes settleByThresholds(Lanes samples, int unsure, Lanes linear,
+                                                   Lanes guess, const double* thresholds)
 {
-    alignas(16) std::int32_t lanes[kLanes];
+    double lanes[kLanes];
     double values[kLanes];
     double guesses[kLanes];
-    _mm_store_si128(reinterpret_cast<__m128i*>(lanes), samples);
+    _mm256_storeu_pd(lanes, samples);
     _mm256_storeu_pd(values, linear);
     _mm256_storeu_pd(guesses, guess);
     for (std::size_t lane = 0; lane < kLanes; ++lane) {
         if ((unsure >> lane) & 1) {
-            lanes[lane] = static_cast<std::int32_t>(
-                sampleByThresholds(values[lane], guesses[lane], thresholds));
+            lanes[lane] = sampleByThresholds(values[lane], guesses[lane], thresholds);
         }
     }
-    return _mm_load_si128(reinterpret_cast<const __m128i*>(lanes));
+    return _mm256_loadu_pd(lanes);
 }
 
 // The samples of the `guessed` lanes, those of values from thresholds[1] up to 1, by the cells;
 // the other lanes must hold such values too.
-__m128i sampleByCells(const Encoding& e, Lanes linear, LaneMask guessed)
+Lanes sampleByCells(const Encoding& e, Lanes linear, LaneMask guessed)
 {
     const __m128i shift = _mm_cvtsi32_si128(static_cast<int>(e.shift));
     const __m256i key = _mm256_srl_epi64(_mm256_castpd_si256(linear), shift);
     const Lanes x = sub(linear, _mm256_castsi256_pd(_mm256_sll_epi64(key, shift)));
     const CellCurve cell = cellCurves(
         e.cells, _mm256_sub_epi64(key, _mm256_set1_epi64x(static_cast<long long>(e.firstKey))));
-    const Lanes guess = add(cell.c0, mul(x, add(cell.c1, mul(x, add(cell.c2, mul(x, cell.c3))))));
+    // Being a guess, it may fuse its multiplications and additions.
+    const Lanes guess = _mm256_fmadd_pd(
+        _mm256_fmadd_pd(_mm256_fmadd_pd(cell.c3, x, cell.c2), x, cell.c1), x, cell.c0);
     const Lanes whole = floorOf(guess);
     const Lanes fraction = sub(guess, whole);
     const LaneMask sure = both(gt(fraction, splat(kMargin)), lt(fraction, splat(1.0 - kMargin)));
-    const __m128i samples = toInt32(whole);
     const int unsure = bits(butNot(guessed, sure));
-    return unsure == 0 ? samples : settleByThresholds(samples, unsure, linear, guess, e.thresholds);
+    return unsure == 0 ? whole : settleByThresholds(whole, unsure, linear, guess, e.thresholds);
 }
 
 // The lanes of a table without cells, one by one.
@@ -125,9 +125,8 @@ void encode(const Encoding& e, const Lanes* linear, __m128i* samples)
         const LaneMask top = ge(linear[c], one);
         const LaneMask guessed = butNot(ge(linear[c], first), top);
         // Other lanes read the first cell and are overwritten.
-        const __m128i guess = sampleByCells(e, choose(guessed, linear[c], first), guessed);
-        const Lanes sample = choose(top, splat(kMaximum), both(guessed, _mm256_cvtepi32_pd(guess)));
-        samples[c] = toInt32(sample);
+        const Lanes guess = sampleByCells(e, choose(guessed, linear[c], first), guessed);
+        samples[c] = toInt32(choose(top, splat(kMaximum), both(guessed, guess)));
     }
 }
 
