@@ -41,12 +41,13 @@ inline double wrapBySteps(double x, double low, double high)
     return x;
 }
 
-// x - floor(x / period) * period, with the one rounding case that lands on the period itself
-// (a tiny negative x) sent to 0 so that the result really is in [0, period).
+// x - floor(x / period) * period, with the rounding cases of a tiny negative x sent to 0 so that
+// the result really is in [0, period): the sum can land on the period itself, and where
+// x / period rounds to -0 the floor leaves x as it is.
 inline double wrapByFloor(double x, double period)
 {
     const double wrapped = x - std::floor(x / period) * period;
-    return wrapped >= period ? 0.0 : wrapped;
+    return wrapped >= period || wrapped < 0.0 ? 0.0 : wrapped;
 }
 
 // The same shifted to [-half, half).

@@ -242,10 +242,21 @@ inline LaneMask lanesBelow(std::size_t count)
 // Radians to degrees wrapped into [0, 360): wrapDegrees(degreesFromRadians(hue)).
 inline Lanes wrappedDegrees(Lanes hue)
 {
+    const Lanes zero = _mm256_setzero_pd();
     const Lanes degrees = div(mul(hue, splat(180.0)), splat(kPi));
     const Lanes period = splat(360.0);
+    if (bits(lt(_mm256_andnot_pd(splat(-0.0), degrees), splat(270.0))) == 0xF) {
+        // Within three quarters of a period of 0, as arctangents are, floor(d / 360) is -1 where
+        // d / 360 is below 0, which is where d is below -180 x the smallest denormal (closer to
+        // 0 the quotient rounds to -0, and wrapDegrees gives 0); and d - (-1 x 360) is d + 360.
+        // Elsewhere the floor is +0 and leaves d.
+        const LaneMask belowZero = lt(degrees, splat(-180.0 * __DBL_DENORM_MIN__));
+        const Lanes wrapped =
+            choose(belowZero, add(degrees, period), choose(gt(degrees, zero), degrees, zero));
+        return choose(ge(wrapped, period), zero, wrapped);
+    }
     const Lanes wrapped = sub(degrees, mul(floorOf(div(degrees, period)), period));
-    return choose(ge(wrapped, period), _mm256_setzero_pd(), wrapped);
+    return choose(either(ge(wrapped, period), lt(wrapped, zero)), zero, wrapped);
 }
 
 // KVColorGamut::chromaForHue in two halves: where a hue falls between the table's rows, and
@@ -307,12 +318,17 @@ inline Lanes interpolatedChroma(const HuePlace& hue, const ColumnPlace& column, 
     const Lanes fy = column.fraction;
     const Lanes gx = sub(one, fx);
     const Lanes gy = sub(one, fy);
-    const Lanes sameRow = add(mul(gy, a), mul(fy, c));
-    const Lanes sameColumn = add(mul(gx, a), mul(fx, b));
     const Lanes mixed = add(add(add(mul(mul(gx, gy), a), mul(mul(fx, gy), b)), mul(mul(gx, fy), c)),
                             mul(mul(fx, fy), d));
-    const Lanes value = choose(eq(hue.row0, hue.row1), sameRow,
-                               choose(eq(column.column0, column.column1), sameColumn, mixed));
+    const LaneMask sameRows = eq(hue.row0, hue.row1);
+    const LaneMask sameColumns = eq(column.column0, column.column1);
+    Lanes value = mixed;
+    // The single row or column only where a lane falls on one.
+    if (bits(either(sameRows, sameColumns)) != 0) {
+        const Lanes sameRow = add(mul(gy, a), mul(fy, c));
+        const Lanes sameColumn = add(mul(gx, a), mul(fx, b));
+        value = choose(sameRows, sameRow, choose(sameColumns, sameColumn, mixed));
+    }
     return choose(either(hue.none, column.none), _mm256_setzero_pd(), value);
 }
 
@@ -390,8 +406,12 @@ inline Lanes maxChromaAtHalfDegrees(const double* maxChromas, Lanes halfDegrees)
     // 2 d is finite exactly when d is.
     index = choose(isFinite(halfDegrees), index, zero);
     index = choose(eq(index, splat(720.0)), zero, index);
-    const __m128i slot = _mm_slli_epi32(toInt32(index), 2);
-    return gather(maxChromas, slot);
+    alignas(16) std::int32_t at[kLanes];
+    _mm_store_si128(reinterpret_cast<__m128i*>(at), _mm_slli_epi32(toInt32(index), 2));
+    // Loads of their own, which this processor family issues faster than a gather.
+    const __m128d low = _mm_loadh_pd(_mm_load_sd(maxChromas + at[0]), maxChromas + at[1]);
+    const __m128d high = _mm_loadh_pd(_mm_load_sd(maxChromas + at[2]), maxChromas + at[3]);
+    return _mm256_set_m128d(high, low);
 }
 
 // fastAtan2(y, x).

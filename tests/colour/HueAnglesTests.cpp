@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <limits>
 
 namespace tintorra {
 namespace {
@@ -39,6 +40,11 @@ TEST(HueAngles, WrapsLandInTheirHalfOpenRanges)
     };
     for (const WrapCase& c : cases) {
         EXPECT_NEAR(c.wrap(c.input), c.expected, 1e-12) << c.input;
+    }
+    // Where x / period rounds to -0 the floor adds nothing: the result is still not negative.
+    for (const double tiny : {-1e-321, -std::numeric_limits<double>::denorm_min()}) {
+        EXPECT_EQ(wrapDegrees(tiny), 0.0);
+        EXPECT_EQ(wrapRadians(tiny), 0.0);
     }
     // Sweep: every result within the range.
     for (double x = -1000.0; x < 1000.0; x += 0.37) {

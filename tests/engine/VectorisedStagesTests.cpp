@@ -328,6 +328,15 @@ TEST(VectorisedGamutLookups, GiveTheGamutsChromas)
             hues.push_back(turn(random));
             lightnesses.push_back(light(random));
         }
+        // Hues next to 0, where degrees round towards a zero of either sign, and next to the
+        // ends of the four-lane wrapping's shortcut.
+        const double kDenormal = std::numeric_limits<double>::denorm_min();
+        for (const double hue : {-kDenormal, kDenormal, -1e-320, -100.0 * kDenormal, -1e-300,
+                                 -1e-20, radiansFromDegrees(269.9), radiansFromDegrees(-269.9),
+                                 radiansFromDegrees(270.0), radiansFromDegrees(-270.1)}) {
+            hues.push_back(hue);
+            lightnesses.push_back(50.0);
+        }
         // Every hue with every lightness of the short lists, then the random pairs.
         std::vector<double> h;
         std::vector<double> l;
