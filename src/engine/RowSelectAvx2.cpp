@@ -36,13 +36,16 @@ struct Xyz {
     Lanes Z;
 };
 
+// Row i of M applied to linear RGB.
+Lanes matrixRow(const double* M, int i, Lanes r, Lanes g, Lanes b)
+{
+    return add(add(mul(splat(M[3 * i]), r), mul(splat(M[3 * i + 1]), g)),
+               mul(splat(M[3 * i + 2]), b));
+}
+
 Xyz xyzOf(const double* M, Lanes r, Lanes g, Lanes b)
 {
-    const auto row = [&](int i) {
-        return add(add(mul(splat(M[3 * i]), r), mul(splat(M[3 * i + 1]), g)),
-                   mul(splat(M[3 * i + 2]), b));
-    };
-    return {row(0), row(1), row(2)};
+    return {matrixRow(M, 0, r, g, b), matrixRow(M, 1, r, g, b), matrixRow(M, 2, r, g, b)};
 }
 
 LaneMask blackOf(const Xyz& v)
@@ -219,14 +222,21 @@ std::size_t selectCandidates(const SelectConstants& k, const Candidates& in, std
             _mm256_storeu_pd(out.h + j, lch.h);
         }
     } else {
-        // The root only where some lane is above the dark linear segment that ignores it.
+        // The root only where some lane is above the dark linear segment that ignores it. Y waits
+        // in out.C for the next pass.
         for (std::size_t j = 0; j < count; j += kLanes) {
             const Lanes Y = xyzAt(j).Y;
+            _mm256_storeu_pd(out.C + j, Y);
             _mm256_storeu_pd(out.h + j,
                              bits(gt(Y, splat(kCieEpsilon))) != 0 ? Sleef_cbrtd4_u35avx2(Y) : Y);
         }
         for (std::size_t j = 0; j < count; j += kLanes) {
-            const LuvChroma luv = luvChroma(xyzAt(j), _mm256_loadu_pd(out.h + j));
+            const Lanes r = _mm256_loadu_pd(in.r + j);
+            const Lanes g = _mm256_loadu_pd(in.g + j);
+            const Lanes b = _mm256_loadu_pd(in.b + j);
+            const Xyz xyz{matrixRow(k.M, 0, r, g, b), _mm256_loadu_pd(out.C + j),
+                          matrixRow(k.M, 2, r, g, b)};
+            const LuvChroma luv = luvChroma(xyz, _mm256_loadu_pd(out.h + j));
             _mm256_storeu_pd(out.L + j, luv.L);
             _mm256_storeu_pd(out.C + j, luv.C);
             _mm256_storeu_pd(out.saturation + j, luv.u);
@@ -296,11 +306,14 @@ std::size_t selectLchCandidates(const SelectConstants& k, const Candidates& in, 
                   lanes);
         packStore(out.weight + selected, weight, lanes);
         packStore(out.zone + selected, hueFactor.zone, lanes);
-        packStore(out.saturation + selected, s, lanes);
-        packStore(out.L + selected, lch.L, lanes);
-        packStore(out.C + selected, lch.C, lanes);
-        packStore(out.h + selected, lch.h, lanes);
-        packStore(out.halfDegrees + selected, halfDegrees, lanes);
+        // While every candidate so far is selected, these are already in their places.
+        if (selected != j || lanes != 0xF) {
+            packStore(out.saturation + selected, s, lanes);
+            packStore(out.L + selected, lch.L, lanes);
+            packStore(out.C + selected, lch.C, lanes);
+            packStore(out.h + selected, lch.h, lanes);
+            packStore(out.halfDegrees + selected, halfDegrees, lanes);
+        }
         packStore(out.alpha + selected, alpha, lanes);
         if (k.keepUnshifted) {
             packStore(out.r + selected, _mm256_loadu_pd(in.r + j), lanes);
