@@ -178,11 +178,13 @@ Lanes bringIntoChain(const SelectConstants& k, Lanes hue, LaneMask active)
 void prefetchChromas(const double* pairs, Lanes halfDegrees, Lanes L)
 {
     const Lanes zero = _mm256_setzero_pd();
-    const Lanes row = clampTo(floorOf(halfDegrees), zero, splat(719.0));
-    const Lanes column = clampTo(floorOf(mul(splat(2.0), L)), zero, splat(199.0));
-    // NaN lanes go to entry 0.
-    const Lanes index =
-        choose(isNan(add(row, column)), zero, add(mul(row, splat(kChromaColumns)), column));
+    // Clamped into the table, NaN to 0: maxpd hands back its second operand where either is NaN.
+    const auto clamped = [&](Lanes v, double high) {
+        return _mm256_min_pd(_mm256_max_pd(v, zero), splat(high));
+    };
+    const Lanes row = clamped(floorOf(halfDegrees), 719.0);
+    const Lanes column = clamped(floorOf(mul(splat(2.0), L)), 199.0);
+    const Lanes index = add(mul(row, splat(kChromaColumns)), column);
     alignas(16) std::int32_t at[kLanes];
     _mm_store_si128(reinterpret_cast<__m128i*>(at), toInt32(index));
     for (const std::int32_t i : at) {

@@ -111,7 +111,8 @@ __attribute__((noinline)) __m128i sampleOneByOne(const Encoding& e, Lanes linear
 
 // SampleEncodeTable's samples of three channels: 0 for NaN and anything below the smallest value
 // of sample 1, 65535 from 1 up.
-void encode(const Encoding& e, const Lanes* linear, __m128i* samples)
+__attribute__((always_inline)) inline void encode(const Encoding& e, const Lanes* linear,
+                                                  __m128i* samples)
 {
     if (e.cells == nullptr) {
         for (int c = 0; c < kChannels; ++c) {
