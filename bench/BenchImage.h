@@ -141,7 +141,8 @@ inline void reportMultiple(benchmark::State& state, double seconds)
     state.counters["ms"] = benchmark::Counter(seconds * 1e3, benchmark::Counter::kAvgIterations);
 }
 
-// Registered by each program that includes this header; run first so M is known.
+// Registered by each program that includes this header; run first so M is known. With
+// repetitions M is the fastest of them.
 inline void BM_Memcpy96MB(benchmark::State& state)
 {
     std::vector<char> from(kCopyBytes, 1), to(kCopyBytes, 0);
@@ -157,8 +158,13 @@ inline void BM_Memcpy96MB(benchmark::State& state)
         seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
         ++runs;
     }
-    memcpySeconds() = seconds / static_cast<double>(runs);
-    memcpyCpuSeconds() = cpuSeconds / static_cast<double>(runs);
+    // The fastest of the repetitions: one slow copy must not flatter every figure after it.
+    const double average = seconds / static_cast<double>(runs);
+    const double cpuAverage = cpuSeconds / static_cast<double>(runs);
+    if (memcpySeconds() == 0.0 || average < memcpySeconds()) {
+        memcpySeconds() = average;
+        memcpyCpuSeconds() = cpuAverage;
+    }
     state.counters["cpu_ms"] = benchmark::Counter(memcpyCpuSeconds() * 1e3);
     state.counters["ms"] = benchmark::Counter(memcpySeconds() * 1e3);
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(kCopyBytes));
