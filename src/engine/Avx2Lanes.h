@@ -166,18 +166,21 @@ inline __m128i toInt32(Lanes wholeNumbers)
     return _mm256_cvttpd_epi32(wholeNumbers);
 }
 
-// Gathers. The masked forms, with every lane enabled, start from zeros rather than from an
+// A gather. The masked form, with every lane enabled, starts from zeros rather than from an
 // undefined register, which the compiler cannot see through.
 inline Lanes gather(const double* base, __m128i index)
 {
     return _mm256_mask_i32gather_pd(_mm256_setzero_pd(), base, index, allLanes(), 8);
 }
 
-inline __m256i gather(const std::int64_t* base, __m128i index)
+// table[at[0]], .. table[at[3]]: loads of their own, which processors issue faster than a
+// gather.
+template <typename Index>
+inline Lanes valuesAt(const double* table, const Index* at)
 {
-    return _mm256_mask_i32gather_epi64(_mm256_setzero_si256(),
-                                       reinterpret_cast<const long long*>(base), index,
-                                       _mm256_set1_epi64x(-1), 8);
+    const __m128d low = _mm_loadh_pd(_mm_load_sd(table + at[0]), table + at[1]);
+    const __m128d high = _mm_loadh_pd(_mm_load_sd(table + at[2]), table + at[3]);
+    return _mm256_set_m128d(high, low);
 }
 
 // Lane masks as numbers 0..15 (bit i for lane i), and where each lane of a pack comes from.
@@ -334,6 +337,24 @@ inline Lanes interpolatedChroma(const HuePlace& hue, const ColumnPlace& column, 
 
 constexpr double kChromaColumns = 201.0;
 
+// Four rows of four doubles (one row per lane) as four columns: column k holds each lane's k-th.
+struct Columns {
+    Lanes c0;
+    Lanes c1;
+    Lanes c2;
+    Lanes c3;
+};
+
+inline Columns columnsOf(Lanes row0, Lanes row1, Lanes row2, Lanes row3)
+{
+    const Lanes t0 = _mm256_unpacklo_pd(row0, row1);
+    const Lanes t1 = _mm256_unpackhi_pd(row0, row1);
+    const Lanes t2 = _mm256_unpacklo_pd(row2, row3);
+    const Lanes t3 = _mm256_unpackhi_pd(row2, row3);
+    return {_mm256_permute2f128_pd(t0, t2, 0x20), _mm256_permute2f128_pd(t1, t3, 0x20),
+            _mm256_permute2f128_pd(t0, t2, 0x31), _mm256_permute2f128_pd(t1, t3, 0x31)};
+}
+
 // The four entries around each lane's colour from the paired table: T(i0, j0), T(i0 + 1, j0),
 // T(i0, j0 + 1), T(i0 + 1, j0 + 1) for the lanes' pair indices i0 x 201 + j0, one load per lane.
 struct Corners {
@@ -347,17 +368,11 @@ inline Corners cornersAt(const double* pairs, __m128i pairIndex)
 {
     alignas(16) std::int32_t at[kLanes];
     _mm_store_si128(reinterpret_cast<__m128i*>(at), pairIndex);
-    const Lanes l0 = _mm256_loadu_pd(pairs + 2 * static_cast<std::ptrdiff_t>(at[0]));
-    const Lanes l1 = _mm256_loadu_pd(pairs + 2 * static_cast<std::ptrdiff_t>(at[1]));
-    const Lanes l2 = _mm256_loadu_pd(pairs + 2 * static_cast<std::ptrdiff_t>(at[2]));
-    const Lanes l3 = _mm256_loadu_pd(pairs + 2 * static_cast<std::ptrdiff_t>(at[3]));
-    // Four rows of four to four columns.
-    const Lanes t0 = _mm256_unpacklo_pd(l0, l1);
-    const Lanes t1 = _mm256_unpackhi_pd(l0, l1);
-    const Lanes t2 = _mm256_unpacklo_pd(l2, l3);
-    const Lanes t3 = _mm256_unpackhi_pd(l2, l3);
-    return {_mm256_permute2f128_pd(t0, t2, 0x20), _mm256_permute2f128_pd(t1, t3, 0x20),
-            _mm256_permute2f128_pd(t0, t2, 0x31), _mm256_permute2f128_pd(t1, t3, 0x31)};
+    const auto entries = [&](std::size_t lane) {
+        return _mm256_loadu_pd(pairs + 2 * static_cast<std::ptrdiff_t>(at[lane]));
+    };
+    const Columns columns = columnsOf(entries(0), entries(1), entries(2), entries(3));
+    return {columns.c0, columns.c1, columns.c2, columns.c3};
 }
 
 // KVColorGamut::chromaForHue over the paired table, the hue given as 2 x wrappedDegrees(hue).
@@ -408,10 +423,7 @@ inline Lanes maxChromaAtHalfDegrees(const double* maxChromas, Lanes halfDegrees)
     index = choose(eq(index, splat(720.0)), zero, index);
     alignas(16) std::int32_t at[kLanes];
     _mm_store_si128(reinterpret_cast<__m128i*>(at), _mm_slli_epi32(toInt32(index), 2));
-    // Loads of their own, which this processor family issues faster than a gather.
-    const __m128d low = _mm_loadh_pd(_mm_load_sd(maxChromas + at[0]), maxChromas + at[1]);
-    const __m128d high = _mm_loadh_pd(_mm_load_sd(maxChromas + at[2]), maxChromas + at[3]);
-    return _mm256_set_m128d(high, low);
+    return valuesAt(maxChromas, at);
 }
 
 // fastAtan2(y, x).

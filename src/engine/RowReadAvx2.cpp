@@ -113,15 +113,6 @@ __m128i loadLanes(const std::uint32_t* words)
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(words));
 }
 
-// The linear values of four samples: loads of their own, which this processor family issues
-// faster than a gather.
-Lanes decoded(const double* decode, const std::uint32_t* samples)
-{
-    const __m128d low = _mm_loadh_pd(_mm_load_sd(decode + samples[0]), decode + samples[1]);
-    const __m128d high = _mm_loadh_pd(_mm_load_sd(decode + samples[2]), decode + samples[3]);
-    return _mm256_set_m128d(high, low);
-}
-
 // LuvHueFilter::mayBeSelected.
 LaneMask mayBeSelected(const ReadConstants& k, Lanes r, Lanes g, Lanes b)
 {
@@ -158,9 +149,9 @@ std::size_t readGroup(const ReadConstants& k, const RowWords& words, std::size_t
     const Lanes zero = _mm256_setzero_pd();
     const Lanes opaque = splat(65535.0);
     const LaneMask inRun = lanesBelow(openCount - i);
-    const Lanes r = decoded(k.decode, words.red + i);
-    const Lanes g = decoded(k.decode, words.green + i);
-    const Lanes b = decoded(k.decode, words.blue + i);
+    const Lanes r = valuesAt(k.decode, words.red + i);
+    const Lanes g = valuesAt(k.decode, words.green + i);
+    const Lanes b = valuesAt(k.decode, words.blue + i);
     const Lanes stored = _mm256_cvtepi32_pd(loadLanes(words.alpha + i));
     // Without alpha every sample is opaque and 65535 / 65535 is 1: no division.
     const Lanes alpha = layout.hasAlpha ? div(stored, opaque) : splat(1.0);

@@ -19,30 +19,14 @@ constexpr int kChannels = 3;
 // within SampleGuessCells::kLargestError of the value whose whole part is stored.
 constexpr double kMargin = 5e-5;
 
-// The guess cells' coefficients for each lane's key.
-struct CellCurve {
-    Lanes c0;
-    Lanes c1;
-    Lanes c2;
-    Lanes c3;
-};
-
-CellCurve cellCurves(const double* cells, __m256i index)
+// The guess cells' coefficients for each lane's key, c0 .. c3.
+Columns cellCurves(const double* cells, __m256i index)
 {
     const __m128i low = _mm256_castsi256_si128(index);
     const __m128i high = _mm256_extracti128_si256(index, 1);
     const auto row = [&](std::int64_t at) { return _mm256_loadu_pd(cells + 4 * at); };
-    const Lanes l0 = row(_mm_cvtsi128_si64(low));
-    const Lanes l1 = row(_mm_extract_epi64(low, 1));
-    const Lanes l2 = row(_mm_cvtsi128_si64(high));
-    const Lanes l3 = row(_mm_extract_epi64(high, 1));
-    // Four rows of four to four columns.
-    const Lanes t0 = _mm256_unpacklo_pd(l0, l1);
-    const Lanes t1 = _mm256_unpackhi_pd(l0, l1);
-    const Lanes t2 = _mm256_unpacklo_pd(l2, l3);
-    const Lanes t3 = _mm256_unpackhi_pd(l2, l3);
-    return {_mm256_permute2f128_pd(t0, t2, 0x20), _mm256_permute2f128_pd(t1, t3, 0x20),
-            _mm256_permute2f128_pd(t0, t2, 0x31), _mm256_permute2f128_pd(t1, t3, 0x31)};
+    return columnsOf(row(_mm_cvtsi128_si64(low)), row(_mm_extract_epi64(low, 1)),
+                     row(_mm_cvtsi128_si64(high)), row(_mm_extract_epi64(high, 1)));
 }
 
 // The sample by the thresholds alone, from a guess near it.
@@ -85,7 +69,7 @@ Lanes sampleByCells(const Encoding& e, Lanes linear, LaneMask guessed)
     const __m128i shift = _mm_cvtsi32_si128(static_cast<int>(e.shift));
     const __m256i key = _mm256_srl_epi64(_mm256_castpd_si256(linear), shift);
     const Lanes x = sub(linear, _mm256_castsi256_pd(_mm256_sll_epi64(key, shift)));
-    const CellCurve cell = cellCurves(
+    const Columns cell = cellCurves(
         e.cells, _mm256_sub_epi64(key, _mm256_set1_epi64x(static_cast<long long>(e.firstKey))));
     // Being a guess, it may fuse its multiplications and additions.
     const Lanes guess = _mm256_fmadd_pd(
