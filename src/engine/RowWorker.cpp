@@ -221,14 +221,14 @@ void rowWorker(const HueShiftTask& task)
 
     const auto end = static_cast<std::int64_t>(task.firstItem + task.itemCount);
     for (auto y = static_cast<std::int64_t>(task.firstItem); y < end; ++y) {
+        if (wholeRows) {
+            vectorised->shiftRow(y);
+            continue;
+        }
         // Whatever is not written below keeps the source's samples.
         if (!run.destinationHoldsSource) {
             std::memcpy(destination.bitmapData + y * destination.bytesPerRow,
                         source.bitmapData + y * source.bytesPerRow, rowBytes);
-        }
-        if (wholeRows) {
-            vectorised->shiftRow(y);
-            continue;
         }
         const std::size_t candidates =
             vectorised ? vectorised->readRow(y, scratch.linear.data(), scratch.candidate.data())

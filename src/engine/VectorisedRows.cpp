@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <optional>
 
@@ -195,6 +196,12 @@ void VectorisedRows::shiftRow(std::int64_t y)
             row_kernel::avx2::selectCandidates(shift_.select(), arrays_.candidates(), candidates,
                                                arrays_.weights(), arrays_.selected());
         row_kernel::avx2::paintShifted(shift_.paint(), arrays_.selected(), selected);
+        // Whatever is not written keeps the source's samples, copied while they are still in
+        // the cache from the reading.
+        if (!run_.destinationHoldsSource) {
+            const auto at = static_cast<std::int64_t>(first) * source.bytesPerPixel;
+            std::memcpy(to + at, from + at, count * static_cast<std::size_t>(source.bytesPerPixel));
+        }
         row_kernel::avx2::writePainted(write_, arrays_.selected(), selected, to, y);
     }
 }

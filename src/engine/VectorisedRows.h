@@ -35,7 +35,8 @@ public:
     // readRow feeds the scalar steps.
     bool shiftsWholeRows() const { return wholeRows_; }
 
-    // Every stage of row y; the destination row already holds the source's samples.
+    // Every stage of row y; where it writes no colour the destination row gets the source's
+    // samples (unless it holds them already).
     void shiftRow(std::int64_t y);
 
     // Row y's candidates in order of x, their linear colours into `linear` and their columns
