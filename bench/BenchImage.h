@@ -10,6 +10,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
@@ -141,8 +142,15 @@ inline void reportMultiple(benchmark::State& state, double seconds)
     state.counters["ms"] = benchmark::Counter(seconds * 1e3, benchmark::Counter::kAvgIterations);
 }
 
+inline double median(std::vector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    const std::size_t n = values.size();
+    return n % 2 == 1 ? values[n / 2] : 0.5 * (values[n / 2 - 1] + values[n / 2]);
+}
+
 // Registered by each program that includes this header; run first so M is known. With
-// repetitions M is the fastest of them.
+// repetitions M is their median.
 inline void BM_Memcpy96MB(benchmark::State& state)
 {
     std::vector<char> from(kCopyBytes, 1), to(kCopyBytes, 0);
@@ -158,13 +166,14 @@ inline void BM_Memcpy96MB(benchmark::State& state)
         seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
         ++runs;
     }
-    // The fastest of the repetitions: one slow copy must not flatter every figure after it.
-    const double average = seconds / static_cast<double>(runs);
-    const double cpuAverage = cpuSeconds / static_cast<double>(runs);
-    if (memcpySeconds() == 0.0 || average < memcpySeconds()) {
-        memcpySeconds() = average;
-        memcpyCpuSeconds() = cpuAverage;
-    }
+    // The median of the repetitions so far: one slow or fast copy must not move every figure
+    // after it.
+    static std::vector<double> averages;
+    static std::vector<double> cpuAverages;
+    averages.push_back(seconds / static_cast<double>(runs));
+    cpuAverages.push_back(cpuSeconds / static_cast<double>(runs));
+    memcpySeconds() = median(averages);
+    memcpyCpuSeconds() = median(cpuAverages);
     state.counters["cpu_ms"] = benchmark::Counter(memcpyCpuSeconds() * 1e3);
     state.counters["ms"] = benchmark::Counter(memcpySeconds() * 1e3);
     state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(kCopyBytes));
