@@ -15,8 +15,9 @@ constexpr double kMaximum = 65535.0;
 // overlap their table reads.
 constexpr int kChannels = 3;
 
-// A guess this far from a rounding boundary gives the stored sample: the cells' guesses are
-// within SampleGuessCells::kLargestError of the value whose whole part is stored.
+// SampleGuessCells::kMargin: a guess this far from a rounding boundary gives the stored sample,
+// the cells' guesses being within SampleGuessCells::kLargestError of the value whose whole part
+// is stored.
 constexpr double kMargin = 5e-5;
 
 // The guess cells' coefficients for each lane's key, c0 .. c3.

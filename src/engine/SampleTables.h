@@ -35,6 +35,9 @@ private:
 struct SampleGuessCells {
     static constexpr std::size_t kStride = 4;
     static constexpr double kLargestError = 2e-5;
+    // A guess whose fraction lies this far from 0 and from 1 has the stored sample as its whole
+    // part: no threshold is needed.
+    static constexpr double kMargin = 5e-5;
     // Null where cells of a sensible number cannot guess that closely.
     const double* cells = nullptr;
     std::uint64_t firstKey = 0;
@@ -74,10 +77,15 @@ public:
             const double start = std::bit_cast<double>(key << guessShift_);
             const double* cell = &guessCells_[SampleGuessCells::kStride * (key - firstGuessKey_)];
             const double x = linear - start;
-            const double rounded =
-                std::floor(cell[0] + x * (cell[1] + x * (cell[2] + x * cell[3])) + 0.5);
-            const auto c =
-                static_cast<unsigned>(std::clamp(rounded, 1.0, static_cast<double>(maximum_)));
+            const double guess = cell[0] + x * (cell[1] + x * (cell[2] + x * cell[3]));
+            const double whole = std::floor(guess);
+            const double fraction = guess - whole;
+            if (fraction > SampleGuessCells::kMargin &&
+                fraction < 1.0 - SampleGuessCells::kMargin) {
+                return static_cast<unsigned>(whole);
+            }
+            const auto c = static_cast<unsigned>(
+                std::clamp(std::floor(guess + 0.5), 1.0, static_cast<double>(maximum_)));
             return linear >= thresholds_[c] ? c : c - 1;
         }
         // Gammas so extreme that no cell table serves them: the power itself.
