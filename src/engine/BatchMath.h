@@ -4,11 +4,12 @@
 
 namespace tintorra::batch {
 
-// Elementary functions over arrays, four lanes at a time with SLEEF's vectorised functions where
-// the processor has AVX2 and FMA, one value at a time with the C library otherwise. The power
-// is within one unit in the last place; the cube root, arctangent, sine and cosine use SLEEF's
-// faster variants, stated within 3.5 units (BatchMathTests measures them against the C library),
-// which moves the colours by their last bits only. A value's result does not depend on its
+// Elementary functions over arrays, four lanes at a time where the processor has AVX2 and FMA
+// (SLEEF's vectorised functions, and a cube root of our own), one value at a time with the C
+// library otherwise. The power and the cube root are within about one unit in the last place;
+// the arctangent, sine and cosine use SLEEF's faster variants, stated within 3.5 units
+// (BatchMathTests measures them all against the C library), which moves the colours by their
+// last bits only. A value's result does not depend on its
 // neighbours or on where it lies in the array. Output may alias input.
 
 // out[i] = x[i]^y

@@ -1,6 +1,9 @@
-// Compiled for AVX2 and FMA (see src/CMakeLists.txt) and called only after the processor has
-// been checked, so this file holds nothing but these loops: no inline function of a shared
-// header may be compiled here and then chosen by the linker for ordinary code.
+// Compiled for AVX2 and FMA without contraction (see src/CMakeLists.txt) and called only after
+// the processor has been checked, so this file holds nothing but these loops: no inline function
+// of a shared header may be compiled here and then chosen by the linker for ordinary code (the
+// four-lane helpers have internal linkage).
+
+#include "engine/Avx2Lanes.h"
 
 #include <cstddef>
 #include <immintrin.h>
@@ -49,10 +52,10 @@ void cbrt(const double* x, double* out, std::size_t n)
 {
     std::size_t i = 0;
     for (; i + kLanes <= n; i += kLanes) {
-        _mm256_storeu_pd(out + i, Sleef_cbrtd4_u35avx2(_mm256_loadu_pd(x + i)));
+        _mm256_storeu_pd(out + i, row_kernel::avx2::cubeRoot(_mm256_loadu_pd(x + i)));
     }
     if (i < n) {
-        storeTail(out + i, Sleef_cbrtd4_u35avx2(loadTail(x + i, n - i)), n - i);
+        storeTail(out + i, row_kernel::avx2::cubeRoot(loadTail(x + i, n - i)), n - i);
     }
 }
 

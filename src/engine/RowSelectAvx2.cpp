@@ -211,9 +211,9 @@ std::size_t selectCandidates(const SelectConstants& k, const Candidates& in, std
     if (k.lab) {
         for (std::size_t j = 0; j < count; j += kLanes) {
             const LabRatios t = labRatios(xyzAt(j));
-            _mm256_storeu_pd(out.h + j, Sleef_cbrtd4_u35avx2(t.x));
-            _mm256_storeu_pd(out.saturation + j, Sleef_cbrtd4_u35avx2(t.y));
-            _mm256_storeu_pd(out.zone + j, Sleef_cbrtd4_u35avx2(t.z));
+            _mm256_storeu_pd(out.h + j, cubeRoot(t.x));
+            _mm256_storeu_pd(out.saturation + j, cubeRoot(t.y));
+            _mm256_storeu_pd(out.zone + j, cubeRoot(t.z));
         }
         for (std::size_t j = 0; j < count; j += kLanes) {
             const Lch lch =
@@ -229,8 +229,7 @@ std::size_t selectCandidates(const SelectConstants& k, const Candidates& in, std
         for (std::size_t j = 0; j < count; j += kLanes) {
             const Lanes Y = xyzAt(j).Y;
             _mm256_storeu_pd(out.C + j, Y);
-            _mm256_storeu_pd(out.h + j,
-                             bits(gt(Y, splat(kCieEpsilon))) != 0 ? Sleef_cbrtd4_u35avx2(Y) : Y);
+            _mm256_storeu_pd(out.h + j, bits(gt(Y, splat(kCieEpsilon))) != 0 ? cubeRoot(Y) : Y);
         }
         for (std::size_t j = 0; j < count; j += kLanes) {
             const Lanes r = _mm256_loadu_pd(in.r + j);
