@@ -32,9 +32,17 @@ float roundedUp(double v)
                                       : f;
 }
 
-// For a layout whose three or four 16-bit samples fill its pixels: the channel (red, green,
-// blue, alpha) whose sample starts at each even byte of a pixel. None for other layouts.
-std::optional<std::array<int, 8>> channelsAt(const row_kernel::SampleLayout& layout)
+// Byte j of four neighbouring pixels: its pixel, its channel (red, green, blue, alpha) and whether
+// it is the sample's high byte.
+struct SampleByte {
+    int pixel;
+    int channel;
+    int high;
+};
+
+// Every byte of four neighbouring pixels, for a layout whose three or four 16-bit samples fill
+// its pixels (in any order); none for other layouts.
+std::optional<std::vector<SampleByte>> bytesOfFourPixels(const row_kernel::SampleLayout& layout)
 {
     const int channels = layout.hasAlpha ? 4 : 3;
     if (layout.bytesPerPixel != 2 * channels) {
@@ -52,26 +60,29 @@ std::optional<std::array<int, 8>> channelsAt(const row_kernel::SampleLayout& lay
         }
         channelAt[at] = c;
     }
-    return channelAt;
+    const auto perPixel = static_cast<int>(layout.bytesPerPixel);
+    std::vector<SampleByte> bytes;
+    for (int j = 0; j < 4 * perPixel; ++j) {
+        const int byte = j % perPixel;
+        bytes.push_back({j / perPixel, channelAt[byte & ~1], byte & 1});
+    }
+    return bytes;
 }
 
 // Four pixels' samples from the words (r0..r3, g0..g3) and (b0..b3, a0..a3).
 std::optional<row_kernel::PixelShuffles> pixelShuffles(const row_kernel::SampleLayout& layout)
 {
-    const auto channelAt = channelsAt(layout);
-    if (!channelAt) {
+    const auto bytes = bytesOfFourPixels(layout);
+    if (!bytes) {
         return std::nullopt;
     }
     row_kernel::PixelShuffles shuffles{};
     std::fill(std::begin(shuffles.bytes), std::end(shuffles.bytes), std::uint8_t{0x80});
-    const auto perPixel = static_cast<int>(layout.bytesPerPixel);
-    for (int j = 0; j < 4 * perPixel; ++j) {
-        const int pixel = j / perPixel;
-        const int byte = j % perPixel;
-        const int channel = (*channelAt)[byte & ~1];
-        const int word = 4 * (channel % 2) + pixel;
-        shuffles.bytes[32 * (j / 16) + 16 * (channel / 2) + j % 16] =
-            static_cast<std::uint8_t>(2 * word + (byte & 1));
+    for (std::size_t j = 0; j < bytes->size(); ++j) {
+        const SampleByte& b = (*bytes)[j];
+        const int word = 4 * (b.channel % 2) + b.pixel;
+        shuffles.bytes[32 * (j / 16) + 16 * (b.channel / 2) + j % 16] =
+            static_cast<std::uint8_t>(2 * word + b.high);
     }
     return shuffles;
 }
@@ -80,21 +91,19 @@ std::optional<row_kernel::PixelShuffles> pixelShuffles(const row_kernel::SampleL
 // their last 16.
 std::optional<row_kernel::PixelUnshuffles> pixelUnshuffles(const row_kernel::SampleLayout& layout)
 {
-    const auto channelAt = channelsAt(layout);
-    if (!channelAt) {
+    const auto bytes = bytesOfFourPixels(layout);
+    if (!bytes) {
         return std::nullopt;
     }
     row_kernel::PixelUnshuffles unshuffles{};
     std::fill(std::begin(unshuffles.bytes), std::end(unshuffles.bytes), std::uint8_t{0x80});
-    const auto perPixel = static_cast<int>(layout.bytesPerPixel);
-    unshuffles.lastOffset = 4 * perPixel - 16;
-    for (int j = 0; j < 4 * perPixel; ++j) {
-        const int pixel = j / perPixel;
-        const int byte = j % perPixel;
-        const int channel = (*channelAt)[byte & ~1];
+    unshuffles.lastOffset = static_cast<std::int64_t>(bytes->size()) - 16;
+    for (std::size_t j = 0; j < bytes->size(); ++j) {
+        const SampleByte& b = (*bytes)[j];
         const bool first = j < 16;
-        unshuffles.bytes[32 * channel + (first ? 0 : 16) + 4 * pixel + (byte & 1)] =
-            static_cast<std::uint8_t>(first ? j : j - unshuffles.lastOffset);
+        unshuffles.bytes[32 * b.channel + (first ? 0 : 16) + 4 * b.pixel + b.high] =
+            static_cast<std::uint8_t>(first ? j
+                                            : j - static_cast<std::size_t>(unshuffles.lastOffset));
     }
     return unshuffles;
 }
