@@ -206,8 +206,11 @@ void VectorisedRows::shiftRow(std::int64_t y)
                                                arrays_.weights(), arrays_.selected());
         row_kernel::avx2::paintShifted(shift_.paint(), arrays_.selected(), selected);
         // Whatever is not written keeps the source's samples, copied while they are still in
-        // the cache from the reading.
-        if (!run_.destinationHoldsSource) {
+        // the cache from the reading. A stretch whose every pixel is selected is written whole
+        // where the samples fill the pixels and no coverage keeps any pixel as it was.
+        const bool writtenWhole =
+            selected == count && write_.shuffles != nullptr && write_.coverage == nullptr;
+        if (!run_.destinationHoldsSource && !writtenWhole) {
             const auto at = static_cast<std::int64_t>(first) * source.bytesPerPixel;
             std::memcpy(to + at, from + at, count * static_cast<std::size_t>(source.bytesPerPixel));
         }
