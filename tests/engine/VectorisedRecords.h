@@ -31,12 +31,20 @@ inline KVBitmapPtr paintedMask(std::int64_t wide, std::int64_t high)
 // alphaFirst: straight alpha stored before the colour.
 enum class AlphaLayout { none, straight, premultiplied, alphaFirst };
 
+// everyKind: greys, black, white, repeated colours and transparent pixels among the noise;
+// coloursOnly: nothing but noise, so that every pixel is selected where everything is.
+enum class Variety { everyKind, coloursOnly };
+
 // A picture of 8 or 16 bits as wide as the painted masks below, wider than one stretch of the
 // four-lane stages and not a multiple of four wide: noise over the whole cube of samples, with
-// greys, black, white, a colour repeated down the column (so that colour-table entries stand
-// for several pixels) and, where there is alpha, transparent and half-transparent pixels.
-inline KVBitmapPtr noisePicture(std::int64_t bits, AlphaLayout alpha, std::uint32_t noise = 2024)
+// (for everyKind) greys, black, white, a colour repeated down the column (so that colour-table
+// entries stand for several pixels) and transparent pixels. Where there is alpha, every seventh
+// pixel is half transparent; for coloursOnly which ones depends on the noise.
+inline KVBitmapPtr noisePicture(std::int64_t bits, AlphaLayout alpha, std::uint32_t noise = 2024,
+                                Variety variety = Variety::everyKind)
 {
+    const bool everyKind = variety == Variety::everyKind;
+    const std::uint32_t phase = everyKind ? 0 : noise;
     constexpr std::int64_t kWide = 601;
     constexpr std::int64_t kHigh = 5;
     const KVBitmapPtr bitmap =
@@ -53,22 +61,24 @@ inline KVBitmapPtr noisePicture(std::int64_t bits, AlphaLayout alpha, std::uint3
             std::uint32_t r = next();
             std::uint32_t g = next();
             std::uint32_t b = next();
-            if (x % 50 == 0) {
-                g = r;
-                b = r;
-            } else if (x % 97 == 1) {
-                r = g = b = 0;
-            } else if (x % 89 == 2) {
-                r = g = b = maximum;
-            } else if (x % 11 == 4) {
-                r = maximum / 5 * 4;
-                g = maximum / 5;
-                b = maximum / 17 * static_cast<std::uint32_t>(y);
+            if (everyKind) {
+                if (x % 50 == 0) {
+                    g = r;
+                    b = r;
+                } else if (x % 97 == 1) {
+                    r = g = b = 0;
+                } else if (x % 89 == 2) {
+                    r = g = b = maximum;
+                } else if (x % 11 == 4) {
+                    r = maximum / 5 * 4;
+                    g = maximum / 5;
+                    b = maximum / 17 * static_cast<std::uint32_t>(y);
+                }
             }
             std::uint32_t a = maximum;
-            if (alpha != AlphaLayout::none && x % 7 == 3) {
+            if (alpha != AlphaLayout::none && (x + phase) % 7 == 3) {
                 a = maximum / 2 + 1;
-            } else if (alpha != AlphaLayout::none && x % 13 == 5) {
+            } else if (everyKind && alpha != AlphaLayout::none && x % 13 == 5) {
                 a = 0;
             }
             if (alpha == AlphaLayout::premultiplied) {

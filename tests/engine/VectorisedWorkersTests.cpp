@@ -76,36 +76,6 @@ TEST(VectorisedRows, EveryDestinationGetsTheScalarPicture)
     EXPECT_TRUE(sameSamples(inPlace, expected));
 }
 
-// Colours only, none grey or transparent, so that whole stretches are selected; where there is
-// alpha, every seventh pixel half transparent, which ones depending on the noise.
-KVBitmapPtr colourfulPicture(AlphaLayout alpha, std::uint32_t noise)
-{
-    constexpr std::int64_t kWide = 601;
-    constexpr std::int64_t kHigh = 3;
-    const KVBitmapPtr bitmap =
-        test::makeRgbBitmap(kWide, kHigh, 16, alpha != AlphaLayout::none,
-                            alpha == AlphaLayout::premultiplied, alpha == AlphaLayout::alphaFirst);
-    std::uint32_t lcg = noise;
-    const auto next = [&] {
-        lcg = lcg * 1664525u + 1013904223u;
-        return lcg >> 16;
-    };
-    for (std::int64_t y = 0; y < kHigh; ++y) {
-        for (std::int64_t x = 0; x < kWide; ++x) {
-            std::uint32_t rgb[3] = {next(), next(), next()};
-            const std::uint32_t a =
-                alpha != AlphaLayout::none && (x + noise) % 7 == 3 ? 32768 : 65535;
-            for (std::uint32_t& sample : rgb) {
-                sample = alpha == AlphaLayout::premultiplied ? sample * a / 65535 : sample;
-            }
-            test::setWords(bitmap, x, y,
-                           {static_cast<std::uint16_t>(rgb[0]), static_cast<std::uint16_t>(rgb[1]),
-                            static_cast<std::uint16_t>(rgb[2]), static_cast<std::uint16_t>(a)});
-        }
-    }
-    return bitmap;
-}
-
 // A stretch whose every pixel is selected is written without the source's samples under it:
 // a destination holding another picture must still end with every byte of the scalar picture,
 // alpha included.
@@ -117,11 +87,11 @@ TEST(VectorisedRows, WholeSelectedStretchesKeepNothingOfTheDestination)
     const HueShiftParameters p = test::selectEverything(0);
     for (const AlphaLayout alpha : {AlphaLayout::none, AlphaLayout::straight,
                                     AlphaLayout::premultiplied, AlphaLayout::alphaFirst}) {
-        const KVBitmapPtr source = colourfulPicture(alpha, 12);
+        const KVBitmapPtr source = test::noisePicture(16, alpha, 12, test::Variety::coloursOnly);
         const KVBitmapPtr expected = shifted(source, p, false);
         const std::string where = "alpha " + std::to_string(static_cast<int>(alpha));
         EXPECT_FALSE(sameSamples(expected, source)) << where;
-        const KVBitmapPtr given = colourfulPicture(alpha, 7);
+        const KVBitmapPtr given = test::noisePicture(16, alpha, 7, test::Variety::coloursOnly);
         EXPECT_TRUE(sameSamples(test::runShift(source, p, given).result, expected)) << where;
     }
 }
