@@ -129,10 +129,14 @@ inline int bits(LaneMask m)
     return _mm256_movemask_pd(m);
 }
 
-// condition ? ifTrue : ifFalse, lane by lane.
+// condition ? ifTrue : ifFalse, lane by lane. Written as the instruction itself: the compiler
+// reads the intrinsic as a test of each lane's sign, and where a mask combines comparisons it
+// adds a comparison to make that sign, though every mask here is all ones or all zeros.
 inline Lanes choose(LaneMask condition, Lanes ifTrue, Lanes ifFalse)
 {
-    return _mm256_blendv_pd(ifFalse, ifTrue, condition);
+    Lanes result;
+    asm("vblendvpd %3, %2, %1, %0" : "=x"(result) : "x"(ifFalse), "x"(ifTrue), "x"(condition));
+    return result;
 }
 
 inline Lanes floorOf(Lanes a)

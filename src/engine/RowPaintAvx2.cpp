@@ -202,8 +202,13 @@ void blendLanes(const PaintConstants& k, int lanes, const SelectedColors& s, std
 
 } // namespace
 
-void paintShifted(const PaintConstants& k, const SelectedColors& s, std::size_t count)
+void paintShifted(const PaintConstants& constants, const SelectedColors& selected,
+                  std::size_t count)
 {
+    // Local copies: a store through one of the arrays' pointers could otherwise change these
+    // members as far as the compiler knows, and it would read them again for every group.
+    const PaintConstants k = constants;
+    const SelectedColors s = selected;
     // In passes over the whole run, each short enough that the processor overlaps the table
     // reads and powers of consecutive groups. The painted arrays hold the new L, C and h until
     // the last pass turns them into RGB.

@@ -195,9 +195,14 @@ void prefetchChromas(const double* pairs, Lanes halfDegrees, Lanes L)
 
 } // namespace
 
-std::size_t selectCandidates(const SelectConstants& k, const Candidates& in, std::size_t count,
-                             double* weights, const SelectedColors& out)
+std::size_t selectCandidates(const SelectConstants& constants, const Candidates& candidates,
+                             std::size_t count, double* weights, const SelectedColors& colors)
 {
+    // Local copies: a store through one of the arrays' pointers could otherwise change these
+    // members as far as the compiler knows, and it would read them again for every group.
+    const SelectConstants k = constants;
+    const Candidates in = candidates;
+    const SelectedColors out = colors;
     // In passes over the run, each short enough for the processor to overlap consecutive
     // groups. LCh goes to out.L, out.C and out.h at the candidates' own places (cube roots, and
     // u and v for the arctangent pass, in out.h, out.saturation and out.zone), and the last pass
@@ -252,9 +257,14 @@ std::size_t selectCandidates(const SelectConstants& k, const Candidates& in, std
     return selectLchCandidates(k, in, count, weights, out);
 }
 
-std::size_t selectLchCandidates(const SelectConstants& k, const Candidates& in, std::size_t count,
-                                double* weights, const SelectedColors& out)
+std::size_t selectLchCandidates(const SelectConstants& constants, const Candidates& candidates,
+                                std::size_t count, double* weights, const SelectedColors& colors)
 {
+    // Local copies: a store through one of the arrays' pointers could otherwise change these
+    // members as far as the compiler knows, and it would read them again for every group.
+    const SelectConstants k = constants;
+    const Candidates in = candidates;
+    const SelectedColors out = colors;
     const Lanes zero = _mm256_setzero_pd();
     // The hue in half degrees (which the shift's gamut lookup needs again) and the relative
     // saturation, a pass of table reads, into out.halfDegrees and out.saturation.

@@ -64,8 +64,10 @@ __attribute__((noinline)) Lanes settleByThresholds(Lanes samples, int unsure, La
 }
 
 // The samples of the `guessed` lanes, those of values from thresholds[1] up to 1, by the cells;
-// the other lanes must hold such values too.
-Lanes sampleByCells(const Encoding& e, Lanes linear, LaneMask guessed)
+// the other lanes must hold such values too. Inlined, so that the table's members stay in
+// registers across the three channels.
+__attribute__((always_inline)) inline Lanes sampleByCells(const Encoding& e, Lanes linear,
+                                                          LaneMask guessed)
 {
     const __m128i shift = _mm_cvtsi32_si128(static_cast<int>(e.shift));
     const __m256i key = _mm256_srl_epi64(_mm256_castpd_si256(linear), shift);
@@ -173,9 +175,13 @@ void encodeSamples(const Encoding& encoding, const double* linear, std::size_t c
     }
 }
 
-void writePainted(const WriteConstants& k, const SelectedColors& s, std::size_t count,
-                  std::uint8_t* row, std::int64_t y)
+void writePainted(const WriteConstants& constants, const SelectedColors& selected,
+                  std::size_t count, std::uint8_t* row, std::int64_t y)
 {
+    // Local copies: a store through one of the arrays' pointers could otherwise change these
+    // members as far as the compiler knows, and it would read them again for every group.
+    const WriteConstants k = constants;
+    const SelectedColors s = selected;
     const SampleLayout& layout = k.layout;
     const Lanes zero = _mm256_setzero_pd();
     const Lanes one = splat(1.0);
