@@ -111,7 +111,7 @@ struct SelectedColors {
     double* C;
     double* h;
     double* alpha;
-    // 2 x h in degrees, wrapped into [0, 720).
+    // 2 x h in degrees, wrapped into [0, 720); the shift's scratch once it has read them.
     double* halfDegrees;
     // The unshifted linear colour (when SelectConstants::keepUnshifted).
     double* r;

@@ -89,15 +89,11 @@ void shiftLightness(const PaintConstants& k, const SelectedColors& s, std::size_
 
 // finishLchShift up to the blend: the chroma kept at its place between grey and the gamut
 // boundary, then the saturation change.
-Lch shiftedChromaAndHue(const PaintConstants& k, const FixedHue* target, Lanes oldLimit, Lanes C,
+Lch shiftedChromaAndHue(const PaintConstants& k, Lanes newLimit, Lanes oldLimit, Lanes C,
                         Lanes newL, Lanes saturation, Lanes weight)
 {
     const Lanes zero = _mm256_setzero_pd();
     Lanes newHue = splat(k.targetHue);
-    Lanes newLimit = zero;
-    if (target != nullptr) {
-        newLimit = chromaForFixedHue(k.chromas, *target, newL);
-    }
     // The division only where some lane's limit shrinks.
     const LaneMask shrinks = gt(oldLimit, newLimit);
     Lanes newC = bits(shrinks) != 0 ? choose(shrinks, div(mul(C, newLimit), oldLimit), C) : C;
@@ -210,8 +206,8 @@ void paintShifted(const PaintConstants& constants, const SelectedColors& selecte
     const PaintConstants k = constants;
     const SelectedColors s = selected;
     // In passes over the whole run, each short enough that the processor overlaps the table
-    // reads and powers of consecutive groups. The painted arrays hold the new L, C and h until
-    // the last pass turns them into RGB.
+    // reads, divisions and powers of consecutive groups. The painted arrays hold the new L, C
+    // and h until the last two passes turn them into XYZ and then RGB.
     double* const newLs = s.paintedR;
     double* const newCs = s.paintedG;
     double* const newHues = s.paintedB;
@@ -232,12 +228,20 @@ void paintShifted(const PaintConstants& constants, const SelectedColors& selecte
                                 : _mm256_setzero_pd();
         _mm256_storeu_pd(oldLimits + i, fmaxOf(C, limit));
     }
+    // The new lightnesses' limits at the target hue, another pass of table reads.
+    double* const newLimits = s.halfDegrees;
+    for (std::size_t i = 0; i < count; i += kLanes) {
+        _mm256_storeu_pd(newLimits + i,
+                         gamut ? chromaForFixedHue(k.chromas, target, _mm256_loadu_pd(newLs + i))
+                               : _mm256_setzero_pd());
+    }
     for (std::size_t i = 0; i < count; i += kLanes) {
         const Lanes weight = _mm256_loadu_pd(s.weight + i);
         const Lanes alpha = _mm256_loadu_pd(s.alpha + i);
-        Lch shifted = shiftedChromaAndHue(
-            k, gamut ? &target : nullptr, _mm256_loadu_pd(oldLimits + i), _mm256_loadu_pd(s.C + i),
-            _mm256_loadu_pd(newLs + i), _mm256_loadu_pd(s.saturation + i), weight);
+        Lch shifted =
+            shiftedChromaAndHue(k, _mm256_loadu_pd(newLimits + i), _mm256_loadu_pd(oldLimits + i),
+                                _mm256_loadu_pd(s.C + i), _mm256_loadu_pd(newLs + i),
+                                _mm256_loadu_pd(s.saturation + i), weight);
         _mm256_storeu_pd(s.paintedAlpha + i, alpha);
         const int partial = bits(both(ne(weight, one), lanesBelow(count - i)));
         if (partial != 0) {
@@ -261,6 +265,13 @@ void paintShifted(const PaintConstants& constants, const SelectedColors& selecte
         const Lanes a = mul(C, sc.y);
         const Lanes b = mul(C, sc.x);
         const Xyz xyz = k.lab ? labXyz(L, a, b) : luvXyz(L, a, b);
+        _mm256_storeu_pd(s.paintedR + i, xyz.X);
+        _mm256_storeu_pd(s.paintedG + i, xyz.Y);
+        _mm256_storeu_pd(s.paintedB + i, xyz.Z);
+    }
+    for (std::size_t i = 0; i < count; i += kLanes) {
+        const Xyz xyz{_mm256_loadu_pd(s.paintedR + i), _mm256_loadu_pd(s.paintedG + i),
+                      _mm256_loadu_pd(s.paintedB + i)};
         const auto row = [&](int r) {
             return unitOf(
                 add(add(mul(splat(k.MI[3 * r]), xyz.X), mul(splat(k.MI[3 * r + 1]), xyz.Y)),
