@@ -54,16 +54,15 @@ LaneMask blackOf(const Xyz& v)
     return both(both(eq(v.X, zero), eq(v.Y, zero)), eq(v.Z, zero));
 }
 
-// xyzToLuv and the chroma of luvToLch, black to (0, 0, 0); the hue's arctangent is taken in a
-// pass of its own, from u and v.
-struct LuvChroma {
+// xyzToLuv, black to (0, 0, 0); luvToLch's chroma and hue are taken in a pass of their own, from
+// u and v.
+struct Luv {
     Lanes L;
-    Lanes C;
     Lanes u;
     Lanes v;
 };
 
-LuvChroma luvChroma(const Xyz& v, Lanes root)
+Luv luvOf(const Xyz& v, Lanes root)
 {
     const Lanes zero = _mm256_setzero_pd();
     const LaneMask black = blackOf(v);
@@ -76,7 +75,7 @@ LuvChroma luvChroma(const Xyz& v, Lanes root)
     const Lanes u = choose(black, zero, mul(scale, sub(uPrime, splat(kLuvWhiteU))));
     const Lanes w = choose(black, zero, mul(scale, sub(vPrime, splat(kLuvWhiteV))));
     L = choose(black, zero, L);
-    return {L, _mm256_sqrt_pd(add(mul(u, u), mul(w, w))), u, w};
+    return {L, u, w};
 }
 
 // The Lab f of t given its cube root.
@@ -242,15 +241,18 @@ std::size_t selectCandidates(const SelectConstants& constants, const Candidates&
             const Lanes b = _mm256_loadu_pd(in.b + j);
             const Xyz xyz{matrixRow(k.M, 0, r, g, b), _mm256_loadu_pd(out.C + j),
                           matrixRow(k.M, 2, r, g, b)};
-            const LuvChroma luv = luvChroma(xyz, _mm256_loadu_pd(out.h + j));
+            const Luv luv = luvOf(xyz, _mm256_loadu_pd(out.h + j));
             _mm256_storeu_pd(out.L + j, luv.L);
-            _mm256_storeu_pd(out.C + j, luv.C);
             _mm256_storeu_pd(out.saturation + j, luv.u);
             _mm256_storeu_pd(out.zone + j, luv.v);
         }
+        // The square root here, where it overlaps the arctangent, rather than at the end of the
+        // divisions' chain above.
         for (std::size_t j = 0; j < count; j += kLanes) {
-            _mm256_storeu_pd(out.h + j, Sleef_atan2d4_u35avx2(_mm256_loadu_pd(out.zone + j),
-                                                              _mm256_loadu_pd(out.saturation + j)));
+            const Lanes u = _mm256_loadu_pd(out.saturation + j);
+            const Lanes v = _mm256_loadu_pd(out.zone + j);
+            _mm256_storeu_pd(out.C + j, _mm256_sqrt_pd(add(mul(u, u), mul(v, v))));
+            _mm256_storeu_pd(out.h + j, Sleef_atan2d4_u35avx2(v, u));
         }
     }
 
