@@ -6,7 +6,7 @@
 // binary PPM (the 16-bit PPM is expected beside it with "-16" for "-8" in the name). Figures are
 // reported in milliseconds and as multiples (M) of a 96 MB memcpy timed in the same run.
 
-#include "engine/KVBitmap.h"
+#include "image/KVBitmap.h"
 
 #include <benchmark/benchmark.h>
 

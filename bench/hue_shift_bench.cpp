@@ -16,9 +16,9 @@
 #include "BenchImage.h"
 #include "colour/KVColorGamut.h"
 #include "colour/WorkingSpaces.h"
-#include "controls/HueShiftParameters.h"
 #include "engine/ColorTable.h"
 #include "engine/HueShift.h"
+#include "engine/HueShiftParameters.h"
 #include "engine/SelectionWeights.h"
 
 #include <algorithm>

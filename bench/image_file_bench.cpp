@@ -8,7 +8,7 @@
 // other load on the machine hardly changes.
 
 #include "BenchImage.h"
-#include "engine/KVBitmap.h"
+#include "image/KVBitmap.h"
 #include "imageio/ImageFile.h"
 
 #include <benchmark/benchmark.h>

@@ -1,5 +1,5 @@
 // Cost per pixel of the engine's inner step: read a pixel as linear floats and write it back.
-#include "engine/PixelAccess.h"
+#include "image/PixelAccess.h"
 
 #include <benchmark/benchmark.h>
 

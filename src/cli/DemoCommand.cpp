@@ -6,6 +6,7 @@
 #include "cli/SampleImage.h"
 #include "cli/SpectrumPlot.h"
 #include "controls/ParameterEncoding.h"
+#include "editor/ShiftRecordEncoding.h"
 #include "imageio/AtomicFileWriter.h"
 #include "imageio/ImageFile.h"
 

@@ -1,7 +1,6 @@
 #include "cli/CliFailure.h"
 #include "cli/Commands.h"
 #include "cli/ImageJob.h"
-#include "cli/QuietStream.h"
 #include "colour/IccProfiles.h"
 #include "colour/KVColorGamut.h"
 #include "colour/WorkingSpaces.h"
@@ -125,14 +124,12 @@ CommandRunner addGamutCommand(CLI::App& tool, const GlobalOptions&)
         const long mode = o.mode == "lchab" ? 1 : 0;
         std::unique_ptr<KVColorGamut> gamut;
         {
-            const QuietStream quiet(STDERR_FILENO);
             gamut = gamutFor(o, mode);
         }
         if (!gamut->hasTables()) {
             failProcessing("not enough memory for the gamut tables");
         }
         if (o.builder == "hull") {
-            const QuietStream quiet(STDERR_FILENO);
             gamut->buildRGBColors();
             gamut->buildLuvColors();
             gamut->buildChromaLUTsFromPolys();

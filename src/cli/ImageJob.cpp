@@ -1,11 +1,10 @@
 #include "cli/ImageJob.h"
 
 #include "cli/CliFailure.h"
-#include "cli/QuietStream.h"
-#include "controls/HueShiftParametersBuilder.h"
+#include "editor/HueShiftParametersBuilder.h"
 #include "engine/HueShift.h"
-#include "engine/PixelAccess.h"
 #include "engine/SelectionWeights.h"
+#include "image/PixelAccess.h"
 #include "imageio/DocumentFile.h"
 #include "imageio/ImageErrors.h"
 #include "imageio/ImageFile.h"
@@ -25,7 +24,6 @@ LoadedImage loadImageData(std::span<const std::uint8_t> data, const std::string&
     std::optional<DocumentImageReps> reps;
     {
         // The document layer logs undecodable data on standard error; the tool says it itself.
-        const QuietStream quiet(STDERR_FILENO);
         reps = readFromData(data, tiff ? kTypeTIFF : kTypeImage, &error);
     }
     if (!reps || reps->imageReps.empty() || !reps->imageReps.front()) {
@@ -115,7 +113,6 @@ void ShiftJob::buildColorTable()
 void ShiftJob::buildGamut()
 {
     if (isLchColorMode(parameters_.colorSpaceModel())) {
-        const QuietStream quiet(STDERR_FILENO);
         gamut_ = std::make_shared<const KVColorGamut>(
             &source_->colorSpace(), static_cast<long>(parameters_.colorSpaceModel()));
         if (!gamut_->hasTables()) {
@@ -148,7 +145,6 @@ KVBitmapPtr ShiftJob::shift(const HueShiftParameters& record, const KVBitmapPtr&
 {
     KVBitmapPtr result;
     {
-        const QuietStream quiet(STDOUT_FILENO);
         result = hueShift(source_, destination, record, threads);
     }
     if (!result) {

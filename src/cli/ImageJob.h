@@ -1,11 +1,11 @@
 #pragma once
 
 #include "colour/KVColorGamut.h"
-#include "controls/HueShiftParameters.h"
 #include "controls/KVHueShiftParameterSet.h"
 #include "engine/ColorTable.h"
+#include "engine/HueShiftParameters.h"
 #include "engine/HueSpectrum.h"
-#include "engine/KVBitmap.h"
+#include "image/KVBitmap.h"
 
 #include <cstdint>
 #include <optional>

@@ -2,8 +2,9 @@
 #include "cli/Commands.h"
 #include "cli/JsonOutput.h"
 #include "cli/ParameterOptions.h"
-#include "controls/HueShiftParametersBuilder.h"
 #include "controls/ParameterEncoding.h"
+#include "editor/HueShiftParametersBuilder.h"
+#include "editor/ShiftRecordEncoding.h"
 
 #include <cstdio>
 #include <memory>

@@ -7,6 +7,7 @@
 #include "cli/ProgressBar.h"
 #include "cli/Stopwatch.h"
 #include "controls/ParameterEncoding.h"
+#include "editor/ShiftRecordEncoding.h"
 #include "imageio/ShiftedFileName.h"
 
 #include <cstdio>

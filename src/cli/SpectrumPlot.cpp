@@ -1,7 +1,7 @@
 #include "cli/SpectrumPlot.h"
 
 #include "colour/ColorConversions.h"
-#include "engine/PixelAccess.h"
+#include "image/PixelAccess.h"
 
 #include <algorithm>
 #include <array>

@@ -2,7 +2,7 @@
 
 #include "colour/KVColorGamut.h"
 #include "engine/HueSpectrum.h"
-#include "engine/KVBitmap.h"
+#include "image/KVBitmap.h"
 
 namespace tintorra::cli {
 

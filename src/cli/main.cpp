@@ -1,11 +1,13 @@
 // tintorra-cli: Tintorra's main job without a display.
 #include "cli/CliFailure.h"
 #include "cli/Commands.h"
+#include "common/Diagnostics.h"
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
 #include <string>
+#include <string_view>
 #include <vector>
 
 int main(int argc, char** argv)
@@ -21,6 +23,10 @@ int main(int argc, char** argv)
     GlobalOptions global;
     tool.add_flag("-q,--quiet", global.quiet, "no progress bar and no messages besides errors")
         ->configurable(false);
+    bool verbose = false;
+    tool.add_flag("-v,--verbose", verbose,
+                  "also print the engine's diagnostic messages (table and gamut builds) on stderr")
+        ->configurable(false);
     tool.set_version_flag("--version", "tintorra-cli 0.1.0");
 
     const std::vector<CommandRunner> runners{
@@ -28,7 +34,7 @@ int main(int argc, char** argv)
         addInfoCommand(tool, global),  addSpectrumCommand(tool, global),
         addGamutCommand(tool, global), addDemoCommand(tool, global),
     };
-    // --quiet is accepted after the command as well.
+    // --quiet and --verbose are accepted after the command as well.
     for (CLI::App* command : tool.get_subcommands({})) {
         command->fallthrough();
     }
@@ -44,6 +50,11 @@ int main(int argc, char** argv)
     } catch (const CLI::ParseError& error) {
         printError(std::string(error.what()) + "; run 'tintorra-cli --help' for the usage");
         return kExitUsageError;
+    }
+
+    if (verbose) {
+        tintorra::setDiagnosticsSink(
+            [](std::string_view text) { std::fwrite(text.data(), 1, text.size(), stderr); });
     }
 
     const std::vector<CLI::App*> chosen = tool.get_subcommands();

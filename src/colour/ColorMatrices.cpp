@@ -1,5 +1,7 @@
 #include "colour/ColorMatrices.h"
 
+#include "common/Diagnostics.h"
+
 #include <cmath>
 #include <cstdio>
 
@@ -101,7 +103,7 @@ void matrixFromPrimaries(std::array<double, 12>& out, double xr, double yr, doub
     for (int k = 0; k < 2; ++k) {
         const double pivot = a[k][k];
         if (std::fabs(pivot) < kZeroPivot) {
-            std::fprintf(stderr, "zero pivot found in line:%d\n", k);
+            diagnostic("zero pivot found in line:%d\n", k);
             return;
         }
         for (int i = k + 1; i < 3; ++i) {

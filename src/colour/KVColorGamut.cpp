@@ -4,6 +4,7 @@
 #include "colour/ColorMatrices.h"
 #include "colour/GamutHull.h"
 #include "colour/KVColorSpace.h"
+#include "common/Diagnostics.h"
 
 #include <algorithm>
 #include <atomic>
@@ -139,15 +140,15 @@ KVColorGamut::ChromaRows KVColorGamut::allocateMatrix()
     constexpr std::size_t columns = kLightnessCount;
     double** rowArray = allocateZeroed<double*>(rows, 1);
     if (rowArray == nullptr) {
-        std::printf("Memory allocation failed while allocating for matrix[].\n");
+        diagnostic("Memory allocation failed while allocating for matrix[].\n");
         return nullptr;
     }
     ChromaRows matrix(rowArray);
     for (std::size_t i = 0; i < rows; ++i) {
         matrix[i] = allocateZeroed<double>(columns, 2 + static_cast<long>(i));
         if (matrix[i] == nullptr) {
-            std::printf("Memory allocation failed while allocating matrix[%lu][%lu]\n",
-                        static_cast<unsigned long>(i), static_cast<unsigned long>(columns));
+            diagnostic("Memory allocation failed while allocating matrix[%lu][%lu]\n",
+                       static_cast<unsigned long>(i), static_cast<unsigned long>(columns));
             return nullptr;
         }
     }
@@ -165,7 +166,7 @@ bool KVColorGamut::allocateTables()
     }
     ChromaRows rows = allocateMatrix();
     if (!records || !rows) {
-        std::fprintf(stderr, "Memory allocation failed building lookup tables");
+        diagnostic("Memory allocation failed building lookup tables");
         return false;
     }
     maxChromasLUT_ = std::move(records);
@@ -197,7 +198,7 @@ void KVColorGamut::buildChromaLUTsExact()
     if (!allocateTables()) {
         return;
     }
-    std::fprintf(stderr, "Building chroma LUT...\n");
+    diagnostic("Building chroma LUT...\n");
     if (colorSpaceModel_ == kColorModeLChab) {
         LabMatrixPrecalc();
         fillTables(
@@ -331,7 +332,7 @@ void KVColorGamut::buildRGBTriangles()
 
 void KVColorGamut::buildLuvColors()
 {
-    std::fprintf(stderr, "Building Luv colors...\n");
+    diagnostic("Building Luv colors...\n");
     LuvColors_.clear();
     LuvColors_.reserve(rgbColors_.size());
     for (const ColorComponents& rgb : rgbColors_) {
@@ -368,7 +369,7 @@ void KVColorGamut::buildChromaLUTsFromPolys()
     if (!allocateTables()) {
         return;
     }
-    std::fprintf(stderr, "Building chroma LUT...\n");
+    diagnostic("Building chroma LUT...\n");
     // Only triangles spanning a column's lightness can meet its rays; looking at just those
     // finds the same first hit as walking the whole list.
     std::vector<std::vector<std::size_t>> candidates(kLightnessCount);

@@ -2,6 +2,7 @@
 // operation; they are for looking at a colour space whose tables seem wrong.
 #include "colour/ColorConversions.h"
 #include "colour/KVColorGamut.h"
+#include "common/Diagnostics.h"
 
 #include <algorithm>
 #include <cmath>
@@ -22,10 +23,10 @@ unsigned long asLong(std::size_t value)
 
 void KVColorGamut::testRGBColors() const
 {
-    std::fprintf(stderr, "Color gamut matrices:\n");
+    diagnostic("Color gamut matrices:\n");
     printMatrix(M, "RGB->XYZ matrix");
     printMatrix(MI, "XYZ->RGB matrix (inverse RGB->XYZ)");
-    std::fprintf(stderr, "Testing rgb values with threshold of %f...\n", kRoundTripThreshold);
+    diagnostic("Testing rgb values with threshold of %f...\n", kRoundTripThreshold);
     const bool lab = colorSpaceModel_ == kColorModeLChab;
     for (std::size_t i = 0; i < rgbColors_.size(); ++i) {
         const ColorComponents& rgb = rgbColors_[i];
@@ -34,33 +35,31 @@ void KVColorGamut::testRGBColors() const
         const double error = std::max({std::fabs(back.c0 - rgb.c0), std::fabs(back.c1 - rgb.c1),
                                        std::fabs(back.c2 - rgb.c2)});
         if (error > kRoundTripThreshold) {
-            std::fprintf(stderr, "rgb[%lu]->LCh->rgb max error: %f\n", asLong(i), error);
+            diagnostic("rgb[%lu]->LCh->rgb max error: %f\n", asLong(i), error);
         }
     }
-    std::fprintf(stderr, "Finished testing rgb values.\n");
+    diagnostic("Finished testing rgb values.\n");
 }
 
 void KVColorGamut::testLuvColors() const
 {
-    std::fprintf(stderr, "Testing Luv values...\n");
+    diagnostic("Testing Luv values...\n");
     for (std::size_t i = 0; i < LuvColors_.size() && i < rgbColors_.size(); ++i) {
         const ColorComponents& luv = LuvColors_[i];
         const ColorComponents& before = rgbColors_[i];
         const ColorComponents after = xyzToRgb(luvToXyz(luv), MI);
-        std::fprintf(stderr, "Luv[%lu]: %f, %f, %f\n", asLong(i), luv.c0, luv.c1, luv.c2);
-        std::fprintf(stderr, "rgb[%lu] before: %f, %f, %f\n", asLong(i), before.c0, before.c1,
-                     before.c2);
-        std::fprintf(stderr, "rgb[%lu]  after: %f, %f, %f\n", asLong(i), after.c0, after.c1,
-                     after.c2);
-        std::fprintf(stderr, "rgb errors: %f, %f, %f\n", after.c0 - before.c0, after.c1 - before.c1,
-                     after.c2 - before.c2);
+        diagnostic("Luv[%lu]: %f, %f, %f\n", asLong(i), luv.c0, luv.c1, luv.c2);
+        diagnostic("rgb[%lu] before: %f, %f, %f\n", asLong(i), before.c0, before.c1, before.c2);
+        diagnostic("rgb[%lu]  after: %f, %f, %f\n", asLong(i), after.c0, after.c1, after.c2);
+        diagnostic("rgb errors: %f, %f, %f\n", after.c0 - before.c0, after.c1 - before.c1,
+                   after.c2 - before.c2);
     }
-    std::fprintf(stderr, "Finished testing Luv values.\n");
+    diagnostic("Finished testing Luv values.\n");
 }
 
 void KVColorGamut::testChromaLUT(std::size_t hueStride, std::size_t lightnessStride) const
 {
-    std::fprintf(stderr, "Testing chroma LUT values...\n");
+    diagnostic("Testing chroma LUT values...\n");
     if (hasTables()) {
         const bool lab = colorSpaceModel_ == kColorModeLChab;
         hueStride = std::max<std::size_t>(hueStride, 1);
@@ -71,28 +70,28 @@ void KVColorGamut::testChromaLUT(std::size_t hueStride, std::size_t lightnessStr
                 const double chroma = chromasLUT_[i][j];
                 const ColorComponents lch{static_cast<double>(j) * 0.5, chroma, hue, 1.0};
                 const ColorComponents rgb = lab ? lchabToRgb(lch, MI) : lchuvToRgb(lch, MI);
-                std::fprintf(stderr, "chroma[%lu,%lu] = %f rgb: %f, %f, %f\n", asLong(i), asLong(j),
-                             chroma, rgb.c0, rgb.c1, rgb.c2);
+                diagnostic("chroma[%lu,%lu] = %f rgb: %f, %f, %f\n", asLong(i), asLong(j), chroma,
+                           rgb.c0, rgb.c1, rgb.c2);
             }
         }
     }
-    std::fprintf(stderr, "Finished testing chroma LUT values.\n");
+    diagnostic("Finished testing chroma LUT values.\n");
 }
 
 void KVColorGamut::testMaxChromaLUT() const
 {
-    std::fprintf(stderr, "Testing maxChroma LUT values...\n");
+    diagnostic("Testing maxChroma LUT values...\n");
     if (hasTables()) {
         const bool lab = colorSpaceModel_ == kColorModeLChab;
         for (std::size_t i = 0; i < kHueCount; ++i) {
             const ColorComponents& record = maxChromasLUT_[i];
             const ColorComponents lch{record.c0, record.c1, record.c2, 1.0};
             const ColorComponents rgb = lab ? lchabToRgb(lch, MI) : lchuvToRgb(lch, MI);
-            std::fprintf(stderr, "hue: %f rgb: %f, %f, %f\n", degreesFromRadians(record.c2), rgb.c0,
-                         rgb.c1, rgb.c2);
+            diagnostic("hue: %f rgb: %f, %f, %f\n", degreesFromRadians(record.c2), rgb.c0, rgb.c1,
+                       rgb.c2);
         }
     }
-    std::fprintf(stderr, "Finished testing maxChroma LUT values.\n");
+    diagnostic("Finished testing maxChroma LUT values.\n");
 }
 
 } // namespace tintorra

@@ -1,5 +1,7 @@
 #include "colour/Matrix3.h"
 
+#include "common/Diagnostics.h"
+
 #include <cmath>
 #include <cstdio>
 
@@ -44,15 +46,14 @@ void multiplyMatrix3(Matrix3& out, const Matrix3& a, const Matrix3& b)
 
 void printMatrixRow(const double row[3], const char* label)
 {
-    std::fprintf(stderr, "Matrix |%s|: %f, %f, %f\n", label, row[0], row[1], row[2]);
+    diagnostic("Matrix |%s|: %f, %f, %f\n", label, row[0], row[1], row[2]);
 }
 
 void printMatrix(const Matrix3& matrix, const char* label)
 {
-    std::fprintf(stderr, "Matrix |%s|:\n", label);
+    diagnostic("Matrix |%s|:\n", label);
     for (int row = 0; row < 3; ++row) {
-        std::fprintf(stderr, " %f, %f, %f\n", matrix[row * 3], matrix[row * 3 + 1],
-                     matrix[row * 3 + 2]);
+        diagnostic(" %f, %f, %f\n", matrix[row * 3], matrix[row * 3 + 1], matrix[row * 3 + 2]);
     }
 }
 

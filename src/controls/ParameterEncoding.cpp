@@ -10,22 +10,6 @@ namespace tintorra {
 
 namespace {
 
-constexpr char kHexDigits[] = "0123456789ABCDEF";
-
-void appendByte(std::string& out, std::uint8_t byte)
-{
-    out.push_back(kHexDigits[byte >> 4]);
-    out.push_back(kHexDigits[byte & 0x0F]);
-}
-
-void appendDouble(std::string& out, double value)
-{
-    const auto bits = std::bit_cast<std::uint64_t>(value);
-    for (int shift = 56; shift >= 0; shift -= 8) {
-        appendByte(out, static_cast<std::uint8_t>(bits >> shift));
-    }
-}
-
 int hexValue(char c)
 {
     if (c >= '0' && c <= '9') {
@@ -107,30 +91,19 @@ KVValueDictionary boundsDictionary(const std::array<double, 4>& bounds)
 
 } // namespace
 
-std::string hexEncodedStringFromHueShiftParameters(const HueShiftParameters& p)
+void appendHexByte(std::string& out, std::uint8_t byte)
 {
-    std::string out;
-    out.reserve(kHueShiftParameterStringLength);
-    out.append(kHueShiftParameterPrefix);
-    appendByte(out, kHueShiftParameterVersion);
-    appendDouble(out, p.imageGamma);
-    appendByte(out, static_cast<std::uint8_t>(p.colorSpaceModel & 0xFF));
-    appendByte(out, p.preserveHue);
-    appendByte(out, p.blendToFalloffHues);
-    appendByte(out, static_cast<std::uint8_t>(p.maskToShow & 0xFF));
-    appendDouble(out, p.targetHue);
-    appendDouble(out, p.targetSat);
-    appendDouble(out, p.targetBri);
-    for (const double value : p.targetBriTenVals) {
-        appendDouble(out, value);
+    constexpr char kHexDigits[] = "0123456789ABCDEF";
+    out.push_back(kHexDigits[byte >> 4]);
+    out.push_back(kHexDigits[byte & 0x0F]);
+}
+
+void appendHexDouble(std::string& out, double value)
+{
+    const auto bits = std::bit_cast<std::uint64_t>(value);
+    for (int shift = 56; shift >= 0; shift -= 8) {
+        appendHexByte(out, static_cast<std::uint8_t>(bits >> shift));
     }
-    for (const double value :
-         {p.hueUpperFalloff, p.hueUpper, p.hueLower, p.hueLowerFalloff, p.satUpperFalloff,
-          p.satUpper, p.satLower, p.satLowerFalloff, p.lightUpperFalloff, p.lightUpper,
-          p.lightLower, p.lightLowerFalloff}) {
-        appendDouble(out, value);
-    }
-    return out;
 }
 
 std::optional<DecodedHueShiftParameters> decodeHueShiftParameters(std::string_view text)

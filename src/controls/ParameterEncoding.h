@@ -1,6 +1,5 @@
 #pragma once
 
-#include "controls/HueShiftParameters.h"
 #include "controls/KVHueShiftParameterSet.h"
 #include "controls/KVValueDictionary.h"
 
@@ -21,9 +20,10 @@ inline constexpr std::string_view kHueShiftParameterPrefix = "tolm";
 inline constexpr std::uint8_t kHueShiftParameterVersion = 1;
 inline constexpr std::size_t kHueShiftParameterStringLength = 446;
 
-// The string of an engine record: with maskToShow 1 that is the highlight's placeholder targets,
-// not the user's.
-std::string hexEncodedStringFromHueShiftParameters(const HueShiftParameters& parameters);
+// The writing half of the format (the engine record's own encoder lives with the code that builds
+// the record): a byte as two upper-case hex digits, a double as its 64 bits, high byte first.
+void appendHexByte(std::string& out, std::uint8_t byte);
+void appendHexDouble(std::string& out, double value);
 
 // What a parameter string yields, in the order the values are applied.
 struct DecodedHueShiftParameters {

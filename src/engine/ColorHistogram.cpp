@@ -1,5 +1,6 @@
 #include "engine/ColorHistogram.h"
 
+#include "common/Diagnostics.h"
 #include "engine/TableAllocation.h"
 
 #include <algorithm>
@@ -17,7 +18,7 @@ bool ColorHashTable::allocate()
 {
     buckets_ = allocateTable<std::uint32_t>(kBucketCount);
     if (!buckets_) {
-        std::fprintf(stderr, "\nout of memory allocating hash table");
+        diagnostic("\nout of memory allocating hash table");
         return false;
     }
     std::fill(buckets_.get(), buckets_.get() + kBucketCount, kNoNode);
@@ -43,7 +44,7 @@ bool ColorHashTable::add(std::uint8_t r, std::uint8_t g, std::uint8_t b, std::ui
     if (!chunks_[chunk]) {
         chunks_[chunk] = allocateTable<Node>(kNodesPerChunk);
         if (!chunks_[chunk]) {
-            std::fprintf(stderr, "\nout of memory computing hash table");
+            diagnostic("\nout of memory computing hash table");
             return false;
         }
     }
@@ -91,12 +92,12 @@ ColorHistogram histogramFromColorHash(const ColorHashTable& table)
 {
     ColorHistogram histogram;
     if (table.colorCount() == 0) {
-        std::fprintf(stderr, "\nzero colors specified for histogram");
+        diagnostic("\nzero colors specified for histogram");
         return histogram;
     }
     histogram.colors = allocateTable<HistogramColor>(table.colorCount());
     if (!histogram.colors) {
-        std::fprintf(stderr, "\nout of memory generating histogram");
+        diagnostic("\nout of memory generating histogram");
         return histogram;
     }
     table.forEach(

@@ -2,6 +2,7 @@
 
 #include "colour/ColorConversions.h"
 #include "colour/ColorMatrices.h"
+#include "common/Diagnostics.h"
 #include "engine/ColorTableBuild.h"
 #include "engine/ColorTableOrder.h"
 #include "engine/PackedSamples.h"
@@ -116,13 +117,13 @@ void reportGroupingFailure(GroupingFailure failure)
 {
     switch (failure) {
     case GroupingFailure::pixelTable:
-        std::fprintf(stderr, "Couldn't get memory for sortable pixel table\n");
+        diagnostic("Couldn't get memory for sortable pixel table\n");
         break;
     case GroupingFailure::colorList:
-        std::fprintf(stderr, "Couldn't get memory for rgb color table\n");
+        diagnostic("Couldn't get memory for rgb color table\n");
         break;
     case GroupingFailure::locationTable:
-        std::fprintf(stderr, "Couldn't get memory for pixel location table\n");
+        diagnostic("Couldn't get memory for pixel location table\n");
         break;
     case GroupingFailure::none:
         break;
@@ -168,7 +169,7 @@ LChColorTable detail::buildColorTable(const KVBitmapPtr& bitmap, double imageGam
     }
     if (!colorTableCanAddress(source.pixelsWide, source.pixelsHigh, source.bytesPerRow,
                               source.bytesPerPixel)) {
-        std::fprintf(stderr, "Image too large for a table of 32-bit pixel offsets\n");
+        diagnostic("Image too large for a table of 32-bit pixel offsets\n");
         return table;
     }
 
@@ -184,7 +185,7 @@ LChColorTable detail::buildColorTable(const KVBitmapPtr& bitmap, double imageGam
     TableArray<color_table_lch_entry_info> entries =
         allocateTable<color_table_lch_entry_info>(groups.colorCount);
     if (!unordered || !entries) {
-        std::fprintf(stderr, "Couldn't get memory for final color table\n");
+        diagnostic("Couldn't get memory for final color table\n");
         return table;
     }
 

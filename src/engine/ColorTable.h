@@ -1,7 +1,7 @@
 #pragma once
 
-#include "engine/KVBitmap.h"
 #include "engine/TableAllocation.h"
+#include "image/KVBitmap.h"
 
 #include <cstddef>
 #include <cstdint>

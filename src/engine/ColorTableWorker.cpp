@@ -1,3 +1,4 @@
+#include "common/Diagnostics.h"
 #include "engine/HueShiftWorkers.h"
 #include "engine/SelectionMasks.h"
 #include "engine/ShiftBatch.h"
@@ -128,7 +129,7 @@ TableWorkerPaths& tableWorkerPaths()
 
 void printWorkerTrace(unsigned long index)
 {
-    std::printf("thread: %lu\n", index);
+    diagnostic("thread: %lu\n", index);
 }
 
 } // namespace tintorra

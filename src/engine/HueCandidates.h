@@ -1,8 +1,8 @@
 #pragma once
 
 #include "colour/Matrix3.h"
-#include "controls/HueShiftParameters.h"
 #include "engine/ColorTable.h"
+#include "engine/HueShiftParameters.h"
 
 #include <cstdint>
 #include <utility>

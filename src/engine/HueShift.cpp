@@ -3,10 +3,10 @@
 #include "colour/ColorMatrices.h"
 #include "engine/HueShiftWorkers.h"
 #include "engine/PaintCoverage.h"
-#include "engine/PixelAccess.h"
 #include "engine/SelectionWeights.h"
 #include "engine/ShiftOutcome.h"
 #include "engine/TableThreads.h"
+#include "image/PixelAccess.h"
 
 #include <algorithm>
 #include <cstring>

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "controls/HueShiftParameters.h"
-#include "engine/KVBitmap.h"
+#include "engine/HueShiftParameters.h"
+#include "image/KVBitmap.h"
 
 namespace tintorra {
 

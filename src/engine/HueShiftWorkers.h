@@ -1,12 +1,12 @@
 #pragma once
 
 #include "colour/Matrix3.h"
-#include "controls/HueShiftParameters.h"
 #include "engine/HueCandidates.h"
+#include "engine/HueShiftParameters.h"
 #include "engine/PaintCoverage.h"
-#include "engine/PixelAccess.h"
 #include "engine/SampleTables.h"
 #include "engine/TableThreads.h"
+#include "image/PixelAccess.h"
 
 #include <atomic>
 #include <cstdint>

@@ -1,5 +1,6 @@
 #include "engine/MedianCut.h"
 
+#include "common/Diagnostics.h"
 #include "engine/TableAllocation.h"
 
 #include <algorithm>
@@ -71,7 +72,7 @@ Colormap medianCutColormap(ColorHistogram& histogram, std::size_t maxColors)
     TableArray<Box> boxes = allocateTable<Box>(maxColors);
     colormap.colors = allocateTable<ColormapEntry>(maxColors);
     if (!boxes || !colormap.colors) {
-        std::fprintf(stderr, "\nout of memory making colormap");
+        diagnostic("\nout of memory making colormap");
         colormap.colors.reset();
         return colormap;
     }

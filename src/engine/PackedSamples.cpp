@@ -1,6 +1,6 @@
 #include "engine/PackedSamples.h"
 
-#include "engine/PixelAccess.h"
+#include "image/PixelAccess.h"
 
 namespace tintorra {
 

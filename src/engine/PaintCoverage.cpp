@@ -1,6 +1,6 @@
 #include "engine/PaintCoverage.h"
 
-#include "engine/PixelAccess.h"
+#include "image/PixelAccess.h"
 
 namespace tintorra {
 

@@ -2,6 +2,7 @@
 
 #include "colour/ColorConversions.h"
 #include "colour/ColorMatrices.h"
+#include "common/Diagnostics.h"
 #include "engine/ColorHistogram.h"
 #include "engine/HueSpectrum.h"
 #include "engine/PackedSamples.h"
@@ -81,7 +82,7 @@ ColorSpectrum colorSpectrumFromColormap(const Colormap& colormap, const Matrix3&
     ColorSpectrum spectrum;
     spectrum.bands = allocateTable<ColorSpectrumBand>(kSpectrumBandCount);
     if (!spectrum.bands) {
-        std::fprintf(stderr, "\nout of memory making color spectrum");
+        diagnostic("\nout of memory making color spectrum");
         return spectrum;
     }
     std::fill(spectrum.bands.get(), spectrum.bands.get() + kSpectrumBandCount, ColorSpectrumBand{});
@@ -124,7 +125,7 @@ ColorSpectrum createColorSpectrum(const KVBitmapPtr& bitmap, std::size_t colorma
     PackedSampleSource source;
     if (colormapSize < 1 || colormapSize > kLargestColormapSize ||
         !packedSampleSourceFromBitmap(bitmap, 1.0, source)) {
-        std::fprintf(stderr, "\nbad color spectrum parameter");
+        diagnostic("\nbad color spectrum parameter");
         return {};
     }
     const Colormap colormap = colormapOfImage(source, colormapSize);

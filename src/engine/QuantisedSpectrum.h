@@ -2,9 +2,9 @@
 
 #include "colour/ColorComponents.h"
 #include "colour/Matrix3.h"
-#include "engine/KVBitmap.h"
 #include "engine/MedianCut.h"
 #include "engine/TableAllocation.h"
+#include "image/KVBitmap.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -3,7 +3,7 @@
 #include "colour/ColorComponents.h"
 #include "colour/HueAngles.h"
 #include "colour/KVColorGamut.h"
-#include "controls/HueShiftParameters.h"
+#include "engine/HueShiftParameters.h"
 
 #include <cstdint>
 

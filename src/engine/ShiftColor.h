@@ -3,7 +3,7 @@
 #include "colour/ColorBlending.h"
 #include "colour/ColorComponents.h"
 #include "colour/KVColorGamut.h"
-#include "controls/HueShiftParameters.h"
+#include "engine/HueShiftParameters.h"
 #include "engine/SelectionWeights.h"
 
 #include <cmath>

@@ -6,7 +6,7 @@
 #include "colour/HueAngles.h"
 #include "colour/KVColorGamut.h"
 #include "colour/Matrix3.h"
-#include "controls/HueShiftParameters.h"
+#include "engine/HueShiftParameters.h"
 #include "engine/SelectionMasks.h"
 #include "engine/SelectionWeights.h"
 #include "engine/ShiftColor.h"

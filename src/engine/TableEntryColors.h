@@ -1,10 +1,10 @@
 #pragma once
 
 #include "colour/ColorComponents.h"
-#include "controls/HueShiftParameters.h"
 #include "engine/ColorTable.h"
-#include "engine/PixelAccess.h"
+#include "engine/HueShiftParameters.h"
 #include "engine/SampleTables.h"
+#include "image/PixelAccess.h"
 
 #include <cstdint>
 

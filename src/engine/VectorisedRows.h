@@ -1,7 +1,7 @@
 #pragma once
 
 #include "colour/ColorComponents.h"
-#include "controls/HueShiftParameters.h"
+#include "engine/HueShiftParameters.h"
 #include "engine/HueShiftWorkers.h"
 #include "engine/RowKernel.h"
 #include "engine/SampleTables.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "controls/HueShiftParameters.h"
+#include "engine/HueShiftParameters.h"
 #include "engine/RowKernel.h"
 #include "engine/ShiftOutcome.h"
 

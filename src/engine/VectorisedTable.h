@@ -1,6 +1,6 @@
 #pragma once
 
-#include "controls/HueShiftParameters.h"
+#include "engine/HueShiftParameters.h"
 #include "engine/HueShiftWorkers.h"
 #include "engine/ShiftOutcome.h"
 #include "engine/VectorisedShift.h"

@@ -1,5 +1,6 @@
 #include "imageio/DocumentFile.h"
 
+#include "common/Diagnostics.h"
 #include "imageio/AtomicFileWriter.h"
 #include "imageio/ImageTypes.h"
 #include "imageio/TiffWriter.h"
@@ -15,7 +16,7 @@ namespace {
 
 void logLine(const char* text)
 {
-    std::fprintf(stderr, "%s\n", text);
+    diagnostic("%s\n", text);
 }
 
 bool beginsWith(const std::optional<std::string>& text, std::string_view prefix)

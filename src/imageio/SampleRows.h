@@ -1,6 +1,6 @@
 #pragma once
 
-#include "engine/KVBitmap.h"
+#include "image/KVBitmap.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -3,7 +3,7 @@
 #include "colour/ColorConversions.h"
 #include "colour/IccProfiles.h"
 #include "colour/KVColorGamut.h"
-#include "engine/PixelAccess.h"
+#include "image/PixelAccess.h"
 
 #include <algorithm>
 #include <array>

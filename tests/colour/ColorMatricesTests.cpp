@@ -1,6 +1,7 @@
 #include "MatrixTestHelpers.h"
 #include "colour/ColorMatrices.h"
 #include "colour/WorkingSpaces.h"
+#include "support/DiagnosticsCapture.h"
 
 #include <gtest/gtest.h>
 
@@ -108,10 +109,10 @@ TEST(MatrixFromPrimaries, AgreesWithTheChromaticityRecord)
     for (const ColorSpaceChromaticities& space : workingSpaceTable) {
         SCOPED_TRACE(space.name);
         std::array<double, 12> out{};
-        testing::internal::CaptureStderr();
+        test::captureDiagnostics();
         matrixFromPrimaries(out, space.redX, space.redY, space.greenX, space.greenY, space.blueX,
                             space.blueY, space.whiteX, space.whiteY);
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+        EXPECT_EQ(test::capturedDiagnostics(), "");
         Matrix3 m{};
         std::copy(out.begin(), out.begin() + 9, m.begin());
         EXPECT_LT(maxAbsDifference(m, matrixFromChromaticities(space)), 1e-13);
@@ -142,9 +143,9 @@ TEST(MatrixFromPrimaries, ZeroPivotStopsAndLeavesOnlyTheWhite)
         SCOPED_TRACE(c.what);
         std::array<double, 12> out{};
         out.fill(-7.0);
-        testing::internal::CaptureStderr();
+        test::captureDiagnostics();
         matrixFromPrimaries(out, c.xr, c.yr, c.xg, c.yg, c.xb, c.yb, 0.31271, 0.32902);
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), c.message);
+        EXPECT_EQ(test::capturedDiagnostics(), c.message);
         for (int i = 0; i < 9; ++i) {
             EXPECT_EQ(out[i], -7.0) << i;
         }
@@ -155,9 +156,9 @@ TEST(MatrixFromPrimaries, ZeroPivotStopsAndLeavesOnlyTheWhite)
 
     // A first pivot just above the limit is accepted.
     std::array<double, 12> out{};
-    testing::internal::CaptureStderr();
+    test::captureDiagnostics();
     matrixFromPrimaries(out, 2e-6, 0.33, 0.3, 0.6, 0.15, 0.06, 0.31271, 0.32902);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(test::capturedDiagnostics(), "");
 }
 
 // Only the two elimination rows are checked; equal green and blue leave a zero in the last
@@ -165,9 +166,9 @@ TEST(MatrixFromPrimaries, ZeroPivotStopsAndLeavesOnlyTheWhite)
 TEST(MatrixFromPrimaries, LastPivotIsNotChecked)
 {
     std::array<double, 12> out{};
-    testing::internal::CaptureStderr();
+    test::captureDiagnostics();
     matrixFromPrimaries(out, 0.64, 0.33, 0.3, 0.6, 0.3, 0.6, 0.31271, 0.32902);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(test::capturedDiagnostics(), "");
     bool allFinite = true;
     for (int i = 0; i < 9; ++i) {
         allFinite = allFinite && std::isfinite(out[i]);

@@ -1,6 +1,7 @@
 #include "colour/GamutHull.h"
 #include "colour/KVColorGamut.h"
 #include "colour/WorkingSpaces.h"
+#include "support/DiagnosticsCapture.h"
 
 #include <gtest/gtest.h>
 
@@ -103,13 +104,13 @@ TEST(GamutHull, FlatOrMissingInputGivesNoTriangles)
 // A gamut with its 21^3 grid, the grid's Luv points and their hull, but search tables only.
 std::unique_ptr<KVColorGamut> gamutWithHull(bool interiorPoints)
 {
-    ::testing::internal::CaptureStderr();
+    test::captureDiagnostics();
     auto gamut = std::make_unique<KVColorGamut>(sRGBChromaticities(), 0);
     gamut->setIncludeInteriorPoints(interiorPoints);
     gamut->buildRGBColors();
     gamut->buildLuvColors();
     gamut->buildHull();
-    ::testing::internal::GetCapturedStderr();
+    test::capturedDiagnostics();
     return gamut;
 }
 
@@ -166,13 +167,13 @@ class GamutHullTables : public ::testing::Test {
 protected:
     static void SetUpTestSuite()
     {
-        ::testing::internal::CaptureStderr();
+        test::captureDiagnostics();
         searched_ = new KVColorGamut(sRGBChromaticities(), 0);
         hulled_ = new KVColorGamut(sRGBChromaticities(), 0);
         hulled_->buildRGBColors();
         hulled_->buildLuvColors();
         hulled_->buildChromaLUTsFromPolys();
-        buildOutput_ = new std::string(::testing::internal::GetCapturedStderr());
+        buildOutput_ = new std::string(test::capturedDiagnostics());
     }
     static void TearDownTestSuite()
     {
@@ -255,11 +256,11 @@ TEST_F(GamutHullTables, TablesFollowTheirRays)
 
 TEST(GamutHullSurface, WithoutGridTheSearchTablesStay)
 {
-    ::testing::internal::CaptureStderr();
+    test::captureDiagnostics();
     KVColorGamut gamut(sRGBChromaticities(), 0);
     const double before = gamut.chromaForHue(1.0, 40.0);
     gamut.buildChromaLUTsFromPolys();
-    ::testing::internal::GetCapturedStderr();
+    test::capturedDiagnostics();
     ASSERT_NE(gamut.hull(), nullptr);
     EXPECT_EQ(gamut.hull()->triangleCount(), 0u);
     EXPECT_EQ(gamut.chromaForHue(1.0, 40.0), before);

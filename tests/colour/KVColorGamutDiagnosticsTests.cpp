@@ -1,6 +1,7 @@
 #include "GamutTestSupport.h"
 #include "colour/KVColorGamut.h"
 #include "colour/WorkingSpaces.h"
+#include "support/DiagnosticsCapture.h"
 
 #include <gtest/gtest.h>
 
@@ -40,20 +41,20 @@ class GamutDiagnostics : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        ::testing::internal::CaptureStderr();
+        test::captureDiagnostics();
         gamut_ = std::make_unique<KVColorGamut>(sRGBChromaticities(), 0);
         gamut_->buildRGBColors();
         gamut_->buildLuvColors();
-        ::testing::internal::GetCapturedStderr();
+        test::capturedDiagnostics();
     }
 
     // The lines a diagnostic writes to standard error.
     template <typename Run>
     static std::vector<std::string> printed(Run run)
     {
-        ::testing::internal::CaptureStderr();
+        test::captureDiagnostics();
         run();
-        return linesOf(::testing::internal::GetCapturedStderr());
+        return linesOf(test::capturedDiagnostics());
     }
 
     std::unique_ptr<KVColorGamut> gamut_;
@@ -72,10 +73,10 @@ TEST_F(GamutDiagnostics, RgbRoundTripPrintsMatricesAndNoErrorsForLuv)
 
 TEST_F(GamutDiagnostics, LabRoundTripReportsOnlyWhatExceedsTheThreshold)
 {
-    ::testing::internal::CaptureStderr();
+    test::captureDiagnostics();
     KVColorGamut lab(sRGBChromaticities(), 1);
     lab.buildRGBColors();
-    ::testing::internal::GetCapturedStderr();
+    test::capturedDiagnostics();
     const auto lines = printed([&lab] { lab.testRGBColors(); });
     ASSERT_GE(lines.size(), 11u);
     EXPECT_EQ(lines.back(), "Finished testing rgb values.");
@@ -143,9 +144,9 @@ TEST_F(GamutDiagnostics, MaxChromaColoursLieOnTheCubeSurface)
 
 TEST_F(GamutDiagnostics, WithoutGridOnlyTheFramesArePrinted)
 {
-    ::testing::internal::CaptureStderr();
+    test::captureDiagnostics();
     const KVColorGamut gamut(sRGBChromaticities(), 0);
-    ::testing::internal::GetCapturedStderr();
+    test::capturedDiagnostics();
     EXPECT_EQ(printed([&gamut] { gamut.testLuvColors(); }),
               (std::vector<std::string>{"Testing Luv values...", "Finished testing Luv values."}));
 }

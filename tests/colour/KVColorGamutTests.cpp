@@ -4,6 +4,7 @@
 #include "colour/KVColorGamut.h"
 #include "colour/KVColorSpace.h"
 #include "colour/WorkingSpaces.h"
+#include "support/DiagnosticsCapture.h"
 
 #include <gtest/gtest.h>
 
@@ -145,9 +146,9 @@ TEST(KVColorGamut, NonRgbSpaceHoldsTheSmallestStepEverywhereButBlackAndWhite)
 
 TEST(KVColorGamut, BuildingStepsByName)
 {
-    ::testing::internal::CaptureStderr();
+    test::captureDiagnostics();
     KVColorGamut gamut(sRGBChromaticities(), 1);
-    ::testing::internal::GetCapturedStderr();
+    test::capturedDiagnostics();
     // The single searches reproduce the table of the model whose coefficients are loaded.
     for (const std::size_t i : {0u, 111u, 500u}) {
         for (const std::size_t j : {1u, 64u, 150u}) {
@@ -185,7 +186,7 @@ TEST(KVColorGamut, DescriptionNamesClassAddressAndModel)
 
 struct AllocationCase {
     long failing;
-    const char* standardOutput;
+    const char* diagnostics;
 };
 
 class KVColorGamutAllocation : public ::testing::TestWithParam<AllocationCase> {
@@ -196,16 +197,14 @@ protected:
 TEST_P(KVColorGamutAllocation, LeavesBothTablesAbsentAndSaysWhy)
 {
     KVColorGamut::failTableAllocationForTesting(GetParam().failing);
-    ::testing::internal::CaptureStdout();
-    ::testing::internal::CaptureStderr();
+    test::captureDiagnostics();
     const KVColorGamut gamut(sRGBChromaticities(), 0);
-    const std::string err = ::testing::internal::GetCapturedStderr();
-    const std::string out = ::testing::internal::GetCapturedStdout();
+    const std::string said = test::capturedDiagnostics();
     KVColorGamut::failTableAllocationForTesting(-1);
 
     EXPECT_FALSE(gamut.hasTables());
-    EXPECT_EQ(err, "Memory allocation failed building lookup tables");
-    EXPECT_EQ(out, GetParam().standardOutput);
+    EXPECT_EQ(said, std::string(GetParam().diagnostics) +
+                        "Memory allocation failed building lookup tables");
     EXPECT_EQ(gamut.chromaForHue(1.0, 50.0), 0.0);
 }
 
@@ -220,11 +219,9 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(KVColorGamutAllocationRecovery, NextBuildSucceedsOnceAllocationWorksAgain)
 {
     KVColorGamut::failTableAllocationForTesting(5);
-    ::testing::internal::CaptureStdout();
-    ::testing::internal::CaptureStderr();
+    test::captureDiagnostics();
     KVColorGamut gamut(sRGBChromaticities(), 0);
-    ::testing::internal::GetCapturedStderr();
-    ::testing::internal::GetCapturedStdout();
+    test::capturedDiagnostics();
     KVColorGamut::failTableAllocationForTesting(-1);
     ASSERT_FALSE(gamut.hasTables());
     gamut.buildChromaLUTsExact();
@@ -443,7 +440,7 @@ TEST(KVColorGamutTables, HueZeroPeaksOnTheEdgeFromRedToMagenta)
 TEST(KVColorGamutConcurrency, GamutsBuiltOnSeveralThreadsAtOnceAgree)
 {
     std::vector<std::unique_ptr<KVColorGamut>> gamuts(2);
-    ::testing::internal::CaptureStderr();
+    test::captureDiagnostics();
     std::vector<std::thread> builders;
     for (std::size_t t = 0; t < gamuts.size(); ++t) {
         builders.emplace_back(
@@ -452,7 +449,7 @@ TEST(KVColorGamutConcurrency, GamutsBuiltOnSeveralThreadsAtOnceAgree)
     for (std::thread& builder : builders) {
         builder.join();
     }
-    ::testing::internal::GetCapturedStderr();
+    test::capturedDiagnostics();
     const KVColorGamut& reference = *sharedGamut("sRGB", 1);
     for (const auto& gamut : gamuts) {
         for (std::size_t i = 0; i < KVColorGamut::kHueCount; i += 13) {

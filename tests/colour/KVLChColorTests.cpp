@@ -3,6 +3,7 @@
 #include "colour/KVColorGamut.h"
 #include "colour/KVLChColor.h"
 #include "colour/WorkingSpaces.h"
+#include "support/DiagnosticsCapture.h"
 
 #include <gtest/gtest.h>
 
@@ -33,9 +34,9 @@ TEST(KVLChColor, HoldsItsFourValuesAndTheGamutItIsGiven)
     color.setHue(3.0);
     color.setAlpha(1.0);
     EXPECT_EQ(color.lchColor(), (ColorComponents{10.0, 5.0, 3.0, 1.0}));
-    ::testing::internal::CaptureStderr();
+    test::captureDiagnostics();
     const KVColorGamutPtr gamut = std::make_shared<const KVColorGamut>();
-    ::testing::internal::GetCapturedStderr();
+    test::capturedDiagnostics();
     color.setGamut(gamut);
     EXPECT_EQ(color.gamut(), gamut);
     color.setGamut(nullptr);

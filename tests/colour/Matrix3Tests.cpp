@@ -2,6 +2,7 @@
 #include "colour/ColorMatrices.h"
 #include "colour/Matrix3.h"
 #include "colour/WorkingSpaces.h"
+#include "support/DiagnosticsCapture.h"
 
 #include <gtest/gtest.h>
 
@@ -108,17 +109,16 @@ TEST(MultiplyMatrix3, MatchesHandComputedProductAndAllowsAliasing)
 TEST(PrintMatrix, WritesTheFixedFormatsToStandardError)
 {
     const Matrix3 m = {1, 0.5, -0.25, 0, 1, 0, 2, 0, 1};
-    testing::internal::CaptureStderr();
+    test::captureDiagnostics();
     printMatrix(m, "M");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Matrix |M|:\n"
-                                                      " 1.000000, 0.500000, -0.250000\n"
-                                                      " 0.000000, 1.000000, 0.000000\n"
-                                                      " 2.000000, 0.000000, 1.000000\n");
+    EXPECT_EQ(test::capturedDiagnostics(), "Matrix |M|:\n"
+                                           " 1.000000, 0.500000, -0.250000\n"
+                                           " 0.000000, 1.000000, 0.000000\n"
+                                           " 2.000000, 0.000000, 1.000000\n");
     const double row[3] = {0.125, -3, 10};
-    testing::internal::CaptureStderr();
+    test::captureDiagnostics();
     printMatrixRow(row, "white");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-              "Matrix |white|: 0.125000, -3.000000, 10.000000\n");
+    EXPECT_EQ(test::capturedDiagnostics(), "Matrix |white|: 0.125000, -3.000000, 10.000000\n");
 }
 
 } // namespace

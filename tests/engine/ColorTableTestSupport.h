@@ -5,7 +5,7 @@
 
 #include "colour/ColorConversions.h"
 #include "engine/ColorTable.h"
-#include "engine/PixelAccess.h"
+#include "image/PixelAccess.h"
 
 #include <cstdint>
 #include <map>

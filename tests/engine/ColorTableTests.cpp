@@ -6,6 +6,7 @@
 #include "engine/ColorTableBuild.h"
 #include "engine/ColorTableOrder.h"
 #include "engine/TableAllocation.h"
+#include "support/DiagnosticsCapture.h"
 
 #include <gtest/gtest.h>
 
@@ -393,9 +394,9 @@ TEST(ColorTable, ReportsEachAllocationThatFails)
     for (long successful = 0; successful < static_cast<long>(std::size(messages)); ++successful) {
         SCOPED_TRACE(successful);
         failTableAllocationAfter(successful);
-        testing::internal::CaptureStderr();
+        test::captureDiagnostics();
         const LChColorTable table = detail::buildColorTable(bitmap, 1.0, 0, 1);
-        const std::string printed = testing::internal::GetCapturedStderr();
+        const std::string printed = test::capturedDiagnostics();
         failTableAllocationAfter(-1);
         EXPECT_TRUE(table.empty());
         EXPECT_EQ(table.colors, nullptr);

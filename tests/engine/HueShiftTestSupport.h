@@ -5,10 +5,11 @@
 
 #include "colour/KVColorGamut.h"
 #include "colour/WorkingSpaces.h"
-#include "controls/HueShiftParameters.h"
 #include "engine/ColorTable.h"
 #include "engine/HueShift.h"
-#include "engine/PixelAccess.h"
+#include "engine/HueShiftParameters.h"
+#include "image/PixelAccess.h"
+#include "support/DiagnosticsCapture.h"
 
 #include <gtest/gtest.h>
 
@@ -116,9 +117,9 @@ inline ShiftRun runShift(const KVBitmapPtr& source, HueShiftParameters p,
         run.table = createLChColorTableWithImageGamma(source, p.imageGamma, p.colorSpaceModel);
         p.colorTable = ColorTableRef::of(run.table);
     }
-    testing::internal::CaptureStdout();
+    test::captureDiagnostics();
     run.result = hueShift(source, destination, std::move(p), processors);
-    testing::internal::GetCapturedStdout();
+    test::capturedDiagnostics();
     return run;
 }
 

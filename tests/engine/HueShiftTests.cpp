@@ -2,6 +2,7 @@
 #include "colour/ColorConversions.h"
 #include "engine/HueShift.h"
 #include "engine/ShiftOutcome.h"
+#include "support/DiagnosticsCapture.h"
 
 #include <gtest/gtest.h>
 
@@ -79,9 +80,9 @@ TEST(HueShift, RefusesSourcesItCannotShift)
     HueShiftParameters wrongTable = p;
     LChColorTable table = createLChColorTableWithImageGamma(picture, p.imageGamma, 4);
     wrongTable.colorTable = ColorTableRef::of(table);
-    testing::internal::CaptureStdout();
+    test::captureDiagnostics();
     EXPECT_EQ(hueShift(picture, nullptr, wrongTable), nullptr);
-    testing::internal::GetCapturedStdout();
+    test::capturedDiagnostics();
     // Without a table there is nothing to shift: a copy of the source comes back.
     const KVBitmapPtr copy = hueShift(picture, nullptr, p);
     ASSERT_NE(copy, nullptr);
@@ -275,9 +276,9 @@ TEST(HueShift, EightAndSixteenBitPathsAgree)
 TEST(HueShift, EveryWorkerTracesItsIndexOnStandardOutput)
 {
     const KVBitmapPtr source = testPicture(16);
-    testing::internal::CaptureStdout();
+    test::captureDiagnostics();
     ASSERT_NE(hueShift(source, nullptr, bandShift(3), 3), nullptr);
-    const std::string trace = testing::internal::GetCapturedStdout();
+    const std::string trace = test::capturedDiagnostics();
     std::istringstream lines(trace);
     std::multiset<std::string> seen;
     for (std::string line; std::getline(lines, line);) {

@@ -6,6 +6,7 @@
 #include "engine/MedianCut.h"
 #include "engine/QuantisedSpectrum.h"
 #include "engine/TableAllocation.h"
+#include "support/DiagnosticsCapture.h"
 
 #include <gtest/gtest.h>
 
@@ -131,9 +132,9 @@ TEST(ColorHistogram, NoColoursIsReported)
     ASSERT_TRUE(packedSampleSourceFromBitmap(bitmap, 1.0, source));
     ColorHashTable table;
     ASSERT_TRUE(collectImageColors(source, table));
-    testing::internal::CaptureStderr();
+    test::captureDiagnostics();
     const ColorHistogram histogram = histogramFromColorHash(table);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "\nzero colors specified for histogram");
+    EXPECT_EQ(test::capturedDiagnostics(), "\nzero colors specified for histogram");
     EXPECT_EQ(histogram.count, 0u);
 }
 
@@ -252,9 +253,9 @@ TEST(ColorSpectrum, RefusesBadParameters)
         std::size_t size;
     } cases[] = {{nullptr, 16}, {bitmap, 0}, {bitmap, 4097}, {cmyk, 16}};
     for (const auto& c : cases) {
-        testing::internal::CaptureStderr();
+        test::captureDiagnostics();
         const ColorSpectrum spectrum = createColorSpectrum(c.bitmap, c.size);
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), "\nbad color spectrum parameter");
+        EXPECT_EQ(test::capturedDiagnostics(), "\nbad color spectrum parameter");
         EXPECT_TRUE(spectrum.empty());
     }
 }
@@ -351,9 +352,9 @@ TEST(QuantisedSpectrum, ReportsEachAllocationThatFails)
     };
     for (long successful = 0; successful < static_cast<long>(std::size(messages)); ++successful) {
         failTableAllocationAfter(successful);
-        testing::internal::CaptureStderr();
+        test::captureDiagnostics();
         const ColorSpectrum spectrum = createColorSpectrum(bitmap, 8);
-        const std::string printed = testing::internal::GetCapturedStderr();
+        const std::string printed = test::capturedDiagnostics();
         failTableAllocationAfter(-1);
         EXPECT_TRUE(spectrum.empty());
         EXPECT_EQ(printed, messages[successful]) << successful;

@@ -3,6 +3,7 @@
 #include "engine/HueShift.h"
 #include "engine/HueShiftWorkers.h"
 #include "engine/SelectionMasks.h"
+#include "support/DiagnosticsCapture.h"
 
 #include <gtest/gtest.h>
 
@@ -115,9 +116,9 @@ TEST(TableColorWriter, WritesTablesWhoseLocationsDoNotAscend)
         const SmallTableWrites limits(block, wave);
         const KVBitmapPtr given = source->copy();
         std::memset(given->bitmapData(), 0, given->sampleBytes());
-        testing::internal::CaptureStdout();
+        test::captureDiagnostics();
         const KVBitmapPtr result = hueShift(source, given, p, 2);
-        testing::internal::GetCapturedStdout();
+        test::capturedDiagnostics();
         EXPECT_TRUE(test::sameSamples(result, reference)) << block;
     }
 }

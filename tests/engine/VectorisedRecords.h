@@ -5,8 +5,8 @@
 // change to a record that selects everything.
 
 #include "HueShiftTestSupport.h"
-#include "controls/HueShiftParameters.h"
-#include "engine/KVBitmap.h"
+#include "engine/HueShiftParameters.h"
+#include "image/KVBitmap.h"
 
 #include <gtest/gtest.h>
 

@@ -4,6 +4,7 @@
 #include "ImageTestSupport.h"
 #include "imageio/DocumentFile.h"
 #include "imageio/ImageTypes.h"
+#include "support/DiagnosticsCapture.h"
 
 #include <gtest/gtest.h>
 #include <tiffio.h>
@@ -184,9 +185,9 @@ TEST(DocumentReading, DataWithoutAnImageLogsAndLeavesTheErrorAlone)
 {
     const std::vector<std::uint8_t> garbage = {'n', 'o', 't', ' ', 'a', 'n', ' ', 'i', 'm', 'a'};
     KVError error;
-    testing::internal::CaptureStderr();
+    test::captureDiagnostics();
     const std::optional<DocumentImageReps> reps = readFromData(garbage, kTypePNG, &error);
-    const std::string log = testing::internal::GetCapturedStderr();
+    const std::string log = test::capturedDiagnostics();
     EXPECT_FALSE(reps.has_value());
     EXPECT_EQ(error, KVError{});
     EXPECT_EQ(log, "Couldn't get bitmap image from image data\n");

@@ -1,4 +1,4 @@
-#include "engine/SampleBuffer.h"
+#include "image/SampleBuffer.h"
 
 #include <cstdlib>
 #include <cstring>

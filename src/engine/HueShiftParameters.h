@@ -3,7 +3,7 @@
 #include "colour/KVColorGamut.h"
 #include "controls/KVTenSegmentValues.h"
 #include "engine/ColorTable.h"
-#include "engine/KVBitmap.h"
+#include "image/KVBitmap.h"
 
 #include <cstdint>
 

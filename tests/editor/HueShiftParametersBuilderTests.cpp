@@ -1,4 +1,4 @@
-#include "controls/HueShiftParametersBuilder.h"
+#include "editor/HueShiftParametersBuilder.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "controls/SelectionStatistics.h"
+#include "editor/SelectionStatistics.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,4 +1,5 @@
-#include "engine/PixelAccess.h"
+#include "image/PixelAccess.h"
+#include "support/DiagnosticsCapture.h"
 
 #include <gtest/gtest.h>
 
@@ -375,12 +376,12 @@ TEST(PixelUnsupportedDepth, ReadersLeaveTheirResultWritersWriteNothingAndSaySo)
     readLinearFloats(0, 0, offsets, linear);
     EXPECT_EQ(linear, (ColorComponents{0.25, 1.0, 4.0, 0.5}));
 
-    testing::internal::CaptureStderr();
+    test::captureDiagnostics();
     writeGammaFloats(0, 0, offsets, {0.0, 0.0, 0.0, 0.0});
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Unsupported pixel format");
-    testing::internal::CaptureStderr();
+    EXPECT_EQ(test::capturedDiagnostics(), "Unsupported pixel format");
+    test::captureDiagnostics();
     writeLinearFloats(0, 0, offsets, {0.0, 0.0, 0.0, 0.0});
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Unsupported pixel format");
+    EXPECT_EQ(test::capturedDiagnostics(), "Unsupported pixel format");
     for (int i = 0; i < 4; ++i) {
         EXPECT_EQ(bitmap->bitmapData()[i], 200) << "sample " << i;
     }
@@ -428,10 +429,10 @@ TEST(PixelCopy, SixteenBitsAreNotCopied)
     const auto source = KVBitmap::create(deep);
     const auto destination = KVBitmap::create(deep);
     std::fill_n(source->bitmapData(), 8, std::uint8_t{0xEE});
-    testing::internal::CaptureStderr();
+    test::captureDiagnostics();
     copyPixel(0, 0, pixelManipulationOffsetsWithImageGamma(source, 1.0),
               pixelManipulationOffsetsWithImageGamma(destination, 1.0));
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "Unsupported pixel format");
+    EXPECT_EQ(test::capturedDiagnostics(), "Unsupported pixel format");
     for (int i = 0; i < 8; ++i) {
         EXPECT_EQ(destination->bitmapData()[i], 0) << "byte " << i;
     }

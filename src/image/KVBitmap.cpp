@@ -1,8 +1,8 @@
-#include "engine/KVBitmap.h"
+#include "image/KVBitmap.h"
 
-#include <cstdarg>
+#include "common/Diagnostics.h"
+
 #include <cstdio>
-#include <cstdlib>
 #include <new>
 #include <optional>
 #include <stdexcept>
@@ -87,20 +87,6 @@ std::optional<std::size_t> resolveLayout(KVBitmapLayout& layout)
         return std::nullopt;
     }
     return static_cast<std::size_t>(*totalBytes);
-}
-
-// Like a failed assertion: where, then the message, then abort.
-[[noreturn, gnu::format(printf, 3, 4)]] void failAssertion(const char* function, int line,
-                                                           const char* format, ...)
-{
-    std::fprintf(stderr, "*** Assertion failure in %s, %s:%d\n", function, __FILE_NAME__, line);
-    std::va_list arguments;
-    va_start(arguments, format);
-    std::vfprintf(stderr, format, arguments);
-    va_end(arguments);
-    std::fputc('\n', stderr);
-    std::fflush(stderr);
-    std::abort();
 }
 
 KVBitmapLayout eightBitLayout(std::int64_t pixelsWide, std::int64_t pixelsHigh,
@@ -222,15 +208,15 @@ void KVBitmap::pixelsPerInch(double& horizontal, double& vertical) const
     vertical = static_cast<double>(layout_.pixelsHigh) / height_ * kPointsPerInch;
 }
 
-void KVBitmap::setPixelsPerInch(double dotsPerInch)
+bool KVBitmap::setPixelsPerInch(double dotsPerInch)
 {
     if (!(dotsPerInch > 0.0)) {
-        failAssertion("KVBitmap::setPixelsPerInch", __LINE__,
-                      "Dots-per-inch should be greater than zero, but was actually %f",
-                      dotsPerInch);
+        diagnostic("Dots-per-inch should be greater than zero, but was actually %f\n", dotsPerInch);
+        return false;
     }
     setSize(static_cast<double>(layout_.pixelsWide) * kPointsPerInch / dotsPerInch,
             static_cast<double>(layout_.pixelsHigh) * kPointsPerInch / dotsPerInch);
+    return true;
 }
 
 void KVBitmap::pixelsPerPicaPoint(double& horizontal, double& vertical) const
@@ -239,15 +225,16 @@ void KVBitmap::pixelsPerPicaPoint(double& horizontal, double& vertical) const
     vertical = static_cast<double>(layout_.pixelsHigh) / height_;
 }
 
-void KVBitmap::setPixelsPerPicaPoint(double pixelsPerPoint)
+bool KVBitmap::setPixelsPerPicaPoint(double pixelsPerPoint)
 {
     if (!(pixelsPerPoint > 0.0)) {
-        failAssertion("KVBitmap::setPixelsPerPicaPoint", __LINE__,
-                      "Dots-per-point should be greater than zero, but was actually %f",
-                      pixelsPerPoint);
+        diagnostic("Dots-per-point should be greater than zero, but was actually %f\n",
+                   pixelsPerPoint);
+        return false;
     }
     setSize(static_cast<double>(layout_.pixelsWide) / pixelsPerPoint,
             static_cast<double>(layout_.pixelsHigh) / pixelsPerPoint);
+    return true;
 }
 
 } // namespace tintorra

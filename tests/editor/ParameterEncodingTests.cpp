@@ -1,5 +1,6 @@
-#include "controls/HueShiftParametersBuilder.h"
 #include "controls/ParameterEncoding.h"
+#include "editor/HueShiftParametersBuilder.h"
+#include "editor/ShiftRecordEncoding.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,6 @@
-#include "engine/PixelAccess.h"
+#include "image/PixelAccess.h"
+
+#include "common/Diagnostics.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -10,7 +12,7 @@ namespace pixel_detail {
 
 void reportUnsupportedPixelFormat()
 {
-    std::fputs("Unsupported pixel format", stderr);
+    diagnostic("Unsupported pixel format");
 }
 
 } // namespace pixel_detail

@@ -1,6 +1,6 @@
 #include "colour/KVColorGamut.h"
 #include "colour/WorkingSpaces.h"
-#include "controls/SelectionStatistics.h"
+#include "editor/SelectionStatistics.h"
 #include "engine/TableAllocation.h"
 
 #include <gtest/gtest.h>

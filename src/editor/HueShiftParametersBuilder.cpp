@@ -1,7 +1,7 @@
-#include "controls/HueShiftParametersBuilder.h"
+#include "editor/HueShiftParametersBuilder.h"
 
 #include "colour/HueAngles.h"
-#include "controls/SelectionStatistics.h"
+#include "editor/SelectionStatistics.h"
 
 namespace tintorra {
 

@@ -2,7 +2,7 @@
 
 #include "colour/ColorComponents.h"
 #include "colour/KVColorSpace.h"
-#include "engine/KVBitmap.h"
+#include "image/KVBitmap.h"
 
 #include <cmath>
 #include <cstdint>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "controls/HueShiftParameters.h"
 #include "controls/KVHueShiftParameterSet.h"
 #include "engine/ColorTable.h"
+#include "engine/HueShiftParameters.h"
 #include "engine/HueSpectrum.h"
 
 namespace tintorra {

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "colour/KVColorSpace.h"
-#include "engine/SampleBuffer.h"
+#include "image/SampleBuffer.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -94,11 +94,11 @@ public:
     double height() const { return height_; }
     void setSize(double width, double height);
 
-    // Resolution. The setters abort with an assertion message for a value not above zero.
+    // Resolution. The setters refuse a value not above zero: the size stays and they say so.
     void pixelsPerInch(double& horizontal, double& vertical) const;
-    void setPixelsPerInch(double dotsPerInch);
+    bool setPixelsPerInch(double dotsPerInch);
     void pixelsPerPicaPoint(double& horizontal, double& vertical) const;
-    void setPixelsPerPicaPoint(double pixelsPerPoint);
+    bool setPixelsPerPicaPoint(double pixelsPerPoint);
 
     std::recursive_mutex& lock() const { return lock_; }
 

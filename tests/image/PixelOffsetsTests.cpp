@@ -1,4 +1,4 @@
-#include "engine/PixelAccess.h"
+#include "image/PixelAccess.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 #pragma once
 
 #include "colour/KVColorGamut.h"
-#include "controls/HueShiftParameters.h"
 #include "controls/KVSliderValues.h"
+#include "engine/HueShiftParameters.h"
 #include "engine/HueSpectrum.h"
 
 #include <cstddef>
