@@ -50,7 +50,7 @@ QVariant KVFloatToPercentValueTransformer::transformedValue(const QVariant& valu
     if (!value.isValid())
         return {};
     // The product stays in single precision, as the value is, before the half is added:
-    // 0.145 gives 15%, which a double product would round down.
+    // 0.285 gives 29%, which a double product would round down.
     const float hundredfold = checked(floatValueOf(value), kNoFloatValue, value) * 100.0f;
     const double percent = std::floor(static_cast<double>(hundredfold) + 0.5);
     return QString::asprintf("%.0f%%", percent);
