@@ -14,6 +14,10 @@ namespace {
 
 constexpr double kLockedDotRadius = 1.75;
 const QColor kLockedDotColor(64, 64, 64);
+// Thumbs stay light in every theme, like knobs, so that the dark dot of a locked one shows.
+const QColor kThumbFill(245, 245, 245);
+const QColor kPressedThumbFill(180, 180, 180);
+const QColor kThumbOutline(96, 96, 96);
 constexpr double kSlotCornerRadius = 3.0;
 
 } // namespace
@@ -232,8 +236,8 @@ void KVTenSegmentSlider::paintEvent(QPaintEvent*)
     const auto drawThumb = [&](std::size_t index) {
         const KVSliderThumb& thumb = model_.thumb(index);
         const bool isPressed = pressed == index;
-        painter.setPen(QPen(colors.color(QPalette::Shadow), 1.0));
-        painter.setBrush(colors.color(isPressed ? QPalette::Mid : QPalette::Button));
+        painter.setPen(QPen(kThumbOutline, 1.0));
+        painter.setBrush(isPressed ? kPressedThumbFill : kThumbFill);
         painter.drawPath(layout.thumbPath(thumb.doubleValue));
         if (thumb.locked) {
             painter.setPen(Qt::NoPen);
