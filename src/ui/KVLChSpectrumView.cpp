@@ -182,6 +182,13 @@ void KVLChSpectrumView::respondToPress(const QMouseEvent& event)
     }
 }
 
+void KVLChSpectrumView::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    // The second press of a double click has already arrived as a press of its own; answering
+    // the double click too would step the graph or toggle the scale a third time.
+    event->accept();
+}
+
 void KVLChSpectrumView::mouseMoveEvent(QMouseEvent* event)
 {
     // Dragging picks again, so a sweep across the hues sends a stream of colours; the graph
@@ -208,10 +215,11 @@ void KVLChSpectrumView::mouseReleaseEvent(QMouseEvent* event)
 void KVLChSpectrumView::pickColorAt(double x, bool shiftHeld)
 {
     // Without a spectrum there is nothing under the pointer to pick.
-    if (!spectrum_ || spectrum_->count < kAchromaticBand) {
+    const std::size_t index = spectrumBandAtX(x, width());
+    if (!spectrum_ || index >= spectrum_->count) {
         return;
     }
-    const LChSpectrumBand& band = spectrum_->bands[spectrumBandAtX(x, width())];
+    const LChSpectrumBand& band = spectrum_->bands[index];
     const KVLChColor color(band.lightnessMean, band.chromaMean, band.hueMean, 1.0);
     const QVariantMap userInfo{
         {kSpectrumColorKey, QVariant::fromValue(color)},

@@ -176,6 +176,19 @@ private slots:
         QCOMPARE(ended, 1);
     }
 
+    // A double click is two presses, however the window system reports the second one.
+    void controlDoubleClickStepsTwice()
+    {
+        KVLChSpectrumView view;
+        view.resize(361, 100);
+        const QPoint point(30, 50);
+        QTest::mouseClick(&view, Qt::LeftButton, Qt::ControlModifier, point);
+        QTest::mousePress(&view, Qt::LeftButton, Qt::ControlModifier, point);
+        QTest::mouseDClick(&view, Qt::LeftButton, Qt::ControlModifier, point);
+        QTest::mouseRelease(&view, Qt::LeftButton, Qt::ControlModifier, point);
+        QCOMPARE(view.graphType(), KVSpectrumGraphType::chroma);
+    }
+
     void barsShowCountsInTheBandColours_data()
     {
         QTest::addColumn<long>("model");
