@@ -4,7 +4,6 @@
 #include "ui/KVLChSpectrumView.h"
 #include "ui/KVNotificationCenter.h"
 
-#include <QSignalSpy>
 #include <QTest>
 #include <cmath>
 #include <numbers>
