@@ -17,7 +17,7 @@ packages=(
   # command line and JSON
   libcli11-dev nlohmann-json3-dev
   # desktop application
-  qt6-base-dev qt6-pdf-dev qt6-svg-dev qt6-tools-dev qt6-tools-dev-tools libgl-dev
+  qt6-base-dev qt6-pdf-dev qt6-svg-dev qt6-tools-dev qt6-tools-dev-tools libgl-dev libxcb1-dev
   # tests and benchmarks
   libgtest-dev libgmock-dev libbenchmark-dev
   # real ICC profiles the colour tests read
