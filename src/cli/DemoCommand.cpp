@@ -62,7 +62,8 @@ CommandRunner addDemoCommand(CLI::App& tool, const GlobalOptions& global)
         report(sourcePath, "the sample image (the application icon, 1024 x 1024)");
 
         const LoadedImage image = loadImageData(kSampleImagePng, "the sample image");
-        ShiftJob job(image.source, demoParameters());
+        Engine engine;
+        ShiftJob job(engine, image.source, demoParameters());
         job.buildColorTable();
         job.buildGamut();
 
@@ -81,7 +82,7 @@ CommandRunner addDemoCommand(CLI::App& tool, const GlobalOptions& global)
         KVBitmapPtr shifted;
         for (const View& view : views) {
             const HueShiftParameters record = job.engineRecord(view.mask);
-            const KVBitmapPtr result = job.shift(record, nullptr, 0);
+            const KVBitmapPtr result = job.shift(record, nullptr);
             if (view.mask == 0) {
                 shifted = result;
             }

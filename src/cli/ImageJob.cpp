@@ -92,32 +92,31 @@ KVBitmapPtr loadMaskFile(const std::string& path, std::int64_t width, std::int64
     return mask;
 }
 
-ShiftJob::ShiftJob(KVBitmapPtr source, const KVHueShiftParameterSet& parameters)
-    : source_(std::move(source)), parameters_(parameters)
+ShiftJob::ShiftJob(Engine& engine, KVBitmapPtr source, const KVHueShiftParameterSet& parameters)
+    : engine_(engine), source_(std::move(source)), parameters_(parameters)
 {}
 
 void ShiftJob::buildColorTable()
 {
     const double imageGamma = 1.0 / parameters_.displayGamma();
-    table_ = createLChColorTableWithImageGamma(source_, imageGamma,
-                                               static_cast<long>(parameters_.colorSpaceModel()));
-    if (table_.empty()) {
-        failProcessing(source_->pixelsWide() > 0
-                           ? "the image's colour table could not be built (unsupported layout or "
-                             "not enough memory); convert it to 8- or 16-bit RGB"
-                           : "the image has no pixels");
+    auto table = engine_.buildColorTable(source_, imageGamma,
+                                         static_cast<long>(parameters_.colorSpaceModel()));
+    if (!table) {
+        failProcessing(table.error().message);
     }
-    spectrum_ = createLChSpectrumFromLChColorTable(table_);
+    table_ = table.take();
+    spectrum_ = createLChSpectrumFromLChColorTable(*table_);
 }
 
 void ShiftJob::buildGamut()
 {
     if (isLchColorMode(parameters_.colorSpaceModel())) {
-        gamut_ = std::make_shared<const KVColorGamut>(
-            &source_->colorSpace(), static_cast<long>(parameters_.colorSpaceModel()));
-        if (!gamut_->hasTables()) {
-            failProcessing("not enough memory for the gamut tables");
+        auto gamut = engine_.buildGamut(source_->colorSpace(),
+                                        static_cast<long>(parameters_.colorSpaceModel()));
+        if (!gamut) {
+            failProcessing(gamut.error().message);
         }
+        gamut_ = gamut.take();
     }
 }
 
@@ -133,25 +132,20 @@ HueShiftParameters ShiftJob::engineRecord(std::int64_t maskToShow) const
     set.setMaskToShow(maskToShow);
     HueShiftContext context;
     context.gamut = gamut_;
-    context.colorTable = &table_;
+    context.colorTable = table_.get();
     context.spectrum = &spectrum_;
     context.exclusionMask = exclusionMask_;
     context.inclusionMask = inclusionMask_;
     return hueShiftParameters(set, context);
 }
 
-KVBitmapPtr ShiftJob::shift(const HueShiftParameters& record, const KVBitmapPtr& destination,
-                            unsigned threads) const
+KVBitmapPtr ShiftJob::shift(const HueShiftParameters& record, const KVBitmapPtr& destination) const
 {
-    KVBitmapPtr result;
-    {
-        result = hueShift(source_, destination, record, threads);
-    }
+    auto result = engine_.shift({source_, destination, record, table_});
     if (!result) {
-        failProcessing("the engine could not shift this image (unsupported pixel layout or not "
-                       "enough memory); convert it to 8- or 16-bit RGB");
+        failProcessing(result.error().message);
     }
-    return result;
+    return result.take();
 }
 
 ShiftJob::SelectionCount ShiftJob::countSelection(const HueShiftParameters& record) const
@@ -160,8 +154,8 @@ ShiftJob::SelectionCount ShiftJob::countSelection(const HueShiftParameters& reco
     normalizeHueShiftParameters(p);
     SelectionCount count;
     const bool lch = isLchColorMode(p.colorSpaceModel);
-    for (std::uint64_t i = 0; i < table_.count; ++i) {
-        const color_table_lch_entry_info& e = table_.colors[i];
+    for (std::uint64_t i = 0; i < table_->count; ++i) {
+        const color_table_lch_entry_info& e = table_->colors[i];
         double weight = 0.0;
         if (lch) {
             ColorComponents colour{e.lightness, e.chroma, e.hue, e.alpha};

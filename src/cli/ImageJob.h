@@ -3,6 +3,7 @@
 #include "colour/KVColorGamut.h"
 #include "controls/KVHueShiftParameterSet.h"
 #include "engine/ColorTable.h"
+#include "engine/Engine.h"
 #include "engine/HueShiftParameters.h"
 #include "engine/HueSpectrum.h"
 #include "image/KVBitmap.h"
@@ -41,7 +42,7 @@ KVBitmapPtr loadMaskFile(const std::string& path, std::int64_t width, std::int64
 // What the engine needs of an image beyond the parameters; built once per image and mode.
 class ShiftJob {
 public:
-    ShiftJob(KVBitmapPtr source, const KVHueShiftParameterSet& parameters);
+    ShiftJob(Engine& engine, KVBitmapPtr source, const KVHueShiftParameterSet& parameters);
 
     // The colour table and hue spectrum (always: the selection statistics read the spectrum;
     // images of 16 bits are described by their high bytes). Throws when there is no memory.
@@ -56,12 +57,11 @@ public:
 
     // Runs the engine into `destination` (a fresh copy when null) and returns the result; throws
     // when the engine refuses the image.
-    KVBitmapPtr shift(const HueShiftParameters& record, const KVBitmapPtr& destination,
-                      unsigned threads) const;
+    KVBitmapPtr shift(const HueShiftParameters& record, const KVBitmapPtr& destination) const;
 
     // Distinct colours of the table, those the selection weighs above 0 and their pixels (the
     // painted masks aside).
-    std::uint64_t distinctColors() const { return table_.count; }
+    std::uint64_t distinctColors() const { return table_->count; }
     struct SelectionCount {
         std::uint64_t colors = 0;
         std::uint64_t pixels = 0;
@@ -72,13 +72,14 @@ public:
     const KVHueShiftParameterSet& parameters() const { return parameters_; }
     const KVColorGamutPtr& gamut() const { return gamut_; }
     const LChSpectrum& spectrum() const { return spectrum_; }
-    const LChColorTable& table() const { return table_; }
+    const LChColorTable& table() const { return *table_; }
 
 private:
+    Engine& engine_;
     KVBitmapPtr source_;
     KVHueShiftParameterSet parameters_;
     KVColorGamutPtr gamut_;
-    LChColorTable table_;
+    ColorTablePtr table_;
     LChSpectrum spectrum_;
     KVBitmapPtr exclusionMask_;
     KVBitmapPtr inclusionMask_;

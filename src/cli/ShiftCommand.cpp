@@ -73,8 +73,8 @@ std::filesystem::path outputPathFor(const ShiftOptions& o, const std::string& in
            (shiftedFileNameForPath(input) + "." + format.extension);
 }
 
-Json shiftOne(const ShiftOptions& o, const KVHueShiftParameterSet& set, const std::string& input,
-              ProgressBar& progress, std::size_t index)
+Json shiftOne(Engine& engine, const ShiftOptions& o, const KVHueShiftParameterSet& set,
+              const std::string& input, ProgressBar& progress, std::size_t index)
 {
     const std::string name = std::filesystem::path(input).filename().string();
     const std::size_t first = index * kStepsPerImage;
@@ -97,7 +97,7 @@ Json shiftOne(const ShiftOptions& o, const KVHueShiftParameterSet& set, const st
     const double loadMs = clock.lap();
 
     progress.update(first + 1, "colour table " + name);
-    ShiftJob job(image.source, set);
+    ShiftJob job(engine, image.source, set);
     job.setMasks(exclusion, inclusion);
     job.buildColorTable();
     const double tableMs = clock.lap();
@@ -111,7 +111,7 @@ Json shiftOne(const ShiftOptions& o, const KVHueShiftParameterSet& set, const st
     // Only a document or a re-shift needs the source once shifted; otherwise the source is
     // shifted in place, which spares a copy of the whole image and its fresh memory.
     const bool keepSource = isDocumentFormat(format) || o.repeat > 0;
-    KVBitmapPtr result = job.shift(record, keepSource ? nullptr : image.source, o.threads);
+    KVBitmapPtr result = job.shift(record, keepSource ? nullptr : image.source);
     const double shiftMs = clock.lap();
 
     std::vector<double> reshifts;
@@ -119,7 +119,7 @@ Json shiftOne(const ShiftOptions& o, const KVHueShiftParameterSet& set, const st
         // As the editor does on every slider change: table, gamut and destination kept.
         const HueShiftParameters again = job.engineRecord(kViews.at(o.view));
         clock.lap();
-        result = job.shift(again, result, o.threads);
+        result = job.shift(again, result);
         reshifts.push_back(clock.lap());
     }
 
@@ -227,9 +227,10 @@ CommandRunner addShiftCommand(CLI::App& tool, const GlobalOptions& global)
         }
         ProgressBar progress(o.inputs.size() * kStepsPerImage, global.quiet || o.json);
         int status = kExitSuccess;
+        Engine engine({o.threads});
         for (std::size_t i = 0; i < o.inputs.size(); ++i) {
             try {
-                const Json figures = shiftOne(o, set, o.inputs[i], progress, i);
+                const Json figures = shiftOne(engine, o, set, o.inputs[i], progress, i);
                 progress.clear();
                 if (o.json) {
                     printJson(figures);

@@ -105,7 +105,8 @@ CommandRunner addSpectrumCommand(CLI::App& tool, const GlobalOptions&)
         KVHueShiftParameterSet set;
         set.setColorSpaceModel(*mode);
         set.setDisplayGamma(o.gamma);
-        ShiftJob job(image.source, set);
+        Engine engine;
+        ShiftJob job(engine, image.source, set);
         job.buildColorTable();
         if (o.plot) {
             job.buildGamut();

@@ -5,6 +5,7 @@
 #include "colour/GamutHull.h"
 #include "colour/KVColorSpace.h"
 #include "common/Diagnostics.h"
+#include "common/ParallelLoops.h"
 
 #include <algorithm>
 #include <atomic>
@@ -35,34 +36,15 @@ template <class RowJob>
 void forEachRowInParallel(std::size_t rowCount, RowJob job)
 {
     constexpr std::size_t kRowsPerChunk = 8;
-    std::atomic<std::size_t> nextRow{0};
-    const auto work = [&] {
-        for (;;) {
-            const std::size_t first = nextRow.fetch_add(kRowsPerChunk, std::memory_order_relaxed);
-            if (first >= rowCount) {
-                return;
-            }
-            const std::size_t last = std::min(first + kRowsPerChunk, rowCount);
-            for (std::size_t row = first; row < last; ++row) {
-                job(row);
-            }
-        }
-    };
-
     // Beyond a handful of threads, starting them costs more than the rows they would take.
-    constexpr std::size_t kMostThreads = 8;
-    const std::size_t cores = std::max(1u, std::thread::hardware_concurrency());
-    const std::size_t helperCount =
-        std::min({cores, kMostThreads, rowCount / kRowsPerChunk + 1}) - 1;
-    std::vector<std::thread> helpers;
-    helpers.reserve(helperCount);
-    for (std::size_t i = 0; i < helperCount; ++i) {
-        helpers.emplace_back(work);
-    }
-    work();
-    for (std::thread& helper : helpers) {
-        helper.join();
-    }
+    constexpr unsigned kMostThreads = 8;
+    const std::size_t chunks = (rowCount + kRowsPerChunk - 1) / kRowsPerChunk;
+    runChunks(tableThreadCount(chunks, kMostThreads, 1), chunks, [&](std::size_t chunk, unsigned) {
+        const std::size_t last = std::min((chunk + 1) * kRowsPerChunk, rowCount);
+        for (std::size_t row = chunk * kRowsPerChunk; row < last; ++row) {
+            job(row);
+        }
+    });
 }
 
 double hueOfRow(std::size_t row)

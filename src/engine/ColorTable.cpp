@@ -8,7 +8,7 @@
 #include "engine/PackedSamples.h"
 #include "engine/PixelColorGrouping.h"
 #include "engine/TableAllocation.h"
-#include "engine/TableThreads.h"
+#include "common/ParallelLoops.h"
 
 #include <algorithm>
 #include <array>

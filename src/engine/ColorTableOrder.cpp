@@ -1,6 +1,6 @@
 #include "engine/ColorTableOrder.h"
 
-#include "engine/TableThreads.h"
+#include "common/ParallelLoops.h"
 
 #include <algorithm>
 #include <array>

@@ -13,6 +13,9 @@ namespace tintorra {
 
 namespace {
 
+// How many entries the four-lane stages shift between two looks at the stop request.
+constexpr std::uint64_t kEntriesBetweenChecks = 4096;
+
 // An entry's stored colour in the form the weights are computed on.
 ShiftOutcome entryOutcome(const color_table_lch_entry_info& entry, bool lch, std::int64_t mode,
                           const OutcomeContext& context)
@@ -66,10 +69,17 @@ void colorTableWorker(const HueShiftTask& task, std::vector<TableColor>& toWrite
         return;
     }
 
-    if (VectorisedTable::serves(p)) {
+    if (VectorisedTable::serves(run, p)) {
         VectorisedTable vectorised(run, p, context);
         for (const auto& [begin, stop] : candidates) {
-            vectorised.shiftEntries(table, begin, stop, toWrite);
+            for (std::uint64_t from = begin; from < stop; from += kEntriesBetweenChecks) {
+                if (run.stopRequested()) {
+                    return;
+                }
+                const std::uint64_t to = std::min(stop, from + kEntriesBetweenChecks);
+                vectorised.shiftEntries(table, from, to, toWrite);
+                run.advance(to - from, task.index);
+            }
         }
         return;
     }
@@ -81,6 +91,9 @@ void colorTableWorker(const HueShiftTask& task, std::vector<TableColor>& toWrite
     batch.reserve(kStretch);
     for (const auto& [begin, stop] : candidates) {
         for (std::uint64_t from = begin; from < stop; from += kStretch) {
+            if (run.stopRequested()) {
+                return;
+            }
             const auto count =
                 static_cast<std::size_t>(std::min<std::uint64_t>(kStretch, stop - from));
             std::size_t selected = 0;
@@ -117,14 +130,9 @@ void colorTableWorker(const HueShiftTask& task, std::vector<TableColor>& toWrite
                 toWrite.push_back({entry.firstLocation, entry.locationCount,
                                    encodedColor(batch.rgb[k], *run.destination, encode)});
             }
+            run.advance(count, task.index);
         }
     }
-}
-
-TableWorkerPaths& tableWorkerPaths()
-{
-    static TableWorkerPaths paths;
-    return paths;
 }
 
 void printWorkerTrace(unsigned long index)

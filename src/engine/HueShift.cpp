@@ -1,11 +1,11 @@
 #include "engine/HueShift.h"
 
 #include "colour/ColorMatrices.h"
+#include "common/ParallelLoops.h"
 #include "engine/HueShiftWorkers.h"
 #include "engine/PaintCoverage.h"
 #include "engine/SelectionWeights.h"
 #include "engine/ShiftOutcome.h"
-#include "engine/TableThreads.h"
 #include "image/PixelAccess.h"
 
 #include <algorithm>
@@ -49,7 +49,7 @@ bool usableColorTable(const ColorTableRef& table, std::int64_t colorSpaceModel)
 }
 
 KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftParameters p,
-                  unsigned processorCount)
+                  unsigned processorCount, EngineKernels kernels, RunControl* control)
 {
     const std::lock_guard<std::recursive_mutex> lock(source->lock());
 
@@ -98,6 +98,8 @@ KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftP
     run.source = &sourceOffsets;
     run.destination = destinationRecord;
     run.coverage = &coverage;
+    run.vectorised = kernels == EngineKernels::best;
+    run.control = control;
     runMatrices(p, *source, run.M, run.MI);
     run.selectableHues = selectableHueArc(p);
     run.luvHueFilter = LuvHueFilter(run.selectableHues, run.M);
@@ -110,10 +112,16 @@ KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftP
 
     const std::uint64_t items =
         byColorTable ? p.colorTable.count : static_cast<std::uint64_t>(sourceOffsets.pixelsHigh);
-    const unsigned processors =
-        processorCount != 0 ? processorCount : std::max(1u, std::thread::hardware_concurrency());
+    const WorkerPool* pool = currentWorkerPool();
+    const unsigned processors = processorCount != 0 ? processorCount
+                                : pool != nullptr
+                                    ? pool->size()
+                                    : std::max(1u, std::thread::hardware_concurrency());
     const auto threads = static_cast<unsigned>(std::min<std::uint64_t>(processors, items));
     const std::uint64_t chunk = threads != 0 ? items / threads : 0;
+    if (control != nullptr) {
+        control->setTotal(items);
+    }
     std::vector<HueShiftTask> tasks(threads);
     for (unsigned i = 0; i < threads; ++i) {
         tasks[i].run = &run;
@@ -147,17 +155,29 @@ KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftP
 
 } // namespace
 
+namespace detail {
+
 KVBitmapPtr hueShift(const KVBitmapPtr& source, const KVBitmapPtr& destination,
-                     HueShiftParameters parameters, unsigned processorCount)
+                     HueShiftParameters parameters, unsigned processorCount, EngineKernels kernels,
+                     RunControl* control)
 {
     if (source == nullptr) {
         return nullptr;
     }
     try {
-        return shift(source, destination, std::move(parameters), processorCount);
+        return shift(source, destination, std::move(parameters), processorCount, kernels, control);
     } catch (...) {
         return nullptr;
     }
+}
+
+} // namespace detail
+
+KVBitmapPtr hueShift(const KVBitmapPtr& source, const KVBitmapPtr& destination,
+                     HueShiftParameters parameters, unsigned processorCount)
+{
+    return detail::hueShift(source, destination, std::move(parameters), processorCount,
+                            EngineKernels::best, nullptr);
 }
 
 KVBitmapPtr hueShift(const KVBitmapPtr& source, const KVBitmapPtr& destination,

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/HueShiftParameters.h"
+#include "engine/RunControl.h"
 #include "image/KVBitmap.h"
 
 namespace tintorra {
@@ -29,5 +30,18 @@ KVBitmapPtr hueShift(const KVBitmapPtr& source, const KVBitmapPtr& destination,
 // that results can be compared across thread counts.
 KVBitmapPtr hueShift(const KVBitmapPtr& source, const KVBitmapPtr& destination,
                      HueShiftParameters parameters, unsigned processorCount);
+
+// Which of the engine's ways a run may take: the processor's four-lane stages where they serve,
+// or the plain scalar steps everywhere (the two give the same pictures, bit for bit).
+enum class EngineKernels { best, plain };
+
+namespace detail {
+// The engine object's entry: the same with a choice of kernels and a control that the workers
+// consult between pieces of work. A run stopped midway returns its half-written destination;
+// the engine object never hands that out.
+KVBitmapPtr hueShift(const KVBitmapPtr& source, const KVBitmapPtr& destination,
+                     HueShiftParameters parameters, unsigned processorCount, EngineKernels kernels,
+                     RunControl* control);
+} // namespace detail
 
 } // namespace tintorra

@@ -1,11 +1,12 @@
 #pragma once
 
 #include "colour/Matrix3.h"
+#include "common/ParallelLoops.h"
 #include "engine/HueCandidates.h"
 #include "engine/HueShiftParameters.h"
 #include "engine/PaintCoverage.h"
+#include "engine/RunControl.h"
 #include "engine/SampleTables.h"
-#include "engine/TableThreads.h"
 #include "image/PixelAccess.h"
 
 #include <atomic>
@@ -35,6 +36,18 @@ struct HueShiftRun {
     std::shared_ptr<const SampleEncodeTable> byteEncode;
     std::shared_ptr<const WordDecodeTable> wordDecode;
     std::shared_ptr<const SampleEncodeTable> wordEncode;
+    // Whether the four-lane stages may run: the processor has them and the engine chose them.
+    bool vectorised = true;
+    // Asked between pieces of work; absent for runs that can be neither stopped nor followed.
+    const RunControl* control = nullptr;
+
+    bool stopRequested() const { return control != nullptr && control->stopRequested(); }
+    void advance(std::uint64_t items, unsigned long workerIndex) const
+    {
+        if (control != nullptr) {
+            control->advance(items, workerIndex);
+        }
+    }
 };
 
 // One worker's share: its own copy of the normalised record, so no thread sees another's
@@ -78,24 +91,8 @@ struct TableWriteLimits {
 // The limits in force; tests make them small to exercise blocks and waves on small images.
 TableWriteLimits& tableWriteLimits();
 
-// Which of the colour-table worker's ways are open; tests close the vectorised one, as for the
-// row worker.
-struct TableWorkerPaths {
-    bool vectorised = true;
-};
-
-TableWorkerPaths& tableWorkerPaths();
-
 // Other depths: every pixel of the task's rows, left to right.
 void rowWorker(const HueShiftTask& task);
-
-// Which of the row worker's ways are open. Tests close the vectorised one to compare its
-// pictures with the scalar steps'.
-struct RowWorkerPaths {
-    bool vectorised = true;
-};
-
-RowWorkerPaths& rowWorkerPaths();
 
 // The trace both workers begin with, on standard output.
 void printWorkerTrace(unsigned long index);

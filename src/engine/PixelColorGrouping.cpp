@@ -1,7 +1,7 @@
 #include "engine/PixelColorGrouping.h"
 
 #include "engine/TableAllocation.h"
-#include "engine/TableThreads.h"
+#include "common/ParallelLoops.h"
 
 #include <algorithm>
 #include <atomic>

@@ -191,12 +191,6 @@ void shiftCandidates(const HueShiftRun& run, const HueShiftParameters& p,
 
 } // namespace
 
-RowWorkerPaths& rowWorkerPaths()
-{
-    static RowWorkerPaths paths;
-    return paths;
-}
-
 void rowWorker(const HueShiftTask& task)
 {
     printWorkerTrace(task.index);
@@ -209,7 +203,7 @@ void rowWorker(const HueShiftTask& task)
     const LinearWriter write(destination, run.wordEncode.get());
     const auto rowBytes = static_cast<std::size_t>(source.bytesPerRow);
     std::unique_ptr<VectorisedRows> vectorised;
-    if (rowWorkerPaths().vectorised && VectorisedRows::available(run)) {
+    if (VectorisedRows::available(run)) {
         vectorised = std::make_unique<VectorisedRows>(run, p, context);
     }
     // The scalar steps' arrays, row-wide, only where they are used: fresh memory is dear.
@@ -221,6 +215,10 @@ void rowWorker(const HueShiftTask& task)
 
     const auto end = static_cast<std::int64_t>(task.firstItem + task.itemCount);
     for (auto y = static_cast<std::int64_t>(task.firstItem); y < end; ++y) {
+        if (run.stopRequested()) {
+            return;
+        }
+        run.advance(1, task.index);
         if (wholeRows) {
             vectorised->shiftRow(y);
             continue;

@@ -1,6 +1,6 @@
+#include "common/ParallelLoops.h"
 #include "engine/HueShiftWorkers.h"
 #include "engine/SelectionMasks.h"
-#include "engine/TableThreads.h"
 
 #include <algorithm>
 #include <cstring>
@@ -238,6 +238,9 @@ void writeTableColors(const HueShiftRun& run, const HueShiftParameters& p,
     constexpr std::size_t kPrefetchAhead = 24;
 
     for (std::uint64_t wave = 0; wave < waves; ++wave) {
+        if (run.stopRequested()) {
+            return;
+        }
         const std::uint64_t waveBegin = blocks * wave / waves;
         const std::uint64_t waveEnd = blocks * (wave + 1) / waves;
         const std::uint64_t waveEndByte = std::min(imageBytes, waveEnd * blockBytes);

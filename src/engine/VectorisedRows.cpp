@@ -117,7 +117,7 @@ std::uint8_t* rowOf(const PixelManipulationOffsets& offsets, std::int64_t y)
 
 bool VectorisedRows::available(const HueShiftRun& run)
 {
-    return batch::vectorised() && run.source->bitsPerSample == 16 &&
+    return run.vectorised && batch::vectorised() && run.source->bitsPerSample == 16 &&
            run.destination->bitsPerSample == 16 && run.wordDecode != nullptr &&
            run.wordEncode != nullptr;
 }

@@ -12,12 +12,11 @@ constexpr std::size_t kStretch = 256;
 
 } // namespace
 
-bool VectorisedTable::serves(const HueShiftParameters& p)
+bool VectorisedTable::serves(const HueShiftRun& run, const HueShiftParameters& p)
 {
     const std::int32_t mask = p.maskToShow;
-    return tableWorkerPaths().vectorised && batch::vectorised() &&
-           isLchColorMode(p.colorSpaceModel) && !showsGreyMask(mask) &&
-           mask != kShowSelectionHighlight && mask != kShowHoverHighlight;
+    return run.vectorised && batch::vectorised() && isLchColorMode(p.colorSpaceModel) &&
+           !showsGreyMask(mask) && mask != kShowSelectionHighlight && mask != kShowHoverHighlight;
 }
 
 VectorisedTable::VectorisedTable(const HueShiftRun& run, const HueShiftParameters& p,

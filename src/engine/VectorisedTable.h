@@ -16,8 +16,8 @@ namespace tintorra {
 // One per worker.
 class VectorisedTable {
 public:
-    // Whether the worker can go this way with the (normalised) record.
-    static bool serves(const HueShiftParameters& normalised);
+    // Whether the worker can go this way in this run with the (normalised) record.
+    static bool serves(const HueShiftRun& run, const HueShiftParameters& normalised);
 
     VectorisedTable(const HueShiftRun& run, const HueShiftParameters& normalised,
                     const OutcomeContext& context);

@@ -1,4 +1,4 @@
-#include "engine/TableThreads.h"
+#include "common/ParallelLoops.h"
 #include "imageio/PngImageData.h"
 #include "imageio/PngRowFilters.h"
 

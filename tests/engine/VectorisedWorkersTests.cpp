@@ -1,6 +1,7 @@
 #include "HueShiftTestSupport.h"
 #include "VectorisedRecords.h"
 #include "engine/BatchMath.h"
+#include "engine/Engine.h"
 #include "engine/HueShiftWorkers.h"
 #include "engine/SelectionWeights.h"
 
@@ -20,12 +21,15 @@ using test::sameSamples;
 
 KVBitmapPtr shifted(const KVBitmapPtr& source, const HueShiftParameters& p, bool vectorised)
 {
-    rowWorkerPaths().vectorised = vectorised;
-    tableWorkerPaths().vectorised = vectorised;
-    const KVBitmapPtr result = test::runShift(source, p).result;
-    rowWorkerPaths().vectorised = true;
-    tableWorkerPaths().vectorised = true;
-    return result;
+    Engine engine({0, vectorised ? EngineKernels::best : EngineKernels::plain});
+    ShiftRequest request{source, nullptr, p, nullptr};
+    if (source->bitsPerSample() == 8) {
+        auto table = engine.buildColorTable(source, p.imageGamma, p.colorSpaceModel);
+        EXPECT_TRUE(table.ok());
+        request.colorTable = table.value();
+    }
+    auto result = engine.shift(request);
+    return result ? result.value() : nullptr;
 }
 
 class VectorisedWorkersRecords : public testing::TestWithParam<test::RecordCase> {};

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "common/WorkerPool.h"
+
 #include <algorithm>
 #include <atomic>
 #include <cstddef>
@@ -13,18 +15,25 @@ namespace tintorra {
 inline unsigned tableThreadCount(std::size_t workItems, unsigned limit,
                                  std::size_t minimumPerThread)
 {
-    const unsigned available = std::max(1u, std::thread::hardware_concurrency());
+    const WorkerPool* pool = currentWorkerPool();
+    const unsigned available =
+        pool != nullptr ? pool->size() : std::max(1u, std::thread::hardware_concurrency());
     const std::size_t byWork =
         std::max<std::size_t>(1, workItems / std::max<std::size_t>(1, minimumPerThread));
     return static_cast<unsigned>(std::min<std::size_t>({available, limit, byWork}));
 }
 
-// Runs body(index) for index 0 .. count - 1, index 0 on the calling thread and the others on
-// joinable threads that are joined before returning. A thread that cannot be started runs its
-// share on the calling thread instead, so the work is always done and nothing throws.
+// Runs body(index) for index 0 .. count - 1 at the same time: on the worker pool in use on this
+// thread (the engine's), or else with index 0 on the calling thread and the others on joinable
+// threads that are joined before returning. A thread that cannot be started runs its share on the
+// calling thread instead, so the work is always done and nothing throws.
 template <typename Body>
 void runOnThreads(unsigned count, const Body& body)
 {
+    if (WorkerPool* pool = currentWorkerPool(); pool != nullptr && count > 1) {
+        pool->run(count, [&body](unsigned index) { body(index); });
+        return;
+    }
     std::vector<std::thread> threads;
     std::vector<unsigned> notStarted;
     try {

@@ -1,0 +1,115 @@
+#include "engine/Engine.h"
+
+#include "image/PixelAccess.h"
+
+namespace tintorra {
+
+namespace {
+
+Error cancelledError()
+{
+    return {ErrorCode::cancelled, "The work was cancelled."};
+}
+
+Error outOfMemoryError(const char* what)
+{
+    return {ErrorCode::outOfMemory, std::string("There is not enough memory for ") + what +
+                                        "; close other documents or programs and try again."};
+}
+
+Error unsupportedLayoutError()
+{
+    return {ErrorCode::unsupportedImage,
+            "The image's pixel layout is not supported; convert it to 8- or 16-bit RGB."};
+}
+
+} // namespace
+
+Engine::Engine(EngineOptions options) : pool_(options.threads), kernels_(options.kernels) {}
+
+Result<ColorTablePtr> Engine::buildColorTable(const KVBitmapPtr& image, double imageGamma,
+                                              long colorSpaceModel, std::stop_token stop)
+{
+    if (stop.stop_requested()) {
+        return cancelledError();
+    }
+    PixelManipulationOffsets offsets;
+    if (image == nullptr || !initializePixelManipulationOffsets(offsets, image, imageGamma)) {
+        return unsupportedLayoutError();
+    }
+    if (offsets.pixelsWide <= 0 || offsets.pixelsHigh <= 0) {
+        return Error{ErrorCode::invalidRequest, "The image has no pixels."};
+    }
+    if (!colorTableCanAddress(offsets.pixelsWide, offsets.pixelsHigh, offsets.bytesPerRow,
+                              offsets.bytesPerPixel)) {
+        return Error{ErrorCode::unsupportedImage,
+                     "The image is too large for its colour table; reduce it below 4 GB of "
+                     "samples and try again."};
+    }
+    const UseWorkerPool use(pool_);
+    auto table = std::make_shared<LChColorTable>(
+        createLChColorTableWithImageGamma(image, imageGamma, colorSpaceModel));
+    if (table->empty()) {
+        // The image was checked above: only memory can have run out.
+        return outOfMemoryError("the image's colour table");
+    }
+    if (stop.stop_requested()) {
+        return cancelledError();
+    }
+    return ColorTablePtr(std::move(table));
+}
+
+Result<KVColorGamutPtr> Engine::buildGamut(const KVColorSpace& space, long colorSpaceModel,
+                                           std::stop_token stop)
+{
+    if (stop.stop_requested()) {
+        return cancelledError();
+    }
+    const UseWorkerPool use(pool_);
+    auto gamut = std::make_shared<const KVColorGamut>(space, colorSpaceModel);
+    if (!gamut->hasTables()) {
+        return outOfMemoryError("the gamut tables");
+    }
+    if (stop.stop_requested()) {
+        return cancelledError();
+    }
+    return KVColorGamutPtr(std::move(gamut));
+}
+
+Result<KVBitmapPtr> Engine::shift(const ShiftRequest& request, std::stop_token stop,
+                                  const ProgressCallback& progress)
+{
+    if (request.source == nullptr) {
+        return Error{ErrorCode::invalidRequest, "There is no image to shift."};
+    }
+    HueShiftParameters parameters = request.parameters;
+    // Held for the whole run, whatever becomes of the request meanwhile.
+    const ColorTablePtr table = request.colorTable;
+    if (table != nullptr) {
+        parameters.colorTable = ColorTableRef::of(*table);
+    } else if (request.source->bitsPerSample() == 8) {
+        return Error{ErrorCode::invalidRequest,
+                     "An 8-bit image is shifted through its colour table, and none was given."};
+    }
+    if (stop.stop_requested()) {
+        return cancelledError();
+    }
+    RunControl control(stop, progress);
+    const UseWorkerPool use(pool_);
+    KVBitmapPtr shifted = detail::hueShift(request.source, request.destination,
+                                           std::move(parameters), 0, kernels_, &control);
+    if (stop.stop_requested()) {
+        return cancelledError();
+    }
+    if (shifted == nullptr) {
+        return Error{ErrorCode::unsupportedImage,
+                     "The image could not be shifted: its pixel layout is not supported or "
+                     "memory ran out; convert it to 8- or 16-bit RGB and try again."};
+    }
+    if (progress) {
+        progress(1.0);
+    }
+    return shifted;
+}
+
+} // namespace tintorra

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "colour/KVColorGamut.h"
+#include "common/Error.h"
+#include "common/WorkerPool.h"
+#include "engine/ColorTable.h"
+#include "engine/HueShift.h"
+#include "engine/HueShiftParameters.h"
+#include "engine/RunControl.h"
+#include "image/KVBitmap.h"
+
+#include <memory>
+#include <stop_token>
+
+namespace tintorra {
+
+// A colour table, complete and never changed again: whoever holds it may read it from any thread,
+// and a shift that holds it keeps it alive however long the shift runs.
+using ColorTablePtr = std::shared_ptr<const LChColorTable>;
+
+struct EngineOptions {
+    // Threads that work on one job, the calling thread included; 0 means one per processor.
+    unsigned threads = 0;
+    // The plain kernels give the same pictures; tests choose them to compare the two.
+    EngineKernels kernels = EngineKernels::best;
+};
+
+// One shift: the picture, where it goes, and what the editor built for it.
+struct ShiftRequest {
+    KVBitmapPtr source;
+    // The source itself (shift in place), a bitmap of the source's exact layout, or nothing (a
+    // fresh copy). A shift in place that is stopped midway leaves the source half shifted.
+    KVBitmapPtr destination;
+    HueShiftParameters parameters;
+    // The source's colour table in the record's colour mode; needed for 8-bit images. The
+    // record's own table reference is taken from it.
+    ColorTablePtr colorTable;
+};
+
+// The pixel engine as one object: it owns the threads that every job of the process runs on and
+// chooses its kernels once. Its calls may come from several threads at once; each takes a stop
+// token and hands back a value or an error, and none of them throws or prints.
+class Engine {
+public:
+    explicit Engine(EngineOptions options = {});
+
+    unsigned threadCount() const { return pool_.size(); }
+    EngineKernels kernels() const { return kernels_; }
+
+    // The distinct colours of an 8-bit (or, read by its high bytes, 16-bit) image in a colour
+    // mode. The stop token is looked at before and after the build.
+    Result<ColorTablePtr> buildColorTable(const KVBitmapPtr& image, double imageGamma,
+                                          long colorSpaceModel, std::stop_token stop = {});
+
+    // The gamut of an RGB colour space for one of the LCh modes.
+    Result<KVColorGamutPtr> buildGamut(const KVColorSpace& space, long colorSpaceModel,
+                                       std::stop_token stop = {});
+
+    // Shifts (or renders a selection mask of) a picture. A run asked to stop ends early with
+    // the error code `cancelled`, and its destination is not handed out.
+    Result<KVBitmapPtr> shift(const ShiftRequest& request, std::stop_token stop = {},
+                              const ProgressCallback& progress = {});
+
+private:
+    WorkerPool pool_;
+    EngineKernels kernels_;
+};
+
+} // namespace tintorra
