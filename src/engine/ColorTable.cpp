@@ -3,12 +3,12 @@
 #include "colour/ColorConversions.h"
 #include "colour/ColorMatrices.h"
 #include "common/Diagnostics.h"
+#include "common/ParallelLoops.h"
 #include "engine/ColorTableBuild.h"
 #include "engine/ColorTableOrder.h"
 #include "engine/PackedSamples.h"
 #include "engine/PixelColorGrouping.h"
 #include "engine/TableAllocation.h"
-#include "common/ParallelLoops.h"
 
 #include <algorithm>
 #include <array>

@@ -1,7 +1,7 @@
 #include "engine/PixelColorGrouping.h"
 
-#include "engine/TableAllocation.h"
 #include "common/ParallelLoops.h"
+#include "engine/TableAllocation.h"
 
 #include <algorithm>
 #include <atomic>
