@@ -89,7 +89,13 @@ KVCircularSlider::KVCircularSlider(const QSize& frameSize, QWidget* parent)
     updateValueField();
 }
 
-KVCircularSlider::~KVCircularSlider() = default;
+KVCircularSlider::~KVCircularSlider()
+{
+    // The field outlives this part of the slider: closing the window takes its focus, and the
+    // editing it then finishes must not reach a slider that is half gone.
+    valueField_->removeEventFilter(this);
+    valueField_->disconnect(this);
+}
 
 void KVCircularSlider::installBindings()
 {
