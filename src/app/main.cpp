@@ -1,13 +1,49 @@
+// tintorra: Tintorra's desktop program.
+#include "app/ControlsWindow.h"
+#include "engine/Engine.h"
+#include "imageio/ImageFile.h"
+
 #include <QApplication>
-#include <QWidget>
+#include <QFile>
+#include <QMessageBox>
+#include <cstdint>
+#include <span>
+
+namespace {
+
+// The picture shown when no file is named: the application icon at full size.
+tintorra::IOResult<tintorra::KVBitmapPtr> sampleImage()
+{
+    QFile file(QStringLiteral(":/sample/tintorra-1024.png"));
+    if (!file.open(QIODevice::ReadOnly)) {
+        return tintorra::ioError("the built-in sample image is missing from this build");
+    }
+    const QByteArray bytes = file.readAll();
+    return tintorra::decodeImage(std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()),
+                                           static_cast<std::size_t>(bytes.size())));
+}
+
+} // namespace
 
 int main(int argc, char* argv[])
 {
     QApplication application(argc, argv);
     QApplication::setOrganizationName(QStringLiteral("velmora"));
     QApplication::setApplicationName(QStringLiteral("Tintorra"));
-    QWidget window;
-    window.setWindowTitle(QStringLiteral("Tintorra"));
+    QApplication::setApplicationDisplayName(QStringLiteral("Tintorra"));
+
+    const QStringList arguments = QApplication::arguments();
+    auto image = arguments.size() > 1 ? tintorra::readImageFile(arguments.at(1).toStdString())
+                                      : sampleImage();
+    if (!image) {
+        QMessageBox::critical(nullptr, QObject::tr("Tintorra"),
+                              QObject::tr("The image could not be opened: %1")
+                                  .arg(QString::fromStdString(image.error())));
+        return 1;
+    }
+
+    tintorra::Engine engine;
+    tintorra::ControlsWindow window(engine, image.take());
     window.show();
     return QApplication::exec();
 }

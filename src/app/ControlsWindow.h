@@ -1,0 +1,47 @@
+#pragma once
+
+#include "controls/KVHueShiftParameterSet.h"
+#include "engine/Engine.h"
+#include "ui/KVLChSpectrumView.h"
+
+#include <QLabel>
+#include <QMainWindow>
+#include <thread>
+
+namespace tintorra {
+
+class KVCircularSlider;
+class KVTenSegmentSlider;
+
+// The editor's controls on their own, bound to a live parameter set: the selection's hue,
+// saturation and brightness ranges, the target hue, the brightness curve and the spectrogram of
+// an image. It stands in for the document window until that window exists.
+class ControlsWindow : public QMainWindow {
+    Q_OBJECT
+
+public:
+    ControlsWindow(Engine& engine, KVBitmapPtr image, QWidget* parent = nullptr);
+    ~ControlsWindow() override;
+
+private:
+    void buildControls();
+    // Builds the gamut, colour table and spectrum of the image on a thread of its own and hands
+    // them to the main thread when done.
+    void describeImageInBackground();
+    void showImageDescription(KVColorGamutPtr gamut, LChSpectrumPtr spectrum);
+    void parametersChanged();
+
+    Engine& engine_;
+    KVBitmapPtr image_;
+    KVHueShiftParameterSet parameters_;
+    KVCircularSlider* sourceHue_ = nullptr;
+    KVCircularSlider* targetHue_ = nullptr;
+    KVCircularSlider* sourceSaturation_ = nullptr;
+    KVCircularSlider* sourceBrightness_ = nullptr;
+    KVTenSegmentSlider* brightnessCurve_ = nullptr;
+    KVLChSpectrumView* spectrum_ = nullptr;
+    QLabel* summary_ = nullptr;
+    std::jthread describing_;
+};
+
+} // namespace tintorra
