@@ -5,7 +5,7 @@ set -euo pipefail
 
 packages=(
   # toolchain
-  build-essential cmake ninja-build pkg-config clang-format
+  build-essential cmake ninja-build pkg-config clang-format ccache
   # colour management, geometry, text
   liblcms2-dev libtet1.5-dev libicu-dev
   # image codecs

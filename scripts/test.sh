@@ -6,6 +6,8 @@ cd "$(dirname "$0")/.."
 preset="${1:-release}"
 
 bash scripts/install-deps.sh
+# Cached objects are found again from any checkout of the project.
+export CCACHE_BASEDIR="$PWD"
 cmake --preset "$preset" >/dev/null
 cmake --build --preset "$preset"
 QT_QPA_PLATFORM=offscreen ctest --preset "$preset"
