@@ -87,7 +87,7 @@ void encodeBenchmark(benchmark::State& state, const KVBitmap& bitmap, ImageForma
     for (auto _ : state) {
         IOResult<std::vector<std::uint8_t>> bytes = encodeImage(bitmap, format, options);
         if (!bytes.ok()) {
-            state.SkipWithError(bytes.error().c_str());
+            state.SkipWithError(bytes.error().message.c_str());
             return;
         }
         size = bytes.value().size();
@@ -102,13 +102,13 @@ void decodeBenchmark(benchmark::State& state, const KVBitmap& bitmap, ImageForma
 {
     const IOResult<std::vector<std::uint8_t>> bytes = encodeImage(bitmap, format);
     if (!bytes.ok()) {
-        state.SkipWithError(bytes.error().c_str());
+        state.SkipWithError(bytes.error().message.c_str());
         return;
     }
     for (auto _ : state) {
         IOResult<KVBitmapPtr> decoded = decodeImage(bytes.value());
         if (!decoded.ok()) {
-            state.SkipWithError(decoded.error().c_str());
+            state.SkipWithError(decoded.error().message.c_str());
             return;
         }
         benchmark::DoNotOptimize(decoded.value()->bitmapData());
@@ -186,12 +186,12 @@ void BM_Tiff50Megapixels16(benchmark::State& state)
     for (auto _ : state) {
         IOResult<std::vector<std::uint8_t>> bytes = encodeImage(*bitmap, ImageFormat::tiff);
         if (!bytes.ok()) {
-            state.SkipWithError(bytes.error().c_str());
+            state.SkipWithError(bytes.error().message.c_str());
             return;
         }
         IOResult<KVBitmapPtr> decoded = decodeImage(bytes.value());
         if (!decoded.ok()) {
-            state.SkipWithError(decoded.error().c_str());
+            state.SkipWithError(decoded.error().message.c_str());
             return;
         }
         benchmark::DoNotOptimize(decoded.value()->bitmapData());
@@ -283,7 +283,7 @@ void BM_DecodePngPhoto8WrittenByUs(benchmark::State& state)
     }
     const IOResult<std::vector<std::uint8_t>> png = encodeImage(*image, ImageFormat::png);
     if (!png.ok()) {
-        state.SkipWithError(png.error().c_str());
+        state.SkipWithError(png.error().message.c_str());
         return;
     }
     decodePhoto(state, png.value());

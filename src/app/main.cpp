@@ -38,7 +38,7 @@ int main(int argc, char* argv[])
     if (!image) {
         QMessageBox::critical(nullptr, QObject::tr("Tintorra"),
                               QObject::tr("The image could not be opened: %1")
-                                  .arg(QString::fromStdString(image.error())));
+                                  .arg(QString::fromStdString(image.error().message)));
         return 1;
     }
 

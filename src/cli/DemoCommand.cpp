@@ -57,7 +57,7 @@ CommandRunner addDemoCommand(CLI::App& tool, const GlobalOptions& global)
         const auto sourcePath = dir / "source.png";
         const IOStatus copied = writeFileAtomically(sourcePath, kSampleImagePng);
         if (!copied) {
-            failProcessing(sourcePath.string() + ": " + copied.error());
+            failProcessing(sourcePath.string() + ": " + copied.error().message);
         }
         report(sourcePath, "the sample image (the application icon, 1024 x 1024)");
 
@@ -100,7 +100,7 @@ CommandRunner addDemoCommand(CLI::App& tool, const GlobalOptions& global)
         }
         const IOStatus plotted = writeImageFile(plotPath, *plot, ImageFormat::png);
         if (!plotted) {
-            failProcessing(plotPath.string() + ": " + plotted.error());
+            failProcessing(plotPath.string() + ": " + plotted.error().message);
         }
         report(plotPath, "the hue spectrum of the sample image (log10 scale)");
 

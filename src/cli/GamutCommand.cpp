@@ -44,7 +44,7 @@ std::unique_ptr<KVColorGamut> gamutFor(const GamutOptions& o, long mode)
     if (o.profile) {
         auto bytes = readWholeFile(*o.profile);
         if (!bytes) {
-            failProcessing(*o.profile + ": " + bytes.error());
+            failProcessing(*o.profile + ": " + bytes.error().message);
         }
         const auto space = colorSpaceFromIccProfile(bytes.take());
         if (!space || space->model() != KVColorSpaceModel::rgb) {
@@ -144,7 +144,7 @@ CommandRunner addGamutCommand(CLI::App& tool, const GlobalOptions&)
             const auto* bytes = reinterpret_cast<const std::uint8_t*>(text.data());
             const IOStatus written = writeFileAtomically(*o.table, {bytes, text.size()});
             if (!written) {
-                failProcessing(*o.table + ": " + written.error());
+                failProcessing(*o.table + ": " + written.error().message);
             }
         }
         return kExitSuccess;

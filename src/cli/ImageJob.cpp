@@ -17,7 +17,7 @@ LoadedImage loadImageData(std::span<const std::uint8_t> data, const std::string&
     // By content: a TIFF goes the document's way, so that Tintorra documents give their source.
     const auto source = ImageSource::open(data);
     if (!source) {
-        failProcessing(name + ": " + source.error() +
+        failProcessing(name + ": " + source.error().message +
                        "; give a TIFF, PNG, JPEG or JPEG 2000 image");
     }
     const bool tiff = source.value().format() == ImageFormat::tiff;
@@ -50,7 +50,7 @@ LoadedImage loadImageFile(const std::string& path)
 {
     const auto data = readWholeFile(path);
     if (!data) {
-        failProcessing(path + ": " + data.error());
+        failProcessing(path + ": " + data.error().message);
     }
     return loadImageData(data.value(), path);
 }
@@ -59,11 +59,11 @@ KVBitmapPtr loadMaskFile(const std::string& path, std::int64_t width, std::int64
 {
     const auto data = readWholeFile(path);
     if (!data) {
-        failProcessing(path + ": " + data.error());
+        failProcessing(path + ": " + data.error().message);
     }
     const auto decoded = decodeImage(data.value());
     if (!decoded) {
-        failProcessing(path + ": " + decoded.error());
+        failProcessing(path + ": " + decoded.error().message);
     }
     const KVBitmapPtr& file = decoded.value();
     if (file->pixelsWide() != width || file->pixelsHigh() != height) {

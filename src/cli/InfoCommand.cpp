@@ -59,17 +59,17 @@ Json describeFile(const std::string& path)
 {
     const auto data = readWholeFile(path);
     if (!data) {
-        failProcessing(path + ": " + data.error());
+        failProcessing(path + ": " + data.error().message);
     }
     auto opened = ImageSource::open(data.value());
     if (!opened) {
-        failProcessing(path + ": " + opened.error() +
+        failProcessing(path + ": " + opened.error().message +
                        "; give a TIFF, PNG, JPEG, JPEG 2000, BMP or GIF image");
     }
     ImageSource& source = opened.value();
     const auto page = source.decodePage(0);
     if (!page) {
-        failProcessing(path + ": " + page.error() + "; check that the file is complete");
+        failProcessing(path + ": " + page.error().message + "; check that the file is complete");
     }
     const KVBitmap& bitmap = *page.value();
     const auto artist = source.stringProperty(kTiffTagArtist);

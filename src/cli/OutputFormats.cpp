@@ -80,7 +80,7 @@ void writeOutput(const std::filesystem::path& path, const OutputFormat& format,
     const IOStatus written =
         writeImageFile(path, *images.shifted, formatForType(format.type), options, inputs);
     if (!written) {
-        failProcessing(path.string() + ": " + written.error());
+        failProcessing(path.string() + ": " + written.error().message);
     }
 }
 

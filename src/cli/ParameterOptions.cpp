@@ -165,11 +165,11 @@ std::string parametersOfDocument(const std::string& path)
 {
     auto data = readWholeFile(path);
     if (!data) {
-        failProcessing(path + ": " + data.error());
+        failProcessing(path + ": " + data.error().message);
     }
     auto source = ImageSource::open(data.value());
     if (!source) {
-        failProcessing(path + ": " + source.error());
+        failProcessing(path + ": " + source.error().message);
     }
     const auto artist = source.value().stringProperty(kTiffTagArtist);
     if (!artist || artist->rfind(kHueShiftParameterPrefix, 0) != 0) {

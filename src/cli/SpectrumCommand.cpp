@@ -124,7 +124,7 @@ CommandRunner addSpectrumCommand(CLI::App& tool, const GlobalOptions&)
             const IOStatus written =
                 writeImageFile(*o.plot, *picture, ImageFormat::png, {}, {o.file});
             if (!written) {
-                failProcessing(*o.plot + ": " + written.error());
+                failProcessing(*o.plot + ": " + written.error().message);
             }
         }
         if (o.csv) {

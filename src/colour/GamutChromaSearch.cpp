@@ -323,6 +323,7 @@ struct Block {
 // Four-wide registers where the processor has them, two-wide (which every x86-64 processor has)
 // otherwise. The arithmetic is the same IEEE operations either way (no fused multiply-add is
 // enabled), so the choice cannot change a result.
+#if defined(__x86_64__)
 [[gnu::target("avx2")]] void labRowAvx2(const ChromaSearchCoefficients& p, double hue,
                                         double* chromas)
 {
@@ -340,6 +341,23 @@ bool hasAvx2()
     static const bool available = __builtin_cpu_supports("avx2");
     return available;
 }
+#else
+// Other processors always take the two-wide blocks.
+void labRowAvx2(const ChromaSearchCoefficients& p, double hue, double* chromas)
+{
+    Block<2>::labRow(p, hue, chromas);
+}
+
+void luvRowAvx2(const ChromaSearchCoefficients& e, double hue, double* chromas)
+{
+    Block<2>::luvRow(e, hue, chromas);
+}
+
+bool hasAvx2()
+{
+    return false;
+}
+#endif
 
 } // namespace
 

@@ -9,6 +9,8 @@ namespace tintorra {
 // What kind of failure an error is, for callers that answer kinds differently (a cancelled run
 // is not worth a message; a refused file is).
 enum class ErrorCode {
+    // What a result that holds a value reports as its error.
+    none,
     cancelled,
     outOfMemory,
     unsupportedImage,
@@ -18,7 +20,7 @@ enum class ErrorCode {
 
 // A failure as the user reads it: `message` says what went wrong and what to do about it.
 struct Error {
-    ErrorCode code = ErrorCode::invalidRequest;
+    ErrorCode code = ErrorCode::none;
     std::string message;
 
     friend bool operator==(const Error&, const Error&) = default;
@@ -39,7 +41,12 @@ public:
     const T& value() const { return std::get<0>(content_); }
     T&& take() { return std::get<0>(std::move(content_)); }
 
-    const Error& error() const { return std::get<1>(content_); }
+    // No error (code none, empty message) when the result holds a value.
+    const Error& error() const
+    {
+        static const Error none;
+        return ok() ? none : std::get<1>(content_);
+    }
 
 private:
     std::variant<T, Error> content_;

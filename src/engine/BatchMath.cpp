@@ -13,9 +13,13 @@ void sincos(const double* angle, double* sines, double* cosines, std::size_t n);
 
 bool vectorised()
 {
+#if TINTORRA_AVX2_KERNELS
     static const bool available =
         __builtin_cpu_supports("avx2") != 0 && __builtin_cpu_supports("fma") != 0;
     return available;
+#else
+    return false;
+#endif
 }
 
 void pow(const double* x, double y, double* out, std::size_t n)

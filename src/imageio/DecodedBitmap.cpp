@@ -21,7 +21,7 @@ IOResult<KVBitmapPtr> allocateBitmapForDecoding(const KVBitmapLayout& layout,
                              static_cast<std::uint64_t>(layout.samplesPerPixel),
                              static_cast<std::uint64_t>(layout.bitsPerSample), extraBytesPerSample);
     if (!fits)
-        return ioError(fits.error());
+        return ioError(fits.error().message);
     if (plausible.pixelsPerByte > 0) {
         const auto pixels = static_cast<std::uint64_t>(layout.pixelsWide) *
                             static_cast<std::uint64_t>(layout.pixelsHigh);

@@ -47,7 +47,7 @@ DocumentImageReps imageRepsWithData(std::span<const std::uint8_t> data, std::str
     if (bitmap)
         reps.imageReps.push_back(bitmap.take());
     else
-        reps.failureReason = bitmap.error();
+        reps.failureReason = bitmap.error().message;
     return reps;
 }
 
@@ -63,7 +63,7 @@ DocumentImageReps imageRepsWithTIFFData(std::span<const std::uint8_t> data)
     DocumentImageReps reps;
     IOResult<ImageSource> opened = ImageSource::open(data);
     if (!opened) {
-        reps.failureReason = opened.error();
+        reps.failureReason = opened.error().message;
         return reps;
     }
     ImageSource& source = opened.value();
@@ -81,7 +81,7 @@ DocumentImageReps imageRepsWithTIFFData(std::span<const std::uint8_t> data)
 
     IOResult<KVBitmapPtr> first = source.decodePage(page);
     if (!first) {
-        reps.failureReason = first.error();
+        reps.failureReason = first.error().message;
         return reps;
     }
     reps.imageReps.push_back(first.take());
@@ -213,7 +213,7 @@ bool saveDocument(const std::filesystem::path& path, std::string_view type,
     const IOStatus written = writeFileAtomically(path, *data, protectedFiles);
     if (!written && error)
         *error = {TintorraErrorDomain, kTintorraErrorCannotSave, "The file could not be written.",
-                  written.error()};
+                  written.error().message};
     return written.ok();
 }
 

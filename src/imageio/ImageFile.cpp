@@ -62,7 +62,7 @@ IOResult<ImageSource> ImageSource::open(std::span<const std::uint8_t> data)
                                       "(TIFF, PNG, JPEG, JPEG 2000, BMP or GIF).");
     IOResult<std::unique_ptr<ImageReader>> reader = codec->open(data);
     if (!reader)
-        return ioError(reader.error());
+        return ioError(reader.error().message);
     return ImageSource(codec->format(), reader.take());
 }
 
@@ -70,7 +70,7 @@ IOResult<KVBitmapPtr> decodeImage(std::span<const std::uint8_t> data)
 {
     IOResult<ImageSource> source = ImageSource::open(data);
     if (!source)
-        return ioError(source.error());
+        return ioError(source.error().message);
     return source.value().decodePage(0);
 }
 
@@ -118,7 +118,7 @@ IOResult<KVBitmapPtr> readImageFile(const std::filesystem::path& path)
 {
     IOResult<std::vector<std::uint8_t>> bytes = readWholeFile(path);
     if (!bytes)
-        return ioError(bytes.error());
+        return ioError(bytes.error().message);
     return decodeImage(bytes.value());
 }
 
@@ -133,7 +133,7 @@ IOStatus writeImageFile(const std::filesystem::path& path, const KVBitmap& bitma
                        "”: its extension names no format Tintorra writes.");
     IOResult<std::vector<std::uint8_t>> bytes = encodeImage(bitmap, *format, options);
     if (!bytes)
-        return ioError(bytes.error());
+        return ioError(bytes.error().message);
     return writeFileAtomically(path, bytes.value(), protectedFiles);
 }
 

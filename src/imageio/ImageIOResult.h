@@ -1,41 +1,16 @@
 #pragma once
 
+#include "common/Error.h"
+
 #include <string>
 #include <utility>
-#include <variant>
 
 namespace tintorra {
 
-// Why an image file could not be read or written, in words a user can act on.
-struct ImageIOError {
-    std::string message;
-};
-
-// The value of a reading or writing step, or the reason it failed. Codecs never throw across
-// their boundary; they hand back one of these.
+// Reading and writing image files hand back the core's one result type; codecs never throw
+// across their boundary.
 template <typename T>
-class IOResult {
-public:
-    IOResult(T value) : content_(std::move(value)) {}
-    IOResult(ImageIOError error) : content_(std::move(error)) {}
-
-    bool ok() const { return content_.index() == 0; }
-    explicit operator bool() const { return ok(); }
-
-    T& value() { return std::get<0>(content_); }
-    const T& value() const { return std::get<0>(content_); }
-    T&& take() { return std::get<0>(std::move(content_)); }
-
-    // Empty when the step succeeded.
-    const std::string& error() const
-    {
-        static const std::string none;
-        return ok() ? none : std::get<1>(content_).message;
-    }
-
-private:
-    std::variant<T, ImageIOError> content_;
-};
+using IOResult = Result<T>;
 
 // A step that yields nothing but success or a reason.
 struct IOSuccess {};
@@ -46,9 +21,10 @@ inline IOStatus ioSuccess()
     return IOSuccess{};
 }
 
-inline ImageIOError ioError(std::string message)
+// Why a file could not be read or written, in words a user can act on.
+inline Error ioError(std::string message)
 {
-    return ImageIOError{std::move(message)};
+    return Error{ErrorCode::fileFailure, std::move(message)};
 }
 
 } // namespace tintorra

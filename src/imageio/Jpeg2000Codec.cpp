@@ -202,7 +202,7 @@ IOResult<KVBitmapPtr> decodeJpeg2000(std::span<const std::uint8_t> data)
     IOStatus fits = checkImageDimensions(width, height, image->numcomps,
                                          static_cast<std::uint64_t>(bits), sizeof(OPJ_INT32));
     if (!fits)
-        return ioError(fits.error());
+        return ioError(fits.error().message);
 
     if (!opj_decode(codec.get(), stream.get(), image.get()) ||
         !opj_end_decompress(codec.get(), stream.get()))

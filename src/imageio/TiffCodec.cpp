@@ -34,7 +34,7 @@ public:
         IOStatus page = writer.addPage(bitmap);
         std::vector<std::uint8_t> bytes = writer.finish();
         if (!page)
-            return ioError(page.error());
+            return ioError(page.error().message);
         if (writer.failed())
             return ioError("The TIFF file could not be completed.");
         return bytes;

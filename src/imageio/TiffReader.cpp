@@ -153,7 +153,7 @@ public:
             return ioError(damaged(source_, "page directory"));
         IOResult<PageLayout> layout = readLayout();
         if (!layout)
-            return ioError(layout.error());
+            return ioError(layout.error().message);
         return decode(layout.value());
     }
 
@@ -321,7 +321,7 @@ IOResult<KVBitmapPtr> TiffImageReader::decode(const PageLayout& layout)
     IOStatus read =
         layout.useRGBAInterface ? readThroughRGBA(layout, *bitmap) : readSamples(layout, *bitmap);
     if (!read)
-        return ioError(read.error());
+        return ioError(read.error().message);
 
     float xResolution = 0;
     float yResolution = 0;
@@ -500,7 +500,7 @@ IOResult<std::unique_ptr<ImageReader>> openTiff(std::span<const std::uint8_t> da
     auto reader = std::make_unique<TiffImageReader>(data);
     IOStatus opened = reader->open();
     if (!opened)
-        return ioError(opened.error());
+        return ioError(opened.error().message);
     return std::unique_ptr<ImageReader>(std::move(reader));
 }
 

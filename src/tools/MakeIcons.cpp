@@ -26,7 +26,8 @@ int main(int argc, char** argv)
         const IOStatus written =
             icon ? writeImageFile(path, *icon, ImageFormat::png, options) : ioError("no memory");
         if (!written) {
-            std::fprintf(stderr, "tintorra-icons: %s: %s\n", path.c_str(), written.error().c_str());
+            std::fprintf(stderr, "tintorra-icons: %s: %s\n", path.c_str(),
+                         written.error().message.c_str());
             return 1;
         }
         std::printf("%s\n", path.c_str());

@@ -68,7 +68,7 @@ TEST(AtomicFileWriter, NeverOverwritesAnInput)
          {input, hardLink, softLink, folder.path() / "." / "photo.jpg"}) {
         const IOStatus written = writeFileAtomically(target, kNew, {input});
         EXPECT_FALSE(written.ok()) << target;
-        EXPECT_NE(written.error().find("never overwritten"), std::string::npos) << target;
+        EXPECT_NE(written.error().message.find("never overwritten"), std::string::npos) << target;
     }
     EXPECT_EQ(contentOf(input), kOld);
     EXPECT_EQ(folder.entries(), (std::vector<std::string>{"photo.jpg", "same.jpg", "soft.jpg"}));
@@ -90,7 +90,8 @@ TEST(AtomicFileWriter, FailuresLeaveNothingBehind)
     for (const Case& c : cases) {
         const IOStatus written = writeFileAtomically(c.path, kNew);
         EXPECT_FALSE(written.ok()) << c.path;
-        EXPECT_NE(written.error().find(c.reason), std::string::npos) << written.error();
+        EXPECT_NE(written.error().message.find(c.reason), std::string::npos)
+            << written.error().message;
     }
     EXPECT_EQ(folder.entries(), std::vector<std::string>{"sub"});
     EXPECT_TRUE(std::filesystem::is_empty(folder.path() / "sub"));
@@ -106,7 +107,7 @@ TEST(AtomicFileWriter, AnImageThatCannotBeEncodedWritesNothing)
     // PNG holds no CMYK; the file that was there stays as it was.
     const IOStatus written = writeImageFile(existing, *cmyk);
     EXPECT_FALSE(written.ok());
-    EXPECT_NE(written.error().find("PNG"), std::string::npos);
+    EXPECT_NE(written.error().message.find("PNG"), std::string::npos);
     EXPECT_EQ(contentOf(existing), kOld);
     // An extension that names no format.
     EXPECT_FALSE(writeImageFile(folder.path() / "picture.xyz", *cmyk).ok());
@@ -114,7 +115,7 @@ TEST(AtomicFileWriter, AnImageThatCannotBeEncodedWritesNothing)
     // The format follows the extension.
     ASSERT_TRUE(writeImageFile(folder.path() / "picture.TIF", *cmyk).ok());
     IOResult<KVBitmapPtr> back = readImageFile(folder.path() / "picture.TIF");
-    ASSERT_TRUE(back.ok()) << back.error();
+    ASSERT_TRUE(back.ok()) << back.error().message;
     EXPECT_EQ(test::allSamples(*back.value()), test::allSamples(*cmyk));
 }
 
@@ -123,12 +124,12 @@ TEST(AtomicFileWriter, ReadingReportsMissingAndUnreadableFiles)
     TemporaryFolder folder;
     IOResult<std::vector<std::uint8_t>> missing = readWholeFile(folder.path() / "none.png");
     EXPECT_FALSE(missing.ok());
-    EXPECT_NE(missing.error().find("none.png"), std::string::npos);
+    EXPECT_NE(missing.error().message.find("none.png"), std::string::npos);
     EXPECT_FALSE(readWholeFile(folder.path()).ok());
     test::writeBytes(folder.path() / "empty.png", {});
     IOResult<KVBitmapPtr> empty = readImageFile(folder.path() / "empty.png");
     EXPECT_FALSE(empty.ok());
-    EXPECT_EQ(empty.error(), "The file is empty.");
+    EXPECT_EQ(empty.error().message, "The file is empty.");
 }
 
 } // namespace

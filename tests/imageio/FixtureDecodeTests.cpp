@@ -115,10 +115,10 @@ TEST_P(FixtureDecodeTest, DecodesTheLayoutTheFileHolds)
     const FixtureCase& c = GetParam();
     const std::vector<std::uint8_t> bytes = fixtureBytes(c.file);
     IOResult<ImageSource> source = ImageSource::open(bytes);
-    ASSERT_TRUE(source.ok()) << source.error();
+    ASSERT_TRUE(source.ok()) << source.error().message;
     EXPECT_EQ(source.value().format(), c.format);
     IOResult<KVBitmapPtr> decoded = source.value().decodePage(0);
-    ASSERT_TRUE(decoded.ok()) << decoded.error();
+    ASSERT_TRUE(decoded.ok()) << decoded.error().message;
     const KVBitmap& bitmap = *decoded.value();
 
     EXPECT_EQ(bitmap.pixelsWide(), 24);
@@ -146,7 +146,7 @@ TEST_P(FixtureSamplesTest, SamplesMatchTheOtherProgramsDecoding)
     const FixtureCase& c = GetParam();
     const std::vector<std::uint8_t> bytes = fixtureBytes(c.file);
     IOResult<KVBitmapPtr> decoded = decodeImage(bytes);
-    ASSERT_TRUE(decoded.ok()) << decoded.error();
+    ASSERT_TRUE(decoded.ok()) << decoded.error().message;
     const KVBitmap& bitmap = *decoded.value();
     const std::vector<std::uint32_t> samples = test::allSamples(bitmap);
     std::vector<std::uint32_t> reference = rawReference(c.reference, c.referenceBits);
@@ -192,7 +192,7 @@ TEST(FixtureDecode, EmbeddedProfileNamesTheColourSpace)
 {
     for (const char* file : {"rgb8-icc.tif", "rgb8-icc.png", "rgb-icc.jpg"}) {
         IOResult<KVBitmapPtr> decoded = decodeImage(fixtureBytes(file));
-        ASSERT_TRUE(decoded.ok()) << file << ": " << decoded.error();
+        ASSERT_TRUE(decoded.ok()) << file << ": " << decoded.error().message;
         EXPECT_EQ(decoded.value()->colorSpace().name(), "Compatible with Adobe RGB (1998)") << file;
         EXPECT_EQ(decoded.value()->colorSpace().iccProfile(),
                   test::systemProfile("/usr/share/color/icc/compatibleWithAdobeRGB1998.icc"))
@@ -210,7 +210,7 @@ TEST(FixtureDecode, EveryPageOfAMultiPageTiff)
     std::vector<std::vector<std::uint32_t>> pages;
     for (std::size_t page = 0; page < 3; ++page) {
         IOResult<KVBitmapPtr> decoded = source.value().decodePage(page);
-        ASSERT_TRUE(decoded.ok()) << decoded.error();
+        ASSERT_TRUE(decoded.ok()) << decoded.error().message;
         pages.push_back(test::allSamples(*decoded.value()));
     }
     // Page 1 is the negative of page 0, page 2 its mirror image.

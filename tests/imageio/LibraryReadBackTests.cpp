@@ -32,7 +32,7 @@ std::vector<std::uint8_t> encoded(const KVBitmap& bitmap, ImageFormat format,
                                   EncodeOptions options = {})
 {
     IOResult<std::vector<std::uint8_t>> bytes = encodeImage(bitmap, format, options);
-    EXPECT_TRUE(bytes.ok()) << bytes.error();
+    EXPECT_TRUE(bytes.ok()) << bytes.error().message;
     return bytes.ok() ? bytes.value() : std::vector<std::uint8_t>{};
 }
 
@@ -498,7 +498,7 @@ TEST(Jpeg2000ReadBack, BareCodestreamOnRequest)
     ASSERT_GT(bytes.size(), 4u);
     EXPECT_EQ(big32(bytes.data()), 0xFF4FFF51u);
     IOResult<KVBitmapPtr> decoded = decodeImage(bytes);
-    ASSERT_TRUE(decoded.ok()) << decoded.error();
+    ASSERT_TRUE(decoded.ok()) << decoded.error().message;
     EXPECT_EQ(test::allSamples(*decoded.value()), test::allSamples(*source));
 }
 

@@ -57,7 +57,7 @@ TEST_P(DamagedFileTest, TruncatedFilesGiveAClearError)
     for (const std::size_t cut : cuts) {
         IOResult<KVBitmapPtr> decoded = decodeImage(firstBytes(bytes, cut));
         EXPECT_FALSE(decoded.ok()) << GetParam() << " cut at " << cut;
-        EXPECT_FALSE(decoded.error().empty()) << GetParam() << " cut at " << cut;
+        EXPECT_FALSE(decoded.error().message.empty()) << GetParam() << " cut at " << cut;
     }
 }
 
@@ -68,14 +68,14 @@ TEST_P(DamagedFileTest, ALostTailIsAnErrorOrLostNothingOfTheImage)
     // never a silently damaged picture.
     const std::vector<std::uint8_t> bytes = fixtureBytes(GetParam());
     IOResult<KVBitmapPtr> whole = decodeImage(bytes);
-    ASSERT_TRUE(whole.ok()) << whole.error();
+    ASSERT_TRUE(whole.ok()) << whole.error().message;
     for (const std::size_t lost : {1, 20}) {
         IOResult<KVBitmapPtr> decoded = decodeImage(firstBytes(bytes, bytes.size() - lost));
         if (decoded.ok()) {
             EXPECT_EQ(test::allSamples(*decoded.value()), test::allSamples(*whole.value()))
                 << GetParam() << " without its last " << lost << " bytes";
         } else {
-            EXPECT_FALSE(decoded.error().empty());
+            EXPECT_FALSE(decoded.error().message.empty());
         }
     }
 }
@@ -96,7 +96,7 @@ TEST_P(DamagedFileTest, CorruptedBytesNeverCrash)
                 EXPECT_GT(decoded.value()->pixelsWide(), 0);
                 EXPECT_GT(decoded.value()->pixelsHigh(), 0);
             } else {
-                EXPECT_FALSE(decoded.error().empty());
+                EXPECT_FALSE(decoded.error().message.empty());
             }
         }
     }
@@ -123,7 +123,7 @@ TEST(DamagedFile, DataOfNoKnownFormat)
     for (const auto& bytes : cases) {
         IOResult<KVBitmapPtr> decoded = decodeImage(bytes);
         EXPECT_FALSE(decoded.ok());
-        EXPECT_FALSE(decoded.error().empty());
+        EXPECT_FALSE(decoded.error().message.empty());
     }
 }
 
@@ -133,8 +133,8 @@ void expectTooLarge(const std::vector<std::uint8_t>& bytes, const char* what)
 {
     IOResult<KVBitmapPtr> decoded = decodeImage(bytes);
     ASSERT_FALSE(decoded.ok()) << what;
-    EXPECT_NE(decoded.error().find("too large"), std::string::npos)
-        << what << ": " << decoded.error();
+    EXPECT_NE(decoded.error().message.find("too large"), std::string::npos)
+        << what << ": " << decoded.error().message;
 }
 
 std::uint32_t crc32(const std::uint8_t* data, std::size_t length)
@@ -253,9 +253,9 @@ TEST(OversizedImage, AFewBytesCannotHoldAHugePicture)
     for (const std::vector<std::uint8_t>& bytes : files) {
         IOResult<KVBitmapPtr> decoded = decodeImage(bytes);
         ASSERT_FALSE(decoded.ok());
-        EXPECT_NE(decoded.error().find("far too small for the 20000 × 20000 pixels"),
+        EXPECT_NE(decoded.error().message.find("far too small for the 20000 × 20000 pixels"),
                   std::string::npos)
-            << decoded.error();
+            << decoded.error().message;
     }
 }
 
@@ -274,7 +274,7 @@ TEST(OversizedImage, GifFrameFarOutOnItsScreenIsDecodedAtItsOwnSize)
     gif[descriptor + 3] = 0x7F;
     gif[descriptor + 4] = 0x7F;
     IOResult<KVBitmapPtr> decoded = decodeImage(gif);
-    ASSERT_TRUE(decoded.ok()) << decoded.error();
+    ASSERT_TRUE(decoded.ok()) << decoded.error().message;
     EXPECT_EQ(decoded.value()->pixelsWide(), 24);
     EXPECT_EQ(decoded.value()->pixelsHigh(), 16);
     EXPECT_EQ(test::allSamples(*decoded.value()),
@@ -312,7 +312,8 @@ TEST(ImageLimits, SampleBytesAgainstTheColourTable)
             imageSampleBytes(c.width, c.height, c.samples, c.bits);
         const bool expected = c.fits && bytes && (memory == 0 || *bytes <= memory);
         const IOStatus status = checkImageDimensions(c.width, c.height, c.samples, c.bits);
-        EXPECT_EQ(status.ok(), expected) << c.width << " x " << c.height << ": " << status.error();
+        EXPECT_EQ(status.ok(), expected)
+            << c.width << " x " << c.height << ": " << status.error().message;
     }
     EXPECT_EQ(imageSampleBytes(8000, 6000, 3, 16), 288000000u);
     EXPECT_EQ(imageSampleBytes(3, 1, 1, 1), 1u);

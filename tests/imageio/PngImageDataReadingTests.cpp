@@ -99,12 +99,12 @@ void expectDecodingAsLibpng(const std::vector<std::uint8_t>& file, const PngPixe
     const std::optional<PngPixels> reference = test::readWithLibpng(file);
     IOResult<KVBitmapPtr> decoded = decodeImage(file);
     ASSERT_EQ(decoded.ok(), reference.has_value())
-        << what << ": " << (decoded.ok() ? "decoded" : decoded.error());
+        << what << ": " << (decoded.ok() ? "decoded" : decoded.error().message);
     if (decoded.ok()) {
         EXPECT_EQ(rowsOf(*decoded.value(), like.rowBytes()), reference->rows) << what;
     } else {
-        EXPECT_FALSE(decoded.error().empty()) << what;
-        EXPECT_EQ(decoded.error().find('\n'), std::string::npos) << what;
+        EXPECT_FALSE(decoded.error().message.empty()) << what;
+        EXPECT_EQ(decoded.error().message.find('\n'), std::string::npos) << what;
     }
 }
 
@@ -234,7 +234,7 @@ TEST_F(DamagedPngImageData, ACrcMismatchIsAnError)
     EXPECT_FALSE(pngImageDataChunks(file));
     IOResult<KVBitmapPtr> decoded = decodeImage(file);
     ASSERT_FALSE(decoded.ok());
-    EXPECT_NE(decoded.error().find("CRC"), std::string::npos) << decoded.error();
+    EXPECT_NE(decoded.error().message.find("CRC"), std::string::npos) << decoded.error().message;
     expectDecodingAsLibpng(file, pixels_, "IDAT CRC");
 }
 
@@ -272,8 +272,8 @@ TEST_F(DamagedPngImageData, TruncatedFilesAreErrors)
         EXPECT_FALSE(pngImageDataChunks(cut)) << length;
         IOResult<KVBitmapPtr> decoded = decodeImage(cut);
         ASSERT_FALSE(decoded.ok()) << length;
-        EXPECT_FALSE(decoded.error().empty());
-        EXPECT_EQ(decoded.error().find('\n'), std::string::npos) << decoded.error();
+        EXPECT_FALSE(decoded.error().message.empty());
+        EXPECT_EQ(decoded.error().message.find('\n'), std::string::npos) << decoded.error().message;
     }
 }
 

@@ -25,7 +25,7 @@ constexpr unsigned straight = kBitmapFormatAlphaNonpremultiplied;
 std::vector<std::uint8_t> encodedPng(const KVBitmap& bitmap, const EncodeOptions& options = {})
 {
     IOResult<std::vector<std::uint8_t>> bytes = encodeImage(bitmap, ImageFormat::png, options);
-    EXPECT_TRUE(bytes.ok()) << bytes.error();
+    EXPECT_TRUE(bytes.ok()) << bytes.error().message;
     return bytes.ok() ? bytes.value() : std::vector<std::uint8_t>{};
 }
 
@@ -174,7 +174,7 @@ TEST(PngImageDataWritingLarge, PiecesCompressedApartMakeOneStream)
 
     // And our own reader takes the file back too.
     IOResult<KVBitmapPtr> decoded = decodeImage(file);
-    ASSERT_TRUE(decoded.ok()) << decoded.error();
+    ASSERT_TRUE(decoded.ok()) << decoded.error().message;
     EXPECT_TRUE(
         std::memcmp(decoded.value()->bitmapData(), source->bitmapData(), read->rows.size()) == 0);
 }

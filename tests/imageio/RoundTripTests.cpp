@@ -104,15 +104,15 @@ TEST_P(RoundTripTest, DecodesWhatWasEncoded)
 
     if (layout.model == cmyk && !traits.holdsCmyk) {
         EXPECT_FALSE(encoded.ok());
-        EXPECT_FALSE(encoded.error().empty());
+        EXPECT_FALSE(encoded.error().message.empty());
         return;
     }
-    ASSERT_TRUE(encoded.ok()) << encoded.error();
+    ASSERT_TRUE(encoded.ok()) << encoded.error().message;
     IOResult<ImageSource> opened = ImageSource::open(encoded.value());
-    ASSERT_TRUE(opened.ok()) << opened.error();
+    ASSERT_TRUE(opened.ok()) << opened.error().message;
     EXPECT_EQ(opened.value().format(), traits.format);
     IOResult<KVBitmapPtr> decoded = opened.value().decodePage(0);
-    ASSERT_TRUE(decoded.ok()) << decoded.error();
+    ASSERT_TRUE(decoded.ok()) << decoded.error().message;
     const KVBitmap& result = *decoded.value();
 
     const bool greyKept = layout.model != grey || traits.keepsGrey;
@@ -178,7 +178,7 @@ TEST(RoundTrip, JpegQualityIsClampedAndChangesTheFile)
         options.quality = quality;
         IOResult<std::vector<std::uint8_t>> bytes =
             encodeImage(*source, ImageFormat::jpeg, options);
-        EXPECT_TRUE(bytes.ok()) << bytes.error();
+        EXPECT_TRUE(bytes.ok()) << bytes.error().message;
         return bytes.ok() ? bytes.value() : std::vector<std::uint8_t>{};
     };
     EXPECT_EQ(sizeAt(-3.0), sizeAt(0.0));
@@ -201,9 +201,9 @@ TEST(RoundTrip, GifKeepsUpTo256ColoursExactly)
             test::setSampleAt(*source, x, y, 2, static_cast<std::uint32_t>((x * y) % 251));
         }
     IOResult<std::vector<std::uint8_t>> encoded = encodeImage(*source, ImageFormat::gif);
-    ASSERT_TRUE(encoded.ok()) << encoded.error();
+    ASSERT_TRUE(encoded.ok()) << encoded.error().message;
     IOResult<KVBitmapPtr> decoded = decodeImage(encoded.value());
-    ASSERT_TRUE(decoded.ok()) << decoded.error();
+    ASSERT_TRUE(decoded.ok()) << decoded.error().message;
     EXPECT_EQ(test::allSamples(*decoded.value()), test::allSamples(*source));
 }
 
@@ -211,9 +211,9 @@ TEST(RoundTrip, GifOfManyColoursStaysCloseThroughTheMedianCut)
 {
     const KVBitmapPtr source = test::makeTestBitmap(kLayouts[0], 97, 61);
     IOResult<std::vector<std::uint8_t>> encoded = encodeImage(*source, ImageFormat::gif);
-    ASSERT_TRUE(encoded.ok()) << encoded.error();
+    ASSERT_TRUE(encoded.ok()) << encoded.error().message;
     IOResult<KVBitmapPtr> decoded = decodeImage(encoded.value());
-    ASSERT_TRUE(decoded.ok()) << decoded.error();
+    ASSERT_TRUE(decoded.ok()) << decoded.error().message;
     const std::vector<std::uint32_t> before = test::allSamples(*source);
     const std::vector<std::uint32_t> after = test::allSamples(*decoded.value());
     ASSERT_EQ(before.size(), after.size());
@@ -236,9 +236,9 @@ TEST(RoundTrip, GifTransparencyIsOnOrOff)
         for (int x = 0; x < 10; ++x)
             test::setSampleAt(*source, x, y, 3, 0);
     IOResult<std::vector<std::uint8_t>> encoded = encodeImage(*source, ImageFormat::gif);
-    ASSERT_TRUE(encoded.ok()) << encoded.error();
+    ASSERT_TRUE(encoded.ok()) << encoded.error().message;
     IOResult<KVBitmapPtr> decoded = decodeImage(encoded.value());
-    ASSERT_TRUE(decoded.ok()) << decoded.error();
+    ASSERT_TRUE(decoded.ok()) << decoded.error().message;
     ASSERT_TRUE(decoded.value()->hasAlpha());
     for (int y = 0; y < 20; ++y)
         for (int x = 0; x < 20; ++x) {
@@ -254,9 +254,9 @@ TEST(RoundTrip, ResolutionSurvivesEveryFormatThatHoldsOne)
     for (const ImageFormat format :
          {ImageFormat::tiff, ImageFormat::png, ImageFormat::jpeg, ImageFormat::bmp}) {
         IOResult<std::vector<std::uint8_t>> encoded = encodeImage(*source, format);
-        ASSERT_TRUE(encoded.ok()) << encoded.error();
+        ASSERT_TRUE(encoded.ok()) << encoded.error().message;
         IOResult<KVBitmapPtr> decoded = decodeImage(encoded.value());
-        ASSERT_TRUE(decoded.ok()) << decoded.error();
+        ASSERT_TRUE(decoded.ok()) << decoded.error().message;
         double horizontal = 0;
         double vertical = 0;
         decoded.value()->pixelsPerInch(horizontal, vertical);
