@@ -30,6 +30,11 @@ double middleFromBounds(double upper, double lower)
     double m = upper;
     if (lower - m > kLargestSteppedGap) {
         m += std::ceil(lower - m);
+        // Bounds of wildly different sizes lose the turns to rounding: stepping from there
+        // would count up to the lower bound one turn at a time.
+        if (lower - m > kLargestSteppedGap) {
+            m = lower;
+        }
     }
     while (lower > m) {
         const double next = m + 1.0;

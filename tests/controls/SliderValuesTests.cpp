@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <utility>
 
 namespace tintorra {
 namespace {
@@ -41,9 +42,11 @@ TEST(SliderValuesDictionary, MiddleDerivedFromTheBounds)
         EXPECT_EQ(v.upper, c.upper);
         EXPECT_EQ(v.lower, c.lower);
     }
-    for (const double lower : {1.0e7, 1.0e17, 1.0e300}) { // far apart: must still finish
-        const double middle = middleFromBounds(0.0, lower);
-        EXPECT_TRUE(middle >= 0.0 && middle < 1.0) << lower;
+    // Far apart, or of wildly different sizes: must still finish, within the scale.
+    for (const auto& [upper, lower] : {std::pair{0.0, 1.0e7}, std::pair{0.0, 1.0e17},
+                                       std::pair{0.0, 1.0e300}, std::pair{-1.0e40, 1.0e15}}) {
+        const double middle = middleFromBounds(upper, lower);
+        EXPECT_TRUE(middle >= 0.0 && middle < 1.0) << upper << " " << lower;
     }
     EXPECT_TRUE(std::isnan(middleFromBounds(NAN, 0.5)));
 }
