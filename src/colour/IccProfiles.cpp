@@ -9,7 +9,19 @@ namespace tintorra {
 
 namespace {
 
-KVColorSpaceModel modelFromSignature(cmsColorSpaceSignature signature)
+// The colour space field of a profile's header (bytes 16 to 19, big-endian), read from the bytes
+// themselves: a hostile profile can put any number there, which lcms's enumeration cannot hold.
+std::uint32_t headerColorSpace(const std::vector<std::uint8_t>& bytes)
+{
+    if (bytes.size() < 20) {
+        return 0;
+    }
+    return static_cast<std::uint32_t>(bytes[16]) << 24 |
+           static_cast<std::uint32_t>(bytes[17]) << 16 |
+           static_cast<std::uint32_t>(bytes[18]) << 8 | bytes[19];
+}
+
+KVColorSpaceModel modelFromSignature(std::uint32_t signature)
 {
     switch (signature) {
     case cmsSigGrayData:
@@ -119,7 +131,7 @@ std::optional<KVColorSpace> colorSpaceFromIccProfile(std::vector<std::uint8_t> b
     if (!profile) {
         return std::nullopt;
     }
-    const KVColorSpaceModel model = modelFromSignature(cmsGetColorSpace(profile.get()));
+    const KVColorSpaceModel model = modelFromSignature(headerColorSpace(bytes));
     std::string name = profileDescription(profile.get());
     return KVColorSpace(model, std::move(name), std::move(bytes));
 }

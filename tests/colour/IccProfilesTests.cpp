@@ -78,14 +78,20 @@ TEST(ColorSpaceFromIccProfile, BytesThatAreNoProfileGiveNothing)
     }
 }
 
-TEST(ColorSpaceFromIccProfile, BuiltProfileWithoutDescriptionHasAnEmptyName)
+// The header's colour space decides the model; a field that names no colour space (as a hostile
+// file may have) gives an unknown model, not a value outside the enumeration.
+TEST(ColorSpaceFromIccProfile, BuiltProfilesTakeTheirModelFromTheHeader)
 {
-    const Bytes bytes = test::buildProfile(
-        "RGB ", {{"wtpt", {test::toFixed(0.9642), test::toFixed(1.0), test::toFixed(0.8249)}}});
-    const auto space = colorSpaceFromIccProfile(bytes);
-    ASSERT_TRUE(space);
-    EXPECT_EQ(space->model(), KVColorSpaceModel::rgb);
-    EXPECT_EQ(space->name(), "");
+    for (const auto& [field, model] :
+         {std::pair{"RGB ", KVColorSpaceModel::rgb}, std::pair{"GRAY", KVColorSpaceModel::gray},
+          std::pair{"\xff\xff\xff\x7f", KVColorSpaceModel::unknown}}) {
+        const Bytes bytes = test::buildProfile(
+            field, {{"wtpt", {test::toFixed(0.9642), test::toFixed(1.0), test::toFixed(0.8249)}}});
+        const auto space = colorSpaceFromIccProfile(bytes);
+        ASSERT_TRUE(space) << field;
+        EXPECT_EQ(space->model(), model) << field;
+        EXPECT_EQ(space->name(), "");
+    }
 }
 
 // Our own sRGB profile is laid out like the common version 2 ones (colourants adapted to D50,
