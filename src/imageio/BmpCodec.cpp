@@ -19,6 +19,9 @@ constexpr std::uint32_t kV5HeaderSize = 124;
 constexpr std::uint32_t kCompressionRGB = 0;
 constexpr std::uint32_t kCompressionRLE8 = 1;
 constexpr std::uint32_t kCompressionRLE4 = 2;
+// A run of one colour covers at most 255 pixels with two bytes; the escapes that skip pixels can
+// cover more, but a file that relies on them for most of a large image is damaged or hostile.
+constexpr std::uint64_t kRunLengthPixelsPerByte = 512;
 constexpr std::uint32_t kCompressionBitfields = 3;
 constexpr std::uint32_t kCompressionAlphaBitfields = 6;
 // Colour space types of the version 5 header.
@@ -238,8 +241,13 @@ IOResult<KVBitmapPtr> decodeBmp(std::span<const std::uint8_t> data)
     layout.samplesPerPixel = alpha ? 4 : 3;
     layout.hasAlpha = alpha;
     layout.bitmapFormat = alpha ? kBitmapFormatAlphaNonpremultiplied : 0u;
+    // Runs are expanded to a byte per pixel before they are coloured.
+    const PlausibleSize plausible =
+        runLengths ? PlausibleSize{data.size() - pixelOffset, kRunLengthPixelsPerByte}
+                   : PlausibleSize{};
     IOResult<KVBitmapPtr> allocated = allocateBitmapForDecoding(
-        layout, colorSpaceForDecodedImage(KVColorSpaceModel::rgb, std::move(icc)));
+        layout, colorSpaceForDecodedImage(KVColorSpaceModel::rgb, std::move(icc)),
+        runLengths ? 1 : 0, plausible);
     if (!allocated)
         return allocated;
     KVBitmapPtr bitmap = allocated.take();

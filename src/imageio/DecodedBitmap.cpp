@@ -8,10 +8,8 @@
 
 namespace tintorra {
 
-IOResult<KVBitmapPtr> allocateBitmapForDecoding(const KVBitmapLayout& layout,
-                                                KVColorSpace colorSpace,
-                                                std::uint64_t extraBytesPerSample,
-                                                PlausibleSize plausible)
+IOStatus checkDecodableSize(const KVBitmapLayout& layout, std::uint64_t extraBytesPerSample,
+                            PlausibleSize plausible)
 {
     if (layout.pixelsWide <= 0 || layout.pixelsHigh <= 0)
         return ioError("The image has no pixels.");
@@ -30,6 +28,16 @@ IOResult<KVBitmapPtr> allocateBitmapForDecoding(const KVBitmapLayout& layout,
                            std::to_string(layout.pixelsWide) + " × " +
                            std::to_string(layout.pixelsHigh) + " pixels it declares.");
     }
+    return ioSuccess();
+}
+
+IOResult<KVBitmapPtr> allocateBitmapForDecoding(const KVBitmapLayout& layout,
+                                                KVColorSpace colorSpace,
+                                                std::uint64_t extraBytesPerSample,
+                                                PlausibleSize plausible)
+{
+    if (IOStatus size = checkDecodableSize(layout, extraBytesPerSample, plausible); !size)
+        return size.error();
     KVBitmapPtr bitmap = KVBitmap::create(layout, std::move(colorSpace));
     if (!bitmap)
         return ioError("There is not enough memory to open the image.");

@@ -15,6 +15,12 @@ struct PlausibleSize {
     std::uint64_t pixelsPerByte = 0;
 };
 
+// Checks, before anything is allocated, that an image of this layout can be held (see
+// checkImageDimensions) and, when `plausible` says how far the format's data can expand, that
+// the file is not far too small for the image it declares.
+IOStatus checkDecodableSize(const KVBitmapLayout& layout, std::uint64_t extraBytesPerSample = 0,
+                            PlausibleSize plausible = {});
+
 // Allocates the bitmap a decoder fills, after checking that its size can be held at all (see
 // checkImageDimensions) and, when `plausible` says how far the format's data can expand, that
 // the file is not far too small for the image it declares (a damaged or malicious header must

@@ -87,11 +87,36 @@ struct PngHeader {
     int unit = PNG_RESOLUTION_UNKNOWN;
 };
 
-bool readPngHeader(png_structp png, png_infop info, PngHeader* header)
+// The chunks up to the image data.
+bool readPngInfo(png_structp png, png_infop info)
 {
     if (setjmp(png_jmpbuf(png)))
         return false;
     png_read_info(png, info);
+    return true;
+}
+
+// The layout the decoded pixels will have (8 or 16 bits, grey or RGB, alpha where the file has
+// it or a transparency chunk), known from the header alone, so that the size can be checked
+// before libpng allocates rows of the declared width.
+KVBitmapLayout decodedPngLayout(png_structp png, png_infop info)
+{
+    const int colourType = png_get_color_type(png, info);
+    const bool alpha =
+        (colourType & PNG_COLOR_MASK_ALPHA) != 0 || png_get_valid(png, info, PNG_INFO_tRNS) != 0;
+    KVBitmapLayout layout;
+    layout.pixelsWide = png_get_image_width(png, info);
+    layout.pixelsHigh = png_get_image_height(png, info);
+    layout.bitsPerSample = png_get_bit_depth(png, info) == 16 ? 16 : 8;
+    layout.samplesPerPixel = ((colourType & PNG_COLOR_MASK_COLOR) != 0 ? 3 : 1) + (alpha ? 1 : 0);
+    layout.hasAlpha = alpha;
+    return layout;
+}
+
+bool readPngHeader(png_structp png, png_infop info, PngHeader* header)
+{
+    if (setjmp(png_jmpbuf(png)))
+        return false;
     const int colourType = png_get_color_type(png, info);
     const int bitDepth = png_get_bit_depth(png, info);
     header->fileColourType = colourType;
@@ -206,7 +231,16 @@ IOResult<KVBitmapPtr> decodePng(std::span<const std::uint8_t> data)
     // The size check below is ours; libpng's own default limit would refuse big photographs.
     png_set_user_limits(reader.png(), 0x7fffffff, 0x7fffffff);
 
+    // Deflate expands by at most 1032 to 1, and the smallest pixel a PNG stores is one bit.
+    const PlausibleSize plausible{data.size(), 1032 * 8};
     PngHeader header;
+    if (!readPngInfo(reader.png(), reader.info()))
+        return ioError(std::string("The PNG file is damaged or truncated: ") + errors.message +
+                       ".");
+    if (IOStatus size =
+            checkDecodableSize(decodedPngLayout(reader.png(), reader.info()), 0, plausible);
+        !size)
+        return size.error();
     if (!readPngHeader(reader.png(), reader.info(), &header))
         return ioError(std::string("The PNG file is damaged or truncated: ") + errors.message +
                        ".");
@@ -229,9 +263,8 @@ IOResult<KVBitmapPtr> decodePng(std::span<const std::uint8_t> data)
     layout.samplesPerPixel = header.channels;
     layout.hasAlpha = alpha;
     layout.bitmapFormat = alpha ? kBitmapFormatAlphaNonpremultiplied : 0u;
-    // Deflate expands by at most 1032 to 1, and the smallest pixel a PNG stores is one bit.
     IOResult<KVBitmapPtr> allocated =
-        allocateBitmapForDecoding(layout, std::move(colorSpace), 0, {data.size(), 1032 * 8});
+        allocateBitmapForDecoding(layout, std::move(colorSpace), 0, plausible);
     if (!allocated)
         return allocated;
     KVBitmapPtr bitmap = allocated.take();

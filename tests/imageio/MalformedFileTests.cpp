@@ -241,6 +241,15 @@ TEST(OversizedImage, GifFrameOf65535Squared)
     expectTooLarge(gifWithFrameSize(65535, 65535), "GIF");
 }
 
+// A run-length BMP with its header's size changed: a kilobyte of runs.
+std::vector<std::uint8_t> runLengthBmpOfSize(std::uint32_t side)
+{
+    std::vector<std::uint8_t> bmp = fixtureBytes("palette8.bmp");
+    std::memcpy(&bmp[18], &side, 4);
+    std::memcpy(&bmp[22], &side, 4);
+    return bmp;
+}
+
 TEST(OversizedImage, AFewBytesCannotHoldAHugePicture)
 {
     // 20000 x 20000 RGB pixels (1.2 GB) would fit in memory, but these files are far too small
@@ -249,6 +258,7 @@ TEST(OversizedImage, AFewBytesCannotHoldAHugePicture)
         pngHeader(20000, 20000, 8, 2),
         jpegWithFrameSize(20000, 20000),
         gifWithFrameSize(20000, 20000),
+        runLengthBmpOfSize(20000),
     };
     for (const std::vector<std::uint8_t>& bytes : files) {
         IOResult<KVBitmapPtr> decoded = decodeImage(bytes);
@@ -283,11 +293,7 @@ TEST(OversizedImage, GifFrameFarOutOnItsScreenIsDecodedAtItsOwnSize)
 
 TEST(OversizedImage, RunLengthBmpOf40000Squared)
 {
-    std::vector<std::uint8_t> bmp = fixtureBytes("palette8.bmp");
-    const std::uint32_t side = 40000;
-    std::memcpy(&bmp[18], &side, 4);
-    std::memcpy(&bmp[22], &side, 4);
-    expectTooLarge(bmp, "BMP");
+    expectTooLarge(runLengthBmpOfSize(40000), "BMP");
 }
 
 TEST(ImageLimits, SampleBytesAgainstTheColourTable)
