@@ -5,6 +5,9 @@
 #include <bit>
 #include <cstdint>
 #include <cstdio>
+#include <ostream>
+#include <string>
+#include <vector>
 
 namespace tintorra::cli_test {
 namespace {
@@ -54,6 +57,20 @@ struct DecodedCase {
     std::string pointer;
     double expected;
 };
+
+void printArguments(const std::vector<std::string>& arguments, std::ostream* os)
+{
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        *os << (i == 0 ? "" : " ") << arguments[i];
+    }
+}
+
+void PrintTo(const DecodedCase& c, std::ostream* os)
+{
+    *os << "{";
+    printArguments(c.options, os);
+    *os << " -> " << c.pointer << "}";
+}
 
 class ParamsRoundTrip : public testing::TestWithParam<DecodedCase> {};
 
@@ -136,6 +153,13 @@ struct UsageCase {
     std::vector<std::string> arguments;
     int exitCode;
 };
+
+void PrintTo(const UsageCase& c, std::ostream* os)
+{
+    *os << "{";
+    printArguments(c.arguments, os);
+    *os << " -> exit " << c.exitCode << "}";
+}
 
 class ParamsRefusals : public testing::TestWithParam<UsageCase> {};
 

@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <fstream>
+#include <ostream>
 
 namespace tintorra::cli_test {
 namespace {
@@ -268,6 +269,11 @@ struct RefusalCase {
     std::vector<std::string> arguments;
     int exitCode;
 };
+
+void PrintTo(const RefusalCase& c, std::ostream* os)
+{
+    *os << c.name;
+}
 
 class ShiftRefusals : public testing::TestWithParam<RefusalCase> {};
 

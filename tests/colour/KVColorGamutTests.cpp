@@ -189,6 +189,12 @@ struct AllocationCase {
     const char* diagnostics;
 };
 
+// The expected text holds newlines; the failing allocation alone tells the cases apart.
+void PrintTo(const AllocationCase& c, std::ostream* os)
+{
+    *os << "{failing=" << c.failing << "}";
+}
+
 class KVColorGamutAllocation : public ::testing::TestWithParam<AllocationCase> {
 protected:
     void TearDown() override { KVColorGamut::failTableAllocationForTesting(-1); }

@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <limits>
+#include <ostream>
 
 namespace tintorra {
 namespace {
@@ -37,6 +38,11 @@ struct ClampCase {
     double given;
     double stored;
 };
+
+void PrintTo(const ClampCase& c, std::ostream* os)
+{
+    *os << "{given=" << c.given << " stored=" << c.stored << "}";
+}
 
 class TargetModifierClamp : public testing::TestWithParam<ClampCase> {};
 

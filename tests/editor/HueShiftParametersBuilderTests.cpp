@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <ostream>
 
 namespace tintorra {
 namespace {
@@ -68,6 +69,11 @@ struct OppositeCase {
     double upper;
     double opposite;
 };
+
+void PrintTo(const OppositeCase& c, std::ostream* os)
+{
+    *os << "{lower=" << c.lower << " upper=" << c.upper << " opposite=" << c.opposite << "}";
+}
 
 class HighlightPlaceholder : public testing::TestWithParam<OppositeCase> {};
 

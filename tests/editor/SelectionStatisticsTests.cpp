@@ -9,6 +9,7 @@
 #include <cstring>
 #include <limits>
 #include <memory>
+#include <ostream>
 
 namespace tintorra {
 namespace {
@@ -143,6 +144,12 @@ struct CurveGainCase {
     double meanLightness;
     double gain;
 };
+
+void PrintTo(const CurveGainCase& c, std::ostream* os)
+{
+    *os << "{model=" << c.model << " meanLightness=" << c.meanLightness << " gain=" << c.gain
+        << "}";
+}
 
 class CurveGain : public testing::TestWithParam<CurveGainCase> {};
 

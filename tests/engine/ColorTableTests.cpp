@@ -15,6 +15,7 @@
 #include <fstream>
 #include <iterator>
 #include <numbers>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -94,6 +95,11 @@ struct LayoutCase {
     TableLayout layout;
     bool varyAlpha;
 };
+
+void PrintTo(const LayoutCase& c, std::ostream* os)
+{
+    *os << c.layout.name << (c.varyAlpha ? ", varying alpha" : "");
+}
 
 class ColorTableLayouts : public testing::TestWithParam<LayoutCase> {};
 

@@ -6,6 +6,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 namespace tintorra {
 namespace {
 
@@ -46,6 +48,12 @@ struct MaskCase {
     int grey[3]; // cyan, red, transparent
     int selected;
 };
+
+void PrintTo(const MaskCase& c, std::ostream* os)
+{
+    *os << "{mask=" << c.mask << " grey=" << c.grey[0] << "," << c.grey[1] << "," << c.grey[2]
+        << " selected=" << c.selected << "}";
+}
 
 class GreyMasks : public testing::TestWithParam<MaskCase> {};
 

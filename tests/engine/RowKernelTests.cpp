@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <ostream>
 
 namespace tintorra {
 namespace {
@@ -76,6 +77,12 @@ struct KernelCase {
     double targetSat;
     bool preserveHue;
 };
+
+void PrintTo(const KernelCase& c, std::ostream* os)
+{
+    *os << "{model=" << c.model << " mask=" << c.mask << " targetBri=" << c.targetBri
+        << " targetSat=" << c.targetSat << " preserveHue=" << c.preserveHue << "}";
+}
 
 class RowKernel : public testing::TestWithParam<KernelCase> {};
 

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <ostream>
+
 namespace tintorra {
 namespace {
 
@@ -14,6 +16,11 @@ struct SampleCase {
     unsigned black;
     unsigned white;
 };
+
+void PrintTo(const SampleCase& c, std::ostream* os)
+{
+    *os << "{c=" << c.c << " a=" << c.a << " black=" << c.black << " white=" << c.white << "}";
+}
 
 class PremultipliedMaskSample : public testing::TestWithParam<SampleCase> {};
 

@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <limits>
+#include <ostream>
 
 namespace tintorra {
 namespace {
@@ -27,6 +28,11 @@ struct ChainCase {
     double bounds[4]; // lower fall-off, lower, upper, upper fall-off, as delivered
     double chain[4];  // after normalisation, in fractions of the period
 };
+
+void PrintTo(const ChainCase& c, std::ostream* os)
+{
+    *os << c.name;
+}
 
 class HueChain : public testing::TestWithParam<ChainCase> {};
 
@@ -120,6 +126,11 @@ struct HueWeightCase {
     double degrees;
     double weight;
 };
+
+void PrintTo(const HueWeightCase& c, std::ostream* os)
+{
+    *os << "{degrees=" << c.degrees << " weight=" << c.weight << "}";
+}
 
 class SavedRangeAcrossZero : public testing::TestWithParam<HueWeightCase> {};
 

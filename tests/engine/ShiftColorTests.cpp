@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <limits>
+#include <ostream>
 #include <string>
 
 namespace tintorra {
@@ -35,6 +36,12 @@ struct BrightnessCase {
     double lightness;
     double expected;
 };
+
+void PrintTo(const BrightnessCase& c, std::ostream* os)
+{
+    *os << "{targetBri=" << c.targetBri << " saturation=" << c.saturation
+        << " lightness=" << c.lightness << " expected=" << c.expected << "}";
+}
 
 class LchBrightness : public testing::TestWithParam<BrightnessCase> {};
 
@@ -309,6 +316,11 @@ struct CylinderCase {
     double expectedS;
     double expectedV;
 };
+
+void PrintTo(const CylinderCase& c, std::ostream* os)
+{
+    *os << c.name;
+}
 
 class CylinderShift : public testing::TestWithParam<CylinderCase> {};
 
