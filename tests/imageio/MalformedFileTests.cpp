@@ -206,6 +206,8 @@ TEST(OversizedImage, PngHeaderOfTenBillionPixels)
 {
     // 100000 x 100000 16-bit RGBA pixels: 80 GB of samples.
     expectTooLarge(pngHeader(100000, 100000, 16, 6), "PNG");
+    // One row of 2^31 - 1 such pixels: refused before a 16 GB row buffer is asked for.
+    expectTooLarge(pngHeader(0x7fffffff, 1, 16, 6), "PNG row");
 }
 
 TEST(OversizedImage, JpegFrameOf65500Squared)
