@@ -57,6 +57,12 @@ struct StreamCloser {
 struct ImageCloser {
     void operator()(opj_image_t* image) const { opj_image_destroy(image); }
 };
+// The most pixels a byte of codestream is taken to describe. Real pictures compress far less
+// than this; a few bytes that declare a huge picture only make the decoder work and allocate.
+constexpr std::uint64_t kMostPixelsPerByte = 8192;
+// More tiles than this cost the decoder more than any picture it could hold needs.
+constexpr std::uint64_t kMostTiles = 65536;
+
 using CodecHandle = std::unique_ptr<opj_codec_t, CodecCloser>;
 using StreamHandle = std::unique_ptr<opj_stream_t, StreamCloser>;
 using ImageHandle = std::unique_ptr<opj_image_t, ImageCloser>;
@@ -199,10 +205,24 @@ IOResult<KVBitmapPtr> decodeJpeg2000(std::span<const std::uint8_t> data)
     const int bits = precision <= 8 ? 8 : 16;
     // OpenJPEG decodes into 32-bit integers per sample beside the bitmap: check before it
     // allocates them.
-    IOStatus fits = checkImageDimensions(width, height, image->numcomps,
-                                         static_cast<std::uint64_t>(bits), sizeof(OPJ_INT32));
-    if (!fits)
-        return ioError(fits.error().message);
+    KVBitmapLayout declared;
+    declared.pixelsWide = width;
+    declared.pixelsHigh = height;
+    declared.samplesPerPixel = image->numcomps;
+    declared.bitsPerSample = bits;
+    if (IOStatus fits =
+            checkDecodableSize(declared, sizeof(OPJ_INT32), {data.size(), kMostPixelsPerByte});
+        !fits)
+        return fits.error();
+    // Each tile costs the decoder its own buffers and passes, however little it holds: a
+    // header that cuts the image into a great many tiles keeps it busy for nothing.
+    if (opj_codestream_info_v2_t* info = opj_get_cstr_info(codec.get())) {
+        const std::uint64_t tiles = static_cast<std::uint64_t>(info->tw) * info->th;
+        opj_destroy_cstr_info(&info);
+        if (tiles > kMostTiles)
+            return ioError("The JPEG 2000 image is cut into " + std::to_string(tiles) +
+                           " tiles, more than Tintorra opens; save it with fewer, larger tiles.");
+    }
 
     if (!opj_decode(codec.get(), stream.get(), image.get()) ||
         !opj_end_decompress(codec.get(), stream.get()))

@@ -9,7 +9,9 @@
 #include <gtest/gtest.h>
 #include <tiffio.h>
 
+#include <algorithm>
 #include <cstring>
+#include <string_view>
 
 namespace tintorra {
 namespace {
@@ -252,15 +254,37 @@ std::vector<std::uint8_t> runLengthBmpOfSize(std::uint32_t side)
     return bmp;
 }
 
+// A JPEG 2000 file of a small picture whose headers (the image header box and the codestream's
+// size marker) declare another size, in one tile.
+std::vector<std::uint8_t> jpeg2000WithSize(std::uint32_t side)
+{
+    const KVBitmapPtr picture = KVBitmap::deviceRGBA8888Rep(24, 16, false);
+    std::vector<std::uint8_t> jp2 = encodeImage(*picture, ImageFormat::jpeg2000).take();
+    const auto put = [&](std::string_view marker, std::initializer_list<std::ptrdiff_t> offsets) {
+        const auto at = std::search(jp2.begin(), jp2.end(), marker.begin(), marker.end(),
+                                    [](std::uint8_t byte, char c) {
+                                        return byte == static_cast<std::uint8_t>(c);
+                                    });
+        ASSERT_NE(at, jp2.end()) << marker;
+        for (const std::ptrdiff_t offset : offsets) {
+            for (int i = 0; i < 4; ++i) {
+                at[offset + i] = static_cast<std::uint8_t>(side >> (24 - 8 * i));
+            }
+        }
+    };
+    put("ihdr", {4, 8});              // height, width
+    put("\xFF\x51", {6, 10, 22, 26}); // Xsiz, Ysiz, XTsiz, YTsiz
+    return jp2;
+}
+
 TEST(OversizedImage, AFewBytesCannotHoldAHugePicture)
 {
     // 20000 x 20000 RGB pixels (1.2 GB) would fit in memory, but these files are far too small
     // to hold them whatever their compression.
     const std::vector<std::uint8_t> files[] = {
-        pngHeader(20000, 20000, 8, 2),
-        jpegWithFrameSize(20000, 20000),
-        gifWithFrameSize(20000, 20000),
-        runLengthBmpOfSize(20000),
+        pngHeader(20000, 20000, 8, 2),  jpegWithFrameSize(20000, 20000),
+        gifWithFrameSize(20000, 20000), runLengthBmpOfSize(20000),
+        jpeg2000WithSize(20000),
     };
     for (const std::vector<std::uint8_t>& bytes : files) {
         IOResult<KVBitmapPtr> decoded = decodeImage(bytes);
