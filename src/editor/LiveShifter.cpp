@@ -1,0 +1,69 @@
+#include "editor/LiveShifter.h"
+
+namespace tintorra {
+
+LiveShifter::LiveShifter(Engine& engine, Delivery deliver)
+    : engine_(engine), deliver_(std::move(deliver)),
+      thread_([this](std::stop_token stop) { serve(stop); })
+{}
+
+LiveShifter::~LiveShifter()
+{
+    {
+        const std::lock_guard lock(mutex_);
+        running_.request_stop();
+    }
+    thread_.request_stop();
+    changed_.notify_all();
+}
+
+std::uint64_t LiveShifter::submit(ShiftRequest request)
+{
+    std::uint64_t number = 0;
+    {
+        const std::lock_guard lock(mutex_);
+        number = ++lastNumber_;
+        waiting_ = std::move(request);
+        waitingNumber_ = number;
+    }
+    changed_.notify_all();
+    return number;
+}
+
+void LiveShifter::withdrawAll()
+{
+    std::unique_lock lock(mutex_);
+    waiting_.reset();
+    running_.request_stop();
+    changed_.wait(lock, [&] { return !busy_; });
+}
+
+void LiveShifter::serve(std::stop_token stop)
+{
+    std::unique_lock lock(mutex_);
+    for (;;) {
+        changed_.wait(lock, stop, [&] { return waiting_.has_value(); });
+        if (stop.stop_requested()) {
+            return;
+        }
+        ShiftRequest request = std::move(*waiting_);
+        waiting_.reset();
+        const std::uint64_t number = waitingNumber_;
+        running_ = std::stop_source();
+        const std::stop_token runStop = running_.get_token();
+        busy_ = true;
+        lock.unlock();
+
+        Result<KVBitmapPtr> result = engine_.shift(request, runStop);
+        // A stopped run's picture is half done; nobody may see it.
+        if (!runStop.stop_requested()) {
+            deliver_(number, std::move(result));
+        }
+
+        lock.lock();
+        busy_ = false;
+        changed_.notify_all();
+    }
+}
+
+} // namespace tintorra

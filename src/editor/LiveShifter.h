@@ -1,0 +1,56 @@
+#pragma once
+
+#include "common/Error.h"
+#include "engine/Engine.h"
+
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <stop_token>
+#include <thread>
+
+namespace tintorra {
+
+// Keeps an editor's shifted image up to date without making anyone wait: shifts run one at a
+// time on a thread of their own, and requests that arrive while one runs are coalesced, so that
+// only the newest of them runs next. Every request gets a number that grows with each submission;
+// results are delivered in that order, each newer than the last, and the last one delivered is
+// always that of the newest request (unless it was withdrawn).
+class LiveShifter {
+public:
+    // Called on the shifter's thread with the request's number and its result. A request that
+    // was withdrawn, or stopped because its picture went away, delivers nothing.
+    using Delivery = std::function<void(std::uint64_t request, Result<KVBitmapPtr> result)>;
+
+    LiveShifter(Engine& engine, Delivery deliver);
+    // Stops a running shift and waits for the thread.
+    ~LiveShifter();
+    LiveShifter(const LiveShifter&) = delete;
+    LiveShifter& operator=(const LiveShifter&) = delete;
+
+    // Queues a shift in place of any that waits; returns its number.
+    std::uint64_t submit(ShiftRequest request);
+
+    // Drops what waits and stops what runs (for a picture that is being replaced); returns
+    // once nothing of theirs will be delivered.
+    void withdrawAll();
+
+private:
+    void serve(std::stop_token stop);
+
+    Engine& engine_;
+    Delivery deliver_;
+    std::mutex mutex_;
+    std::condition_variable_any changed_;
+    std::optional<ShiftRequest> waiting_;
+    std::uint64_t waitingNumber_ = 0;
+    std::uint64_t lastNumber_ = 0;
+    // The running shift's own stop, so that withdrawing stops it without ending the thread.
+    std::stop_source running_;
+    bool busy_ = false;
+    std::jthread thread_;
+};
+
+} // namespace tintorra
