@@ -1,7 +1,9 @@
 #include "app/ControlsWindow.h"
 
 #include "colour/KVLChColor.h"
+#include "editor/HueShiftParametersBuilder.h"
 #include "engine/HueSpectrum.h"
+#include "ui/KVBitmapPreview.h"
 #include "ui/KVCircularSlider.h"
 #include "ui/KVLChColorMetaType.h"
 #include "ui/KVNotificationCenter.h"
@@ -36,8 +38,22 @@ QGroupBox* group(const QString& title, QWidget* parent)
 
 } // namespace
 
+namespace {
+constexpr int kPreviewSide = 360;
+} // namespace
+
 ControlsWindow::ControlsWindow(Engine& engine, KVBitmapPtr image, QWidget* parent)
-    : QMainWindow(parent), engine_(engine), image_(std::move(image))
+    : QMainWindow(parent), engine_(engine), image_(std::move(image)),
+      shifter_(engine, [this](std::uint64_t request, Result<KVBitmapPtr> result) {
+          if (!result) {
+              return;
+          }
+          // Made here, off the main thread, which only shows it.
+          QImage preview = previewImage(result.value(), kPreviewSide);
+          QMetaObject::invokeMethod(
+              this, [this, request, preview] { showShifted(request, preview); },
+              Qt::QueuedConnection);
+      })
 {
     setWindowTitle(tr("Tintorra"));
     buildControls();
@@ -96,6 +112,13 @@ void ControlsWindow::buildControls()
     spectrum_->setColorSpaceModel(parameters_.colorSpaceModel());
     spectrum_->setDrawLog(true);
 
+    preview_ = new QLabel(central);
+    preview_->setObjectName(QStringLiteral("preview"));
+    preview_->setToolTip(tr("The image with the selection shifted"));
+    preview_->setAlignment(Qt::AlignCenter);
+    preview_->setMinimumSize(kPreviewSide, kPreviewSide);
+    preview_->setPixmap(QPixmap::fromImage(previewImage(image_, kPreviewSide)));
+
     summary_ = new QLabel(central);
     summary_->setTextInteractionFlags(Qt::TextSelectableByMouse);
     summary_->setWordWrap(true);
@@ -103,8 +126,9 @@ void ControlsWindow::buildControls()
 
     columns->addWidget(selection, 0, 0);
     columns->addWidget(target, 0, 1);
+    columns->addWidget(preview_, 0, 2, 2, 1);
     columns->addWidget(spectrum_, 1, 0, 1, 2);
-    columns->addWidget(summary_, 2, 0, 1, 2);
+    columns->addWidget(summary_, 2, 0, 1, 3);
     setCentralWidget(central);
 
     connect(sourceHue_, &KVCircularSlider::valuesChanged, this, [this](const KVSliderValues& v) {
@@ -157,17 +181,46 @@ void ControlsWindow::describeImageInBackground()
         auto spectrum =
             std::make_shared<const LChSpectrum>(createLChSpectrumFromLChColorTable(*table.value()));
         QMetaObject::invokeMethod(
-            this, [this, gamut = gamut.take(), spectrum] { showImageDescription(gamut, spectrum); },
+            this,
+            [this, gamut = gamut.take(), table = table.take(), spectrum] {
+                showImageDescription(gamut, table, spectrum);
+            },
             Qt::QueuedConnection);
     });
 }
 
-void ControlsWindow::showImageDescription(KVColorGamutPtr gamut, LChSpectrumPtr spectrum)
+void ControlsWindow::showImageDescription(KVColorGamutPtr gamut, ColorTablePtr table,
+                                          LChSpectrumPtr spectrum)
 {
+    gamut_ = gamut;
+    table_ = std::move(table);
+    spectrumData_ = spectrum;
     sourceHue_->setColorGamut(gamut);
     targetHue_->setColorGamut(gamut);
     spectrum_->setColorGamut(gamut);
     spectrum_->setSpectrum(std::move(spectrum));
+    requestShift();
+}
+
+void ControlsWindow::requestShift()
+{
+    if (table_ == nullptr) {
+        return; // the image's description is still being built
+    }
+    HueShiftContext context;
+    context.gamut = gamut_;
+    context.colorTable = table_.get();
+    context.spectrum = spectrumData_.get();
+    shifter_.submit({image_, nullptr, hueShiftParameters(parameters_, context), table_});
+}
+
+void ControlsWindow::showShifted(std::uint64_t request, const QImage& preview)
+{
+    if (request <= shownRequest_) {
+        return;
+    }
+    shownRequest_ = request;
+    preview_->setPixmap(QPixmap::fromImage(preview));
 }
 
 void ControlsWindow::parametersChanged()
@@ -182,6 +235,7 @@ void ControlsWindow::parametersChanged()
                                percent(saturation.lower), percent(saturation.upper),
                                percent(brightness.lower), percent(brightness.upper))
                           .arg(degrees(parameters_.targetHue())));
+    requestShift();
 }
 
 } // namespace tintorra

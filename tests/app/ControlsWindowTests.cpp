@@ -48,6 +48,24 @@ private slots:
         QCOMPARE(occupied, 2);
     }
 
+    // Moving the target shows the image shifted: the red half turns towards cyan, the blue half
+    // stays as it was.
+    void previewShowsTheShiftedImage()
+    {
+        Engine engine({2});
+        ControlsWindow window(engine, twoColourImage());
+        auto* source = window.findChild<KVCircularSlider*>(QStringLiteral("sourceHue"));
+        auto* target = window.findChild<KVCircularSlider*>(QStringLiteral("targetHue"));
+        auto* preview = window.findChild<QLabel*>(QStringLiteral("preview"));
+        QVERIFY(source != nullptr && target != nullptr && preview != nullptr);
+        const auto pixel = [&](int x) { return preview->pixmap().toImage().pixelColor(x, 0); };
+        QCOMPARE(pixel(0), QColor(220, 40, 30));
+        source->setMiddleValue(0.03);
+        target->setMiddleValue(0.5);
+        QTRY_VERIFY(pixel(0).green() > pixel(0).red() && pixel(0).blue() > pixel(0).red());
+        QCOMPARE(pixel(31), QColor(30, 40, 220));
+    }
+
     // What the rings say reaches the parameter set the window shows.
     void ringsDriveTheParameterSet()
     {
