@@ -18,8 +18,8 @@ packages=(
   libcli11-dev nlohmann-json3-dev
   # desktop application
   qt6-base-dev qt6-pdf-dev qt6-svg-dev qt6-tools-dev qt6-tools-dev-tools libgl-dev libxcb1-dev
-  # tests and benchmarks
-  libgtest-dev libgmock-dev libbenchmark-dev
+  # tests and benchmarks, and the fuzz targets (clang's libFuzzer)
+  libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev
   # real ICC profiles the colour tests read
   colord-data icc-profiles-free argyll-ref
   # file tools whose output the image tests check against

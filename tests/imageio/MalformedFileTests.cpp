@@ -261,10 +261,9 @@ std::vector<std::uint8_t> jpeg2000WithSize(std::uint32_t side)
     const KVBitmapPtr picture = KVBitmap::deviceRGBA8888Rep(24, 16, false);
     std::vector<std::uint8_t> jp2 = encodeImage(*picture, ImageFormat::jpeg2000).take();
     const auto put = [&](std::string_view marker, std::initializer_list<std::ptrdiff_t> offsets) {
-        const auto at = std::search(jp2.begin(), jp2.end(), marker.begin(), marker.end(),
-                                    [](std::uint8_t byte, char c) {
-                                        return byte == static_cast<std::uint8_t>(c);
-                                    });
+        const auto at = std::search(
+            jp2.begin(), jp2.end(), marker.begin(), marker.end(),
+            [](std::uint8_t byte, char c) { return byte == static_cast<std::uint8_t>(c); });
         ASSERT_NE(at, jp2.end()) << marker;
         for (const std::ptrdiff_t offset : offsets) {
             for (int i = 0; i < 4; ++i) {
