@@ -121,6 +121,10 @@ CommandRunner addGamutCommand(CLI::App& tool, const GlobalOptions&)
         if (!o.hue && !o.maxChroma && !o.table) {
             failUsage("gamut needs --hue DEG --lightness L, --max-chroma DEG or --table OUT.csv");
         }
+        if (o.lightness && !(*o.lightness >= 0.0 && *o.lightness <= 100.0)) {
+            failUsage("--lightness " + CLI::detail::to_string(*o.lightness) +
+                      " is outside 0..100; give a lightness from 0 (black) to 100 (white)");
+        }
         const long mode = o.mode == "lchab" ? 1 : 0;
         std::unique_ptr<KVColorGamut> gamut;
         {

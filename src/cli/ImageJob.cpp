@@ -17,8 +17,7 @@ LoadedImage loadImageData(std::span<const std::uint8_t> data, const std::string&
     // By content: a TIFF goes the document's way, so that Tintorra documents give their source.
     const auto source = ImageSource::open(data);
     if (!source) {
-        failProcessing(name + ": " + source.error().message +
-                       "; give a TIFF, PNG, JPEG or JPEG 2000 image");
+        failProcessing(withHint(name + ": " + source.error().message, ""));
     }
     const bool tiff = source.value().format() == ImageFormat::tiff;
     std::optional<DocumentImageReps> reps;
@@ -28,10 +27,15 @@ LoadedImage loadImageData(std::span<const std::uint8_t> data, const std::string&
     }
     if (!reps || reps->imageReps.empty() || !reps->imageReps.front()) {
         if (!error.localizedDescription.empty()) {
-            failProcessing(name + ": " + error.localizedDescription + " " +
-                           error.localizedRecoverySuggestion);
+            failProcessing(withHint(name + ": " + error.localizedDescription,
+                                    error.localizedRecoverySuggestion));
         }
-        failProcessing(name + ": the image could not be decoded; check that the file is complete");
+        // The decoder's own reason (damaged, too large, ...) fits better than a guess.
+        const auto decoded = decodeImage(data);
+        failProcessing(withHint(
+            name + ": " +
+                (decoded ? std::string("the image could not be read") : decoded.error().message),
+            ""));
     }
     LoadedImage image;
     image.path = name;

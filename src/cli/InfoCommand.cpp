@@ -63,13 +63,12 @@ Json describeFile(const std::string& path)
     }
     auto opened = ImageSource::open(data.value());
     if (!opened) {
-        failProcessing(path + ": " + opened.error().message +
-                       "; give a TIFF, PNG, JPEG, JPEG 2000, BMP or GIF image");
+        failProcessing(withHint(path + ": " + opened.error().message, ""));
     }
     ImageSource& source = opened.value();
     const auto page = source.decodePage(0);
     if (!page) {
-        failProcessing(path + ": " + page.error().message + "; check that the file is complete");
+        failProcessing(withHint(path + ": " + page.error().message, ""));
     }
     const KVBitmap& bitmap = *page.value();
     const auto artist = source.stringProperty(kTiffTagArtist);

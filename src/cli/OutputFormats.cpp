@@ -15,6 +15,11 @@ bool isDocumentFormat(const OutputFormat& format)
     return format.type == TintorraTIFFType;
 }
 
+bool sameFileFormat(const OutputFormat& a, const OutputFormat& b)
+{
+    return formatForType(a.type) == formatForType(b.type);
+}
+
 std::optional<OutputFormat> outputFormatNamed(const std::string& name)
 {
     if (name == "tiff") {
@@ -68,10 +73,8 @@ void writeOutput(const std::filesystem::path& path, const OutputFormat& format,
         document.hueShiftParameters = images.parameters;
         KVError error;
         if (!saveDocument(path, format.type, document, inputs, &error)) {
-            failProcessing(path.string() + ": " + error.localizedDescription +
-                           (error.localizedRecoverySuggestion.empty()
-                                ? ""
-                                : " " + error.localizedRecoverySuggestion));
+            failProcessing(withHint(path.string() + ": " + error.localizedDescription,
+                                    error.localizedRecoverySuggestion));
         }
         return;
     }

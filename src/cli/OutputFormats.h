@@ -20,6 +20,9 @@ struct OutputFormat {
 // Whether the format is the document, which keeps the source beside the shifted image.
 bool isDocumentFormat(const OutputFormat& format);
 
+// Whether files of both formats are encoded alike (a document is a TIFF).
+bool sameFileFormat(const OutputFormat& a, const OutputFormat& b);
+
 // "tiff", "png", "jpeg", "jp2" or "document"; nothing for other names.
 std::optional<OutputFormat> outputFormatNamed(const std::string& name);
 // The format a file name's extension stands for; nothing for an unknown extension.

@@ -43,8 +43,7 @@ std::vector<double> parseNumberList(const std::string& text, char separator,
         const char* last = item.data() + item.size();
         const auto [next, error] = std::from_chars(first, last, value);
         if (item.empty() || error != std::errc() || next != last || !std::isfinite(value)) {
-            failUsage(option + ": '" + item + "' in '" + text +
-                      "' is not a number; see 'tintorra-cli shift --help'");
+            failUsage(option + ": '" + item + "' in '" + text + "' is not a number");
         }
         numbers.push_back(value);
         if (end == std::string::npos) {
@@ -81,10 +80,32 @@ KVSliderValues fractionRange(const std::string& text, const std::string& option)
     return {b.upperFalloff, b.upper, (b.lower + b.upper) / 2.0, b.lower, b.lowerFalloff};
 }
 
+// Hue bounds may cross 0 but must run counter-clockwise, lowerFalloff to upperFalloff, around at
+// most one turn; anything else would select a different range than the one typed.
+void checkHueBounds(const RangeBounds& b, const std::string& text)
+{
+    for (const double v : {b.lowerFalloff, b.lower, b.upper, b.upperFalloff}) {
+        if (v < -360.0 || v > 360.0) {
+            failUsage("--hue " + text + ": every bound must lie in -360..360 degrees");
+        }
+    }
+    const auto step = [](double from, double to) {
+        return to < from ? to - from + 360.0 : to - from;
+    };
+    const double turn =
+        step(b.lowerFalloff, b.lower) + step(b.lower, b.upper) + step(b.upper, b.upperFalloff);
+    if (turn > 360.0) {
+        failUsage("--hue " + text +
+                  ": the bounds are out of order; give them counter-clockwise as "
+                  "lowerFalloff:lower:upper:upperFalloff, e.g. 340:350:10:20");
+    }
+}
+
 void applyHueOptions(const ParameterOptions& options, KVHueShiftParameterSet& set)
 {
     if (options.hue) {
         const RangeBounds b = parseRangeBounds(*options.hue, "--hue");
+        checkHueBounds(b, *options.hue);
         // Bounds only: the middle is derived circularly, so a range across 0 gets its middle
         // where the ring shows it.
         set.setSourceHueValues({{"upperFalloff", hueFraction(b.upperFalloff)},
@@ -93,6 +114,9 @@ void applyHueOptions(const ParameterOptions& options, KVHueShiftParameterSet& se
                                 {"lowerFalloff", hueFraction(b.lowerFalloff)}});
     }
     if (options.hueCenter) {
+        if (!std::isfinite(*options.hueCenter)) {
+            failUsage("--hue-center must be a finite number of degrees");
+        }
         if (options.hueSpread < 0.0 || options.hueSpread > 180.0) {
             failUsage("--hue-spread must lie in 0..180 degrees");
         }
@@ -159,6 +183,21 @@ std::optional<KVValueDictionary> namedHueSet(const std::string& name)
         }
     }
     return std::nullopt;
+}
+
+void checkParameterString(const std::string& text, const std::string& what)
+{
+    const std::size_t digits = kHueShiftParameterStringLength - kHueShiftParameterPrefix.size();
+    const bool prefixed = text.rfind(kHueShiftParameterPrefix, 0) == 0;
+    const bool hex =
+        prefixed && text.find_first_not_of("0123456789ABCDEFabcdef",
+                                           kHueShiftParameterPrefix.size()) == std::string::npos;
+    if (!prefixed || !hex || text.size() != kHueShiftParameterStringLength) {
+        const std::string shown = text.size() > 24 ? text.substr(0, 24) + "..." : text;
+        failUsage((what.empty() ? "" : what + " ") + "'" + shown +
+                  "' is not a parameter string: it must be \"tolm\" and " + std::to_string(digits) +
+                  " hexadecimal digits, as 'tintorra-cli params encode' prints");
+    }
 }
 
 std::string parametersOfDocument(const std::string& path)
@@ -253,6 +292,9 @@ KVHueShiftParameterSet parameterSetFromOptions(const ParameterOptions& options)
     std::optional<std::string> text = options.params;
     if (options.paramsFrom) {
         text = parametersOfDocument(*options.paramsFrom);
+    }
+    if (options.params) {
+        checkParameterString(*options.params, "--params");
     }
     if (text && !setHueShiftParametersFromHexEncodedString(set, *text)) {
         failUsage("--params must begin with \"tolm\"; use a string from 'tintorra-cli params "

@@ -83,10 +83,12 @@ CommandRunner addParamsCommand(CLI::App& tool, const GlobalOptions&)
             }
             const std::string string =
                 options->from ? parametersOfDocument(*options->from) : *options->text;
+            if (options->text) {
+                checkParameterString(string, "");
+            }
             const auto decoded = decodeHueShiftParameters(string);
             if (!decoded) {
-                failProcessing("'" + string.substr(0, 24) + (string.size() > 24 ? "..." : "") +
-                               "' is not a parameter string; it must begin with \"tolm\"");
+                failProcessing(*options->from + ": its parameters cannot be read");
             }
             printJson(decodedJson(*decoded));
             return kExitSuccess;

@@ -26,7 +26,7 @@ struct ShiftOptions {
     std::optional<std::string> directory;
     std::string view = "shifted";
     std::optional<std::string> format;
-    double quality = 0.9;
+    double quality = 90.0;
     std::optional<std::string> exclusionMask;
     std::optional<std::string> inclusionMask;
     unsigned threads = 0;
@@ -47,6 +47,11 @@ OutputFormat formatFor(const ShiftOptions& o, const std::filesystem::path& input
         if (!named) {
             failUsage("--format '" + *o.format +
                       "' is not an output format; use tiff, png, jpeg, jp2 or document");
+        }
+        const auto byName = o.output ? outputFormatForPath(*o.output) : std::nullopt;
+        if (byName && !sameFileFormat(*byName, *named)) {
+            failUsage("--format " + *o.format + " disagrees with the extension of '" + *o.output +
+                      "'; end the file in ." + named->extension + " or leave out --format");
         }
         return *named;
     }
@@ -134,7 +139,7 @@ Json shiftOne(Engine& engine, const ShiftOptions& o, const KVHueShiftParameterSe
     writeOutput(output, format,
                 {result, image.source, exclusion, inclusion,
                  hexEncodedStringFromHueShiftParameters(record)},
-                o.quality, inputs);
+                o.quality > 1.0 ? o.quality / 100.0 : o.quality, inputs);
     const double saveMs = clock.lap();
     progress.update(first + kStepsPerImage, "wrote " + output.filename().string());
 
@@ -189,8 +194,9 @@ CommandRunner addShiftCommand(CLI::App& tool, const GlobalOptions& global)
     command->add_option("--format", o.format,
                         "tiff|png|jpeg|jp2|document (default from the output's extension; "
                         "document = multi-page TIFF with source, masks and parameters)");
-    command->add_option("--quality", o.quality, "JPEG quality 0..1 (default 0.9)")
-        ->check(CLI::Range(0.0, 1.0));
+    command->add_option("--quality", o.quality,
+                        "JPEG quality 0-100 (default 90); a value up to 1 is taken as a fraction, "
+                        "so 0.8 is 80 and 1 is 100");
     command->add_option("--exclusion-mask", o.exclusionMask,
                         "image of the areas to keep unchanged (white = painted)");
     command->add_option("--inclusion-mask", o.inclusionMask,
@@ -208,11 +214,15 @@ CommandRunner addShiftCommand(CLI::App& tool, const GlobalOptions& global)
     return [command, options, &global]() -> int {
         const ShiftOptions& o = *options;
         if (!o.output && !o.directory) {
-            failUsage("shift needs -o OUT or -d DIR; see 'tintorra-cli shift --help'");
+            failUsage("shift needs -o OUT or -d DIR");
         }
         if (o.output && o.inputs.size() > 1) {
             failUsage("-o takes one input, got " + std::to_string(o.inputs.size()) +
                       "; use -d DIR for several");
+        }
+        if (!(o.quality >= 0.0 && o.quality <= 100.0)) {
+            failUsage("--quality " + CLI::detail::to_string(o.quality) +
+                      " is outside 0-100; give e.g. --quality 85");
         }
         const KVHueShiftParameterSet set = parameterSetFromOptions(o.parameters);
         // Usage errors in the format are found before any work is done.

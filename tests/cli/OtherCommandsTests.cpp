@@ -192,11 +192,14 @@ TEST(GamutCommand, RefusesWhatItCannotUse)
              {"gamut"},
              {"gamut", "--space", "No Such RGB", "--max-chroma", "10"},
              {"gamut", "--hue", "10"},
+             {"gamut", "--hue", "10", "--lightness", "150"},
+             {"gamut", "--hue", "10", "--lightness", "-1"},
              {"gamut", "--mode", "hsl", "--max-chroma", "10"},
              {"gamut", "--profile", "/nonexistent.icc", "--max-chroma", "10"}}) {
         const CliRun run = runCli(arguments);
         EXPECT_NE(run.exitCode, 0);
-        EXPECT_EQ(run.errLines().size(), 1u) << run.err;
+        ASSERT_EQ(run.errLines().size(), 1u) << run.err;
+        EXPECT_EQ(run.errLines()[0].find(".;"), std::string::npos) << run.err;
         EXPECT_TRUE(run.out.empty());
     }
 }
@@ -232,7 +235,9 @@ TEST(Usage, HelpForTheToolAndEachCommand)
                                                {"info", "--help"},
                                                {"spectrum", "--help"},
                                                {"gamut", "--help"},
-                                               {"demo", "--help"}}) {
+                                               {"demo", "--help"},
+                                               {"help"},
+                                               {"help", "params", "decode"}}) {
         const CliRun run = runCli(arguments);
         EXPECT_EQ(run.exitCode, 0) << arguments.front();
         EXPECT_NE(run.out.find("Usage"), std::string::npos) << run.out;

@@ -101,6 +101,19 @@ TEST_F(ShiftCommand, QuietWritesNothingButTheFile)
     EXPECT_TRUE(std::filesystem::exists(output));
 }
 
+TEST_F(ShiftCommand, QualityIsAPercentOrAFraction)
+{
+    const auto sizeAt = [&](const std::string& quality) {
+        const auto output = folder_ / ("q" + quality + ".jpg");
+        EXPECT_EQ(
+            shift({input8_.string(), "-o", output.string(), "-q", "--quality", quality}).exitCode,
+            0);
+        return std::filesystem::file_size(output);
+    };
+    EXPECT_EQ(sizeAt("20"), sizeAt("0.2"));
+    EXPECT_LT(sizeAt("20"), sizeAt("100"));
+}
+
 TEST_F(ShiftCommand, RepeatAddsTheMedianReshift)
 {
     const CliRun run = shift({input8_.string(), "-o", (folder_ / "r.png").string(), "--json",
@@ -320,7 +333,11 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{"UnknownExtension", {"@in.png", "-o", "@out.xyz"}, 2},
         RefusalCase{"UnknownFormat", {"@in.png", "-o", "@out.png", "--format", "gif"}, 2},
         RefusalCase{"UnknownView", {"@in.png", "-o", "@out.png", "--view", "negative"}, 2},
-        RefusalCase{"BadQuality", {"@in.png", "-o", "@out.jpg", "--quality", "3"}, 2},
+        RefusalCase{"BadQuality", {"@in.png", "-o", "@out.jpg", "--quality", "300"}, 2},
+        RefusalCase{"NegativeQuality", {"@in.png", "-o", "@out.jpg", "--quality", "-1"}, 2},
+        RefusalCase{"FormatAgainstExtension", {"@in.png", "-o", "@out.jpg", "--format", "png"}, 2},
+        RefusalCase{"HueOutOfOrder", {"@in.png", "-o", "@out.png", "--hue", "30:20:40:50"}, 2},
+        RefusalCase{"HueOutOfRange", {"@in.png", "-o", "@out.png", "--hue", "0:10:20:720"}, 2},
         RefusalCase{"BadHue", {"@in.png", "-o", "@out.png", "--hue", "1:2"}, 2},
         RefusalCase{"UnknownOption", {"@in.png", "-o", "@out.png", "--colour", "red"}, 2}),
     [](const testing::TestParamInfo<RefusalCase>& info) { return info.param.name; });
