@@ -64,6 +64,16 @@ double hueFraction(double degrees)
     return degrees / 360.0;
 }
 
+// A fraction of the circle brought into 0 <= f < 1.
+double wholeTurnFraction(double turns)
+{
+    double f = std::fmod(turns, 1.0);
+    if (f < 0.0) {
+        f += 1.0;
+    }
+    return f >= 1.0 ? 0.0 : f;
+}
+
 KVSliderValues fractionRange(const std::string& text, const std::string& option)
 {
     const RangeBounds b = parseRangeBounds(text, option);
@@ -256,7 +266,10 @@ void addParameterOptions(CLI::App& command, ParameterOptions& o)
                     "selection lightness LF:L:U:UF, fractions 0..1 "
                     "(default 0:0:1:1)")
         ->group(selection);
-    command.add_option("--target-hue", o.targetHue, "target hue in degrees (default 0)")
+    command
+        .add_option("--target-hue", o.targetHue,
+                    "target hue in degrees (default: the middle of the selected hues, so that "
+                    "hues stay where they are)")
         ->group(target);
     command.add_option("--target-sat", o.targetSat, "saturation change -1..1, clamped; 0 = none")
         ->group(target);
@@ -320,11 +333,11 @@ KVHueShiftParameterSet parameterSetFromOptions(const ParameterOptions& options)
         if (!std::isfinite(*options.targetHue)) {
             failUsage("--target-hue must be a finite number of degrees");
         }
-        double turns = std::fmod(*options.targetHue, 360.0) / 360.0;
-        if (turns < 0.0) {
-            turns += 1.0;
-        }
-        set.setTargetHue(turns >= 1.0 ? 0.0 : turns);
+        set.setTargetHue(wholeTurnFraction(*options.targetHue / 360.0));
+    } else if (!text) {
+        // A run that only changes saturation or brightness must leave hues where they are: the
+        // target is the selection's own middle.
+        set.setTargetHue(wholeTurnFraction(set.sourceHueRange().middle));
     }
     if (options.targetSat) {
         set.setTargetSat(*options.targetSat);

@@ -143,11 +143,11 @@ Json shiftOne(Engine& engine, const ShiftOptions& o, const KVHueShiftParameterSe
     const double saveMs = clock.lap();
     progress.update(first + kStepsPerImage, "wrote " + output.filename().string());
 
-    if (!o.json) {
-        return {{"output", output.string()}};
-    }
-    // Counting the selection is a pass over the whole table: only for the figures.
+    // A pass over the table, not the image: cheap enough to warn of an empty selection.
     const auto selection = job.countSelection(record);
+    if (!o.json) {
+        return {{"output", output.string()}, {"selectedPixels", selection.pixels}};
+    }
     Json ms = {{"load", loadMs},
                {"table", tableMs},
                {"gamut", gamutMs},
@@ -242,6 +242,12 @@ CommandRunner addShiftCommand(CLI::App& tool, const GlobalOptions& global)
             try {
                 const Json figures = shiftOne(engine, o, set, o.inputs[i], progress, i);
                 progress.clear();
+                if (figures["selectedPixels"] == 0 && !global.quiet) {
+                    printError(
+                        "warning: " + o.inputs[i] +
+                        ": the selection takes no pixel, so the image is unchanged; widen "
+                        "--hue, --sat or --light (see 'tintorra-cli spectrum' for its hues)");
+                }
                 if (o.json) {
                     printJson(figures);
                 } else if (!global.quiet) {

@@ -101,6 +101,29 @@ TEST_F(ShiftCommand, QuietWritesNothingButTheFile)
     EXPECT_TRUE(std::filesystem::exists(output));
 }
 
+TEST_F(ShiftCommand, WithoutATargetHueHuesStayAndAnEmptySelectionIsReported)
+{
+    // sRGB green (about 128 degrees) lies in the named set Green: desaturated, it stays green.
+    const auto output = folder_ / "green.png";
+    const CliRun run = shift(
+        {input8_.string(), "-o", output.string(), "--hue-set", "Green", "--target-sat", "-0.5"});
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_TRUE(run.err.empty()) << run.err;
+    const KVBitmapPtr result = readImage(output);
+    ASSERT_TRUE(result);
+    const auto green = samplesAt(*result, 12, 4);
+    EXPECT_GT(green[1], green[0]);
+    EXPECT_GT(green[1], green[2]);
+    EXPECT_NE(green, samplesAt(*makeBlocksImage(8), 12, 4));
+
+    // No block has a hue near 200 degrees: the run succeeds and says so on standard error.
+    const CliRun none = shift(
+        {input8_.string(), "-o", (folder_ / "none.png").string(), "--hue", "195:198:202:205"});
+    EXPECT_EQ(none.exitCode, 0);
+    ASSERT_EQ(none.errLines().size(), 1u) << none.err;
+    EXPECT_NE(none.err.find("warning"), std::string::npos) << none.err;
+}
+
 TEST_F(ShiftCommand, QualityIsAPercentOrAFraction)
 {
     const auto sizeAt = [&](const std::string& quality) {
