@@ -31,6 +31,7 @@ struct ShiftOptions {
     std::optional<std::string> inclusionMask;
     unsigned threads = 0;
     bool json = false;
+    bool noClobber = false;
     unsigned repeat = 0;
 };
 
@@ -86,6 +87,10 @@ Json shiftOne(Engine& engine, const ShiftOptions& o, const KVHueShiftParameterSe
     const OutputFormat format = formatFor(o, input);
     const std::filesystem::path output = outputPathFor(o, input, format);
 
+    std::error_code absent;
+    if (o.noClobber && std::filesystem::exists(output, absent)) {
+        return {{"input", input}, {"output", output.string()}, {"skipped", true}};
+    }
     Stopwatch clock;
     progress.update(first, "loading " + name);
     LoadedImage image = loadImageFile(input);
@@ -167,6 +172,23 @@ Json shiftOne(Engine& engine, const ShiftOptions& o, const KVHueShiftParameterSe
             {"ms", ms}};
 }
 
+// Refuses, before anything is written, a folder run in which two inputs would be written to the
+// same file (inputs of the same name from different folders, or one input given twice).
+void refuseSharedOutputNames(const ShiftOptions& o)
+{
+    std::map<std::filesystem::path, std::string> claimed;
+    for (const std::string& input : o.inputs) {
+        const std::filesystem::path output =
+            outputPathFor(o, input, formatFor(o, input)).lexically_normal();
+        const auto [earlier, fresh] = claimed.emplace(output, input);
+        if (!fresh) {
+            failUsage("'" + earlier->second + "' and '" + input + "' would both be written to '" +
+                      output.string() +
+                      "'; shift them into different folders or rename one, nothing was written");
+        }
+    }
+}
+
 } // namespace
 
 CommandRunner addShiftCommand(CLI::App& tool, const GlobalOptions& global)
@@ -184,10 +206,16 @@ CommandRunner addShiftCommand(CLI::App& tool, const GlobalOptions& global)
                      "image files (TIFF, PNG, JPEG, JPEG 2000, or a "
                      "Tintorra document)")
         ->required();
-    auto* out = command->add_option("-o,--output", o.output, "output file (one input only)");
-    auto* dir = command->add_option("-d,--directory", o.directory,
-                                    "output folder; each file is named after its input with "
-                                    "\" (hue-shifted)\" and the format's extension");
+    auto* out = command->add_option("-o,--output", o.output,
+                                    "output file (one input only); an existing file is replaced "
+                                    "unless --no-clobber is given");
+    auto* dir = command->add_option(
+        "-d,--directory", o.directory,
+        "output folder; each file is named after its input with \" (hue-shifted)\" and the "
+        "format's extension, existing files are replaced unless --no-clobber is given, and a run "
+        "in which two inputs would get the same name is refused before anything is written");
+    command->add_flag("--no-clobber", o.noClobber,
+                      "never replace an existing output file: skip that input and say so");
     out->excludes(dir);
     command->add_option("--view", o.view, "what to write: shifted|highlight|black-mask|white-mask")
         ->check(CLI::IsMember({"shifted", "highlight", "black-mask", "white-mask"}));
@@ -225,8 +253,11 @@ CommandRunner addShiftCommand(CLI::App& tool, const GlobalOptions& global)
                       " is outside 0-100; give e.g. --quality 85");
         }
         const KVHueShiftParameterSet set = parameterSetFromOptions(o.parameters);
-        // Usage errors in the format are found before any work is done.
+        // Usage errors in the format and clashing names are found before any work is done.
         formatFor(o, o.inputs.front());
+        if (o.directory) {
+            refuseSharedOutputNames(o);
+        }
         if (o.directory) {
             std::error_code error;
             std::filesystem::create_directories(*o.directory, error);
@@ -242,6 +273,16 @@ CommandRunner addShiftCommand(CLI::App& tool, const GlobalOptions& global)
             try {
                 const Json figures = shiftOne(engine, o, set, o.inputs[i], progress, i);
                 progress.clear();
+                if (figures.contains("skipped")) {
+                    if (o.json) {
+                        printJson(figures);
+                    } else if (!global.quiet) {
+                        printError(figures["output"].get<std::string>() +
+                                   " exists, so it was kept and " + o.inputs[i] +
+                                   " skipped (--no-clobber)");
+                    }
+                    continue;
+                }
                 if (figures["selectedPixels"] == 0 && !global.quiet) {
                     printError(
                         "warning: " + o.inputs[i] +

@@ -241,6 +241,18 @@ TEST_F(ShiftCommand, DirectoryOutputsAreNamedAfterTheirInputs)
     EXPECT_EQ(filesIn(docs), (std::vector<std::string>{"blocks (hue-shifted).tiff"}));
     ASSERT_EQ(shift({input8_.string(), "-d", docs.string(), "--format", "jpeg", "-q"}).exitCode, 0);
     EXPECT_EQ(filesIn(docs).size(), 2u);
+
+    // --no-clobber keeps an existing file, says so, and still writes the others.
+    const auto kept = out / "blocks (hue-shifted).png";
+    std::ofstream(kept) << "mine";
+    std::filesystem::remove(out / "photo (hue-shifted)-4.tif");
+    const CliRun careful =
+        shift({input8_.string(), second.string(), "-d", out.string(), "--no-clobber"});
+    EXPECT_EQ(careful.exitCode, 0) << careful.err;
+    EXPECT_EQ(std::filesystem::file_size(kept), 4u);
+    EXPECT_TRUE(std::filesystem::exists(out / "photo (hue-shifted)-4.tif"));
+    ASSERT_EQ(careful.errLines().size(), 1u) << careful.err;
+    EXPECT_NE(careful.err.find("skipped"), std::string::npos) << careful.err;
 }
 
 TEST_F(ShiftCommand, DocumentsCarrySourceAndParameters)
@@ -323,6 +335,8 @@ TEST_P(ShiftRefusals, OneLineAndNothingWritten)
         std::ofstream(folder / "notes.txt") << "not an image\n";
     }
     writePng(folder / "small.png", *KVBitmap::deviceRGBA8888Rep(3, 3, false));
+    std::filesystem::create_directory(folder / "sub");
+    writePng(folder / "sub" / "in.png", *makeBlocksImage(8));
 
     std::vector<std::string> arguments{"shift"};
     for (const std::string& argument : GetParam().arguments) {
@@ -356,6 +370,8 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{"UnknownExtension", {"@in.png", "-o", "@out.xyz"}, 2},
         RefusalCase{"UnknownFormat", {"@in.png", "-o", "@out.png", "--format", "gif"}, 2},
         RefusalCase{"UnknownView", {"@in.png", "-o", "@out.png", "--view", "negative"}, 2},
+        RefusalCase{"SameNameFromTwoFolders", {"@in.png", "@sub/in.png", "-d", "@out"}, 2},
+        RefusalCase{"SameInputTwice", {"@in.png", "@sub/../in.png", "-d", "@out"}, 2},
         RefusalCase{"BadQuality", {"@in.png", "-o", "@out.jpg", "--quality", "300"}, 2},
         RefusalCase{"NegativeQuality", {"@in.png", "-o", "@out.jpg", "--quality", "-1"}, 2},
         RefusalCase{"FormatAgainstExtension", {"@in.png", "-o", "@out.jpg", "--format", "png"}, 2},
