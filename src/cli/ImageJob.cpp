@@ -1,6 +1,7 @@
 #include "cli/ImageJob.h"
 
 #include "cli/CliFailure.h"
+#include "cli/StandardStreams.h"
 #include "editor/HueShiftParametersBuilder.h"
 #include "engine/HueShift.h"
 #include "engine/SelectionWeights.h"
@@ -52,11 +53,8 @@ LoadedImage loadImageData(std::span<const std::uint8_t> data, const std::string&
 
 LoadedImage loadImageFile(const std::string& path)
 {
-    const auto data = readWholeFile(path);
-    if (!data) {
-        failProcessing(path + ": " + data.error().message);
-    }
-    return loadImageData(data.value(), path);
+    const std::vector<std::uint8_t> data = readInputBytes(path);
+    return loadImageData(data, isStandardStream(path) ? "standard input" : path);
 }
 
 KVBitmapPtr loadMaskFile(const std::string& path, std::int64_t width, std::int64_t height)

@@ -29,8 +29,8 @@ struct LoadedImage {
     std::optional<std::string> parameters;
 };
 
-// Reads an RGB image (or a Tintorra document's source). Throws a processing CliFailure naming
-// the file when it cannot be read, is not an image or is not RGB.
+// Reads an RGB image (or a Tintorra document's source); "-" reads standard input. Throws a
+// processing CliFailure naming the file when it cannot be read, is not an image or is not RGB.
 LoadedImage loadImageFile(const std::string& path);
 LoadedImage loadImageData(std::span<const std::uint8_t> data, const std::string& name);
 

@@ -1,6 +1,7 @@
 #include "cli/CliFailure.h"
 #include "cli/Commands.h"
 #include "cli/JsonOutput.h"
+#include "cli/StandardStreams.h"
 #include "colour/ColorMatrices.h"
 #include "imageio/DocumentFile.h"
 #include "imageio/ImageFile.h"
@@ -57,11 +58,8 @@ const char* colorModelName(KVColorSpaceModel model)
 
 Json describeFile(const std::string& path)
 {
-    const auto data = readWholeFile(path);
-    if (!data) {
-        failProcessing(path + ": " + data.error().message);
-    }
-    auto opened = ImageSource::open(data.value());
+    const std::vector<std::uint8_t> data = readInputBytes(path);
+    auto opened = ImageSource::open(data);
     if (!opened) {
         failProcessing(withHint(path + ": " + opened.error().message, ""));
     }
@@ -75,7 +73,7 @@ Json describeFile(const std::string& path)
     const bool hasParameters = artist && artist->rfind(kHueShiftParametersPrefix, 0) == 0;
     bool document = false;
     if (source.format() == ImageFormat::tiff) {
-        const DocumentImageReps reps = imageRepsWithTIFFData(data.value());
+        const DocumentImageReps reps = imageRepsWithTIFFData(data);
         document = reps.fileType.has_value() && isTintorraTIFF(*reps.fileType, reps.artistTag);
     }
     Json matrix = nullptr;
@@ -87,7 +85,7 @@ Json describeFile(const std::string& path)
             matrix.push_back(jsonNumber(v));
         }
     }
-    return {{"file", path},
+    return {{"file", jsonFileName(path)},
             {"format", formatName(source.format())},
             {"pixelsWide", bitmap.pixelsWide()},
             {"pixelsHigh", bitmap.pixelsHigh()},
@@ -114,7 +112,10 @@ CommandRunner addInfoCommand(CLI::App& tool, const GlobalOptions&)
     auto files = std::make_shared<std::vector<std::string>>();
     CLI::App* command = tool.add_subcommand(
         "info", "Describe image files and Tintorra documents as JSON, one object per file");
-    command->add_option("FILE", *files, "image files")->required();
+    command->add_option("FILE", *files, "image files; - reads one from standard input")->required();
+    command->footer("Example:\n  tintorra-cli info photo.tiff\n  tintorra-cli info - < photo.png\n"
+                    "File names that are not valid UTF-8 are printed with each stray byte as "
+                    "\\xNN.");
     return [files]() -> int {
         int status = kExitSuccess;
         for (const std::string& file : *files) {

@@ -1,6 +1,7 @@
 #include "cli/OutputFormats.h"
 
 #include "cli/CliFailure.h"
+#include "cli/StandardStreams.h"
 #include "imageio/DocumentFile.h"
 #include "imageio/ImageFile.h"
 #include "imageio/ImageTypes.h"
@@ -60,17 +61,54 @@ std::optional<OutputFormat> outputFormatForPath(const std::filesystem::path& pat
     return OutputFormat{*type, extension};
 }
 
+namespace {
+
+DocumentImages documentOf(const OutputImages& images)
+{
+    DocumentImages document;
+    document.outputImageRep = images.shifted;
+    document.inputImageRep = images.source;
+    document.exclusionMaskRep = images.exclusionMask;
+    document.inclusionMaskRep = images.inclusionMask;
+    document.hueShiftParameters = images.parameters;
+    return document;
+}
+
+// The file's bytes, for standard output: nothing is written before the whole file is made.
+std::vector<std::uint8_t> encodedOutput(const OutputFormat& format, const OutputImages& images,
+                                        double quality)
+{
+    if (isDocumentFormat(format)) {
+        const DocumentImages document = documentOf(images);
+        KVError error;
+        auto data = dataOfType(format.type, &document, &error);
+        if (!data) {
+            failProcessing(withHint("standard output: " + error.localizedDescription,
+                                    error.localizedRecoverySuggestion));
+        }
+        return std::move(*data);
+    }
+    EncodeOptions options;
+    options.quality = quality;
+    auto bytes = encodeImage(*images.shifted, *formatForType(format.type), options);
+    if (!bytes) {
+        failProcessing(withHint("standard output: " + bytes.error().message, ""));
+    }
+    return bytes.take();
+}
+
+} // namespace
+
 void writeOutput(const std::filesystem::path& path, const OutputFormat& format,
                  const OutputImages& images, double quality,
                  const std::vector<std::filesystem::path>& inputs)
 {
+    if (isStandardStream(path.string())) {
+        writeStandardOutput(encodedOutput(format, images, quality));
+        return;
+    }
     if (isDocumentFormat(format)) {
-        DocumentImages document;
-        document.outputImageRep = images.shifted;
-        document.inputImageRep = images.source;
-        document.exclusionMaskRep = images.exclusionMask;
-        document.inclusionMaskRep = images.inclusionMask;
-        document.hueShiftParameters = images.parameters;
+        const DocumentImages document = documentOf(images);
         KVError error;
         if (!saveDocument(path, format.type, document, inputs, &error)) {
             failProcessing(withHint(path.string() + ": " + error.localizedDescription,

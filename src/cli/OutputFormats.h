@@ -36,7 +36,8 @@ struct OutputImages {
     std::string parameters;
 };
 
-// Writes the shifted image (or the document) atomically; never over one of `inputs`. Throws a
+// Writes the shifted image (or the document) atomically, or to standard output for "-"; never
+// over one of `inputs`. Throws a
 // processing CliFailure naming the file on failure, having written nothing.
 void writeOutput(const std::filesystem::path& path, const OutputFormat& format,
                  const OutputImages& images, double quality,

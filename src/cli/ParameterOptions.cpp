@@ -2,6 +2,7 @@
 
 #include "cli/CliFailure.h"
 #include "cli/NamedHues.h"
+#include "cli/StandardStreams.h"
 #include "controls/KVCircularSliderModel.h"
 #include "controls/KVTenSegmentValues.h"
 #include "controls/ParameterEncoding.h"
@@ -212,11 +213,8 @@ void checkParameterString(const std::string& text, const std::string& what)
 
 std::string parametersOfDocument(const std::string& path)
 {
-    auto data = readWholeFile(path);
-    if (!data) {
-        failProcessing(path + ": " + data.error().message);
-    }
-    auto source = ImageSource::open(data.value());
+    const std::vector<std::uint8_t> data = readInputBytes(path);
+    auto source = ImageSource::open(data);
     if (!source) {
         failProcessing(path + ": " + source.error().message);
     }

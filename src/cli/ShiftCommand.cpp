@@ -5,6 +5,7 @@
 #include "cli/OutputFormats.h"
 #include "cli/ParameterOptions.h"
 #include "cli/ProgressBar.h"
+#include "cli/StandardStreams.h"
 #include "cli/Stopwatch.h"
 #include "controls/ParameterEncoding.h"
 #include "editor/ShiftRecordEncoding.h"
@@ -56,6 +57,10 @@ OutputFormat formatFor(const ShiftOptions& o, const std::filesystem::path& input
         }
         return *named;
     }
+    if (o.output && isStandardStream(*o.output)) {
+        failUsage("-o - needs --format tiff, png, jpeg, jp2 or document; standard output has no "
+                  "extension to tell the format by");
+    }
     if (o.output) {
         const auto byName = outputFormatForPath(*o.output);
         if (!byName) {
@@ -88,8 +93,11 @@ Json shiftOne(Engine& engine, const ShiftOptions& o, const KVHueShiftParameterSe
     const std::filesystem::path output = outputPathFor(o, input, format);
 
     std::error_code absent;
-    if (o.noClobber && std::filesystem::exists(output, absent)) {
-        return {{"input", input}, {"output", output.string()}, {"skipped", true}};
+    if (o.noClobber && !isStandardStream(output.string()) &&
+        std::filesystem::exists(output, absent)) {
+        return {{"input", jsonFileName(input)},
+                {"output", jsonFileName(output.string())},
+                {"skipped", true}};
     }
     Stopwatch clock;
     progress.update(first, "loading " + name);
@@ -161,8 +169,8 @@ Json shiftOne(Engine& engine, const ShiftOptions& o, const KVHueShiftParameterSe
     if (!reshifts.empty()) {
         ms["reshift"] = median(reshifts);
     }
-    return {{"input", input},
-            {"output", output.string()},
+    return {{"input", jsonFileName(input)},
+            {"output", jsonFileName(output.string())},
             {"width", image.source->pixelsWide()},
             {"height", image.source->pixelsHigh()},
             {"bitsPerSample", image.source->bitsPerSample()},
@@ -197,18 +205,23 @@ CommandRunner addShiftCommand(CLI::App& tool, const GlobalOptions& global)
     CLI::App* command = tool.add_subcommand(
         "shift", "Recolour images: move the selected hues towards the target and write the "
                  "results (or a view of the selection, or a Tintorra document)");
-    command->footer("Example:\n  tintorra-cli shift photo.jpg -o photo-blue.png --hue-set Orange "
-                    "--target-hue 220\n  tintorra-cli shift *.tif -d shifted --hue 340:350:10:20 "
-                    "--target-hue 120 --format document");
+    command->footer(
+        "Examples:\n  tintorra-cli shift photo.jpg -o photo-blue.png --hue-set Orange "
+        "--target-hue 220\n  tintorra-cli shift *.tif -d shifted --hue 340:350:10:20 "
+        "--target-hue 120 --format document --no-clobber\n  tintorra-cli shift - -o - --format "
+        "png --hue-set Green --target-sat -0.5 < photo.png > muted.png\nWithout --target-hue the "
+        "hues stay where they are. With --json, file names that are not valid UTF-8 are printed "
+        "with each stray byte as \\xNN.");
     ShiftOptions& o = *options;
     command
         ->add_option("INPUT", o.inputs,
-                     "image files (TIFF, PNG, JPEG, JPEG 2000, or a "
-                     "Tintorra document)")
+                     "image files (TIFF, PNG, JPEG, JPEG 2000, or a Tintorra document); - reads "
+                     "one from standard input (with -o)")
         ->required();
     auto* out = command->add_option("-o,--output", o.output,
-                                    "output file (one input only); an existing file is replaced "
-                                    "unless --no-clobber is given");
+                                    "output file (one input only), - for standard output (with "
+                                    "--format; messages then go to standard error); an existing "
+                                    "file is replaced unless --no-clobber is given");
     auto* dir = command->add_option(
         "-d,--directory", o.directory,
         "output folder; each file is named after its input with \" (hue-shifted)\" and the "
@@ -248,6 +261,12 @@ CommandRunner addShiftCommand(CLI::App& tool, const GlobalOptions& global)
             failUsage("-o takes one input, got " + std::to_string(o.inputs.size()) +
                       "; use -d DIR for several");
         }
+        for (const std::string& input : o.inputs) {
+            if (isStandardStream(input) && o.directory) {
+                failUsage("standard input ('-') has no name to name an output after in -d DIR; "
+                          "use -o FILE");
+            }
+        }
         if (!(o.quality >= 0.0 && o.quality <= 100.0)) {
             failUsage("--quality " + CLI::detail::to_string(o.quality) +
                       " is outside 0-100; give e.g. --quality 85");
@@ -267,6 +286,8 @@ CommandRunner addShiftCommand(CLI::App& tool, const GlobalOptions& global)
             }
         }
         ProgressBar progress(o.inputs.size() * kStepsPerImage, global.quiet || o.json);
+        // With the image on standard output, figures and status lines go to standard error.
+        std::FILE* messages = o.output && isStandardStream(*o.output) ? stderr : stdout;
         int status = kExitSuccess;
         Engine engine({o.threads});
         for (std::size_t i = 0; i < o.inputs.size(); ++i) {
@@ -275,7 +296,7 @@ CommandRunner addShiftCommand(CLI::App& tool, const GlobalOptions& global)
                 progress.clear();
                 if (figures.contains("skipped")) {
                     if (o.json) {
-                        printJson(figures);
+                        printJson(figures, messages);
                     } else if (!global.quiet) {
                         printError(figures["output"].get<std::string>() +
                                    " exists, so it was kept and " + o.inputs[i] +
@@ -290,11 +311,11 @@ CommandRunner addShiftCommand(CLI::App& tool, const GlobalOptions& global)
                         "--hue, --sat or --light (see 'tintorra-cli spectrum' for its hues)");
                 }
                 if (o.json) {
-                    printJson(figures);
+                    printJson(figures, messages);
                 } else if (!global.quiet) {
-                    std::printf("%s -> %s\n", o.inputs[i].c_str(),
-                                figures["output"].get<std::string>().c_str());
-                    std::fflush(stdout);
+                    std::fprintf(messages, "%s -> %s\n", o.inputs[i].c_str(),
+                                 figures["output"].get<std::string>().c_str());
+                    std::fflush(messages);
                 }
             } catch (const CliFailure& failure) {
                 progress.clear();

@@ -62,7 +62,7 @@ Json spectrumJson(const std::string& file, std::int64_t mode, const LChSpectrum&
                          {"lightness", {b.lightnessMinimum, b.lightnessMaximum, b.lightnessMean}},
                          {"alpha", {b.alphaMinimum, b.alphaMaximum, b.alphaMean}}});
     }
-    return {{"file", file}, {"mode", colorModeName(mode)}, {"bands", bands}};
+    return {{"file", jsonFileName(file)}, {"mode", colorModeName(mode)}, {"bands", bands}};
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "CliRunner.h"
+#include "imageio/ImageFile.h"
 
 #include <gtest/gtest.h>
 
@@ -122,6 +123,32 @@ TEST_F(ShiftCommand, WithoutATargetHueHuesStayAndAnEmptySelectionIsReported)
     EXPECT_EQ(none.exitCode, 0);
     ASSERT_EQ(none.errLines().size(), 1u) << none.err;
     EXPECT_NE(none.err.find("warning"), std::string::npos) << none.err;
+}
+
+TEST_F(ShiftCommand, PipesAndNamesThatAreNotUtf8)
+{
+    // "-" in and out: the image alone on standard output, the figures on standard error.
+    const CliRun piped = runCli({"shift", "-", "-o", "-", "--format", "png", "--json"}, input8_);
+    ASSERT_EQ(piped.exitCode, 0) << piped.err;
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(piped.out.data());
+    const auto decoded = decodeImage({bytes, piped.out.size()});
+    ASSERT_TRUE(decoded.ok());
+    EXPECT_EQ(decoded.value()->pixelsWide(), 32);
+    EXPECT_EQ(Json::parse(piped.err)["selectedPixels"], 64);
+    const CliRun info = runCli({"info", "-"}, input8_);
+    ASSERT_EQ(info.exitCode, 0) << info.err;
+    EXPECT_EQ(info.json()["pixelsHigh"], 8);
+
+    // A name with bytes that are no UTF-8 is printed with those bytes escaped.
+    const auto strange = folder_ / "caf\xE9.png";
+    std::filesystem::copy_file(input8_, strange);
+    const CliRun named =
+        shift({strange.string(), "-o", (folder_ / "out\xFF.png").string(), "--json"});
+    ASSERT_EQ(named.exitCode, 0) << named.err;
+    EXPECT_EQ(named.json()["input"], (folder_ / "caf\\xE9.png").string());
+    EXPECT_EQ(named.json()["output"], (folder_ / "out\\xFF.png").string());
+    EXPECT_EQ(runCli({"info", strange.string()}).json()["file"],
+              (folder_ / "caf\\xE9.png").string());
 }
 
 TEST_F(ShiftCommand, QualityIsAPercentOrAFraction)
@@ -370,6 +397,8 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{"UnknownExtension", {"@in.png", "-o", "@out.xyz"}, 2},
         RefusalCase{"UnknownFormat", {"@in.png", "-o", "@out.png", "--format", "gif"}, 2},
         RefusalCase{"UnknownView", {"@in.png", "-o", "@out.png", "--view", "negative"}, 2},
+        RefusalCase{"StandardInputIntoAFolder", {"-", "-d", "@out"}, 2},
+        RefusalCase{"StandardOutputWithoutFormat", {"@in.png", "-o", "-"}, 2},
         RefusalCase{"SameNameFromTwoFolders", {"@in.png", "@sub/in.png", "-d", "@out"}, 2},
         RefusalCase{"SameInputTwice", {"@in.png", "@sub/../in.png", "-d", "@out"}, 2},
         RefusalCase{"BadQuality", {"@in.png", "-o", "@out.jpg", "--quality", "300"}, 2},
