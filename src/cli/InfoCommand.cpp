@@ -74,7 +74,9 @@ Json describeFile(const std::string& path)
     bool document = false;
     if (source.format() == ImageFormat::tiff) {
         const DocumentImageReps reps = imageRepsWithTIFFData(data);
-        document = reps.fileType.has_value() && isTintorraTIFF(*reps.fileType, reps.artistTag);
+        // A single page that carries a parameter string has no source to go with it.
+        document = source.pageCount() > 1 && reps.fileType.has_value() &&
+                   isTintorraTIFF(*reps.fileType, reps.artistTag);
     }
     Json matrix = nullptr;
     if (bitmap.isRGB()) {
@@ -102,7 +104,7 @@ Json describeFile(const std::string& path)
             {"rgbToXyz", matrix},
             {"document", document},
             {"pages", source.pageCount()},
-            {"params", hasParameters ? Json(*artist) : Json(nullptr)}};
+            {"params", document && hasParameters ? Json(*artist) : Json(nullptr)}};
 }
 
 } // namespace

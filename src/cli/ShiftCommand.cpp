@@ -124,8 +124,13 @@ Json shiftOne(Engine& engine, const ShiftOptions& o, const KVHueShiftParameterSe
     job.buildGamut();
     const double gamutMs = clock.lap();
 
-    progress.update(first + 3, "shifting " + name);
     const HueShiftParameters record = job.engineRecord(kViews.at(o.view));
+    // Counted before the source may be shifted in place; outside the timed steps. Mostly a pass
+    // over the table, cheap enough to warn of an empty selection.
+    const auto selection = job.countSelection(record, o.json);
+    clock.lap();
+
+    progress.update(first + 3, "shifting " + name);
     // Only a document or a re-shift needs the source once shifted; otherwise the source is
     // shifted in place, which spares a copy of the whole image and its fresh memory.
     const bool keepSource = isDocumentFormat(format) || o.repeat > 0;
@@ -156,8 +161,6 @@ Json shiftOne(Engine& engine, const ShiftOptions& o, const KVHueShiftParameterSe
     const double saveMs = clock.lap();
     progress.update(first + kStepsPerImage, "wrote " + output.filename().string());
 
-    // A pass over the table, not the image: cheap enough to warn of an empty selection.
-    const auto selection = job.countSelection(record);
     if (!o.json) {
         return {{"output", output.string()}, {"selectedPixels", selection.pixels}};
     }
@@ -174,7 +177,7 @@ Json shiftOne(Engine& engine, const ShiftOptions& o, const KVHueShiftParameterSe
             {"width", image.source->pixelsWide()},
             {"height", image.source->pixelsHigh()},
             {"bitsPerSample", image.source->bitsPerSample()},
-            {"distinctColors", job.distinctColors()},
+            {"distinctColors", selection.distinctColors},
             {"selectedColors", selection.colors},
             {"selectedPixels", selection.pixels},
             {"ms", ms}};

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <fstream>
 #include <sstream>
 
@@ -58,6 +59,15 @@ TEST(InfoCommand, DescribesAnImage)
     const Json& m = d["rgbToXyz"];
     ASSERT_EQ(m.size(), 9u);
     EXPECT_NEAR(m[3].get<double>() + m[4].get<double>() + m[5].get<double>(), 1.0, 1e-4);
+
+    // A single page with a parameter string in its Artist tag is no document.
+    const std::string params = runCli({"params", "encode"}).out;
+    const std::string tag =
+        "tiffset -s 315 '" + params.substr(0, params.size() - 1) + "' '" + image.string() + "'";
+    ASSERT_EQ(std::system(tag.c_str()), 0);
+    const Json single = runCli({"info", image.string()}).json();
+    EXPECT_FALSE(single["document"].get<bool>());
+    EXPECT_TRUE(single["params"].is_null());
 }
 
 TEST(InfoCommand, ReportsEachFileAndFailsForTheUnreadable)
@@ -167,6 +177,22 @@ TEST(GamutCommand, AnswersChromaQueries)
     ASSERT_EQ(hull.exitCode, 0) << hull.err;
     EXPECT_TRUE(hull.err.empty()) << hull.err;
     EXPECT_GE(std::stod(splitCells(splitLines(hull.out).at(0))[1]), std::stod(cells[1]) - 0.5);
+
+    // Names match whatever their case and punctuation; no space at all is sRGB.
+    const std::vector<std::vector<std::string>> sameAnswers{
+        {"--space", "sRGB", "--max-chroma", "12.17"},
+        {"--max-chroma", "12.17"},
+        {"--space", "s-rgb", "--max-chroma", "12.17"}};
+    for (const auto& pair : {std::pair{0, 1}, std::pair{0, 2}}) {
+        auto a = sameAnswers[pair.first];
+        auto b = sameAnswers[pair.second];
+        a.insert(a.begin(), "gamut");
+        b.insert(b.begin(), "gamut");
+        EXPECT_EQ(runCli(a).out, runCli(b).out) << b[1];
+    }
+    const CliRun adobe = runCli({"gamut", "--space", "Adobe RGB (1998)", "--max-chroma", "240"});
+    ASSERT_EQ(adobe.exitCode, 0) << adobe.err;
+    EXPECT_EQ(adobe.out, runCli({"gamut", "--space", "Adobe RGB 1998", "--max-chroma", "240"}).out);
 }
 
 TEST(GamutCommand, WritesTheWholeTable)

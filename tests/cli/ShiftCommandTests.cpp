@@ -237,14 +237,23 @@ TEST_F(ShiftCommand, ShowsProgressOnATerminalOnly)
 
 TEST_F(ShiftCommand, SixteenBitImagesStaySixteenBit)
 {
+    // Half the red block differs from the rest in a low byte only: a fifth colour, selected too.
+    const KVBitmapPtr image = makeBlocksImage(16);
+    for (int y = 0; y < 4; ++y) {
+        const std::uint16_t green = 0x0050;
+        std::memcpy(image->bitmapData() + y * image->bytesPerRow() + 2, &green, 2);
+    }
     const auto input = folder_ / "deep.tif";
-    writeTiff(input, *makeBlocksImage(16));
+    writeTiff(input, *image);
     const auto output = folder_ / "deep-out.tiff";
     std::vector<std::string> arguments{input.string(), "-o", output.string(), "--json"};
     arguments.insert(arguments.end(), kSelectRed.begin(), kSelectRed.end());
     const CliRun run = shift(arguments);
     ASSERT_EQ(run.exitCode, 0) << run.err;
     EXPECT_EQ(run.json()["bitsPerSample"], 16);
+    EXPECT_EQ(run.json()["distinctColors"], 5);
+    EXPECT_EQ(run.json()["selectedColors"], 2);
+    EXPECT_EQ(run.json()["selectedPixels"], 64);
     const KVBitmapPtr result = readImage(output);
     ASSERT_TRUE(result);
     EXPECT_EQ(result->bitsPerSample(), 16);
