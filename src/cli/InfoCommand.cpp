@@ -12,6 +12,7 @@ namespace tintorra::cli {
 
 namespace {
 
+constexpr int kTiffTagSoftware = 305;
 constexpr int kTiffTagArtist = 315;
 
 const char* formatName(ImageFormat format)
@@ -64,24 +65,25 @@ Json describeFile(const std::string& path)
         failProcessing(withHint(path + ": " + opened.error().message, ""));
     }
     ImageSource& source = opened.value();
-    const auto page = source.decodePage(0);
+    // From the headers alone: a large photograph is described without decoding its pixels.
+    const auto page = source.describePage(0);
     if (!page) {
         failProcessing(withHint(path + ": " + page.error().message, ""));
     }
-    const KVBitmap& bitmap = *page.value();
+    const KVBitmapLayout& layout = page.value().layout;
+    const KVColorSpace& colorSpace = page.value().colorSpace;
     const auto artist = source.stringProperty(kTiffTagArtist);
     const bool hasParameters = artist && artist->rfind(kHueShiftParametersPrefix, 0) == 0;
-    bool document = false;
-    if (source.format() == ImageFormat::tiff) {
-        const DocumentImageReps reps = imageRepsWithTIFFData(data);
-        // A single page that carries a parameter string has no source to go with it.
-        document = source.pageCount() > 1 && reps.fileType.has_value() &&
-                   isTintorraTIFF(*reps.fileType, reps.artistTag);
-    }
+    // The document's own test, less its decoding: a single page that carries a parameter
+    // string has no source to go with it.
+    const bool document = source.format() == ImageFormat::tiff && source.pageCount() > 1 &&
+                          hasParameters &&
+                          source.stringProperty(kTiffTagSoftware) == kTintorraSoftware;
+    const bool rgb = colorSpace.model() == KVColorSpaceModel::rgb;
     Json matrix = nullptr;
-    if (bitmap.isRGB()) {
+    if (rgb) {
         Matrix3 m{};
-        matrixFromColorSpace(m, &bitmap.colorSpace());
+        matrixFromColorSpace(m, &colorSpace);
         matrix = Json::array();
         for (const double v : m) {
             matrix.push_back(jsonNumber(v));
@@ -89,22 +91,21 @@ Json describeFile(const std::string& path)
     }
     return {{"file", jsonFileName(path)},
             {"format", formatName(source.format())},
-            {"pixelsWide", bitmap.pixelsWide()},
-            {"pixelsHigh", bitmap.pixelsHigh()},
-            {"bitsPerSample", bitmap.bitsPerSample()},
-            {"samplesPerPixel", bitmap.samplesPerPixel()},
-            {"hasAlpha", bitmap.hasAlpha()},
-            {"premultiplied", bitmap.hasAlpha() && (bitmap.bitmapFormat() &
-                                                    kBitmapFormatAlphaNonpremultiplied) == 0},
-            {"planar", bitmap.isPlanar()},
-            {"colorModel", colorModelName(bitmap.colorSpace().model())},
-            {"isRGB", bitmap.isRGB()},
-            {"profile", bitmap.colorSpace().hasIccProfile() ? Json(bitmap.colorSpace().name())
-                                                            : Json(nullptr)},
+            {"pixelsWide", layout.pixelsWide},
+            {"pixelsHigh", layout.pixelsHigh},
+            {"bitsPerSample", layout.bitsPerSample},
+            {"samplesPerPixel", layout.samplesPerPixel},
+            {"hasAlpha", layout.hasAlpha},
+            {"premultiplied",
+             layout.hasAlpha && (layout.bitmapFormat & kBitmapFormatAlphaNonpremultiplied) == 0},
+            {"planar", layout.isPlanar},
+            {"colorModel", colorModelName(colorSpace.model())},
+            {"isRGB", rgb},
+            {"profile", colorSpace.hasIccProfile() ? Json(colorSpace.name()) : Json(nullptr)},
             {"rgbToXyz", matrix},
             {"document", document},
             {"pages", source.pageCount()},
-            {"params", document && hasParameters ? Json(*artist) : Json(nullptr)}};
+            {"params", document ? Json(*artist) : Json(nullptr)}};
 }
 
 } // namespace

@@ -195,22 +195,8 @@ private:
     png_infop info_ = nullptr;
 };
 
-IOResult<KVBitmapPtr> decodePng(std::span<const std::uint8_t> data)
+PageDescription pngPageDescription(const PngHeader& header)
 {
-    PngErrorState errors;
-    PngReadStruct reader(&errors);
-    if (!reader.png() || !reader.info())
-        return ioError("There is not enough memory to open the image.");
-    PngSource source{data.data(), data.size(), 0};
-    png_set_read_fn(reader.png(), &source, &readFromMemory);
-    // The size check below is ours; libpng's own default limit would refuse big photographs.
-    png_set_user_limits(reader.png(), 0x7fffffff, 0x7fffffff);
-
-    PngHeader header;
-    if (!readPngHeader(reader.png(), reader.info(), &header))
-        return ioError(std::string("The PNG file is damaged or truncated: ") + errors.message +
-                       ".");
-
     const bool grey =
         header.colourType == PNG_COLOR_TYPE_GRAY || header.colourType == PNG_COLOR_TYPE_GRAY_ALPHA;
     const bool alpha = (header.colourType & PNG_COLOR_MASK_ALPHA) != 0;
@@ -229,9 +215,45 @@ IOResult<KVBitmapPtr> decodePng(std::span<const std::uint8_t> data)
     layout.samplesPerPixel = header.channels;
     layout.hasAlpha = alpha;
     layout.bitmapFormat = alpha ? kBitmapFormatAlphaNonpremultiplied : 0u;
+    return {layout, std::move(colorSpace)};
+}
+
+IOResult<PageDescription> describePng(std::span<const std::uint8_t> data)
+{
+    PngErrorState errors;
+    PngReadStruct reader(&errors);
+    if (!reader.png() || !reader.info())
+        return ioError("There is not enough memory to open the image.");
+    PngSource source{data.data(), data.size(), 0};
+    png_set_read_fn(reader.png(), &source, &readFromMemory);
+    png_set_user_limits(reader.png(), 0x7fffffff, 0x7fffffff);
+    PngHeader header;
+    if (!readPngHeader(reader.png(), reader.info(), &header))
+        return ioError(std::string("The PNG file is damaged or truncated: ") + errors.message +
+                       ".");
+    return pngPageDescription(header);
+}
+
+IOResult<KVBitmapPtr> decodePng(std::span<const std::uint8_t> data)
+{
+    PngErrorState errors;
+    PngReadStruct reader(&errors);
+    if (!reader.png() || !reader.info())
+        return ioError("There is not enough memory to open the image.");
+    PngSource source{data.data(), data.size(), 0};
+    png_set_read_fn(reader.png(), &source, &readFromMemory);
+    // The size check below is ours; libpng's own default limit would refuse big photographs.
+    png_set_user_limits(reader.png(), 0x7fffffff, 0x7fffffff);
+
+    PngHeader header;
+    if (!readPngHeader(reader.png(), reader.info(), &header))
+        return ioError(std::string("The PNG file is damaged or truncated: ") + errors.message +
+                       ".");
+
+    PageDescription page = pngPageDescription(header);
     // Deflate expands by at most 1032 to 1, and the smallest pixel a PNG stores is one bit.
-    IOResult<KVBitmapPtr> allocated =
-        allocateBitmapForDecoding(layout, std::move(colorSpace), 0, {data.size(), 1032 * 8});
+    IOResult<KVBitmapPtr> allocated = allocateBitmapForDecoding(
+        page.layout, std::move(page.colorSpace), 0, {data.size(), 1032 * 8});
     if (!allocated)
         return allocated;
     KVBitmapPtr bitmap = allocated.take();
@@ -262,6 +284,12 @@ public:
         if (page != 0)
             return ioError("A PNG file has one page.");
         return decodePng(data_);
+    }
+    IOResult<PageDescription> describePage(std::size_t page) override
+    {
+        if (page != 0)
+            return ioError("A PNG file has one page.");
+        return describePng(data_);
     }
 
 private:

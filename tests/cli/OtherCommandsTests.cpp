@@ -89,6 +89,24 @@ TEST(InfoCommand, ReportsEachFileAndFailsForTheUnreadable)
     EXPECT_NE(run.errLines()[0].find("b.png"), std::string::npos);
 }
 
+TEST(InfoCommand, ReadsHeadersWithoutDecodingPixels)
+{
+    // The pixel data cut short: info still describes the file from its header, which shows it
+    // never decodes the samples; shift, which needs them, refuses the file.
+    const ScratchFolder folder;
+    writePng(folder / "whole.png", *makeBlocksImage(8));
+    std::ifstream in(folder / "whole.png", std::ios::binary);
+    const std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    std::ofstream(folder / "cut.png", std::ios::binary) << bytes.substr(0, bytes.size() - 20);
+    const CliRun info = runCli({"info", (folder / "cut.png").string()});
+    ASSERT_EQ(info.exitCode, 0) << info.err;
+    EXPECT_EQ(info.json()["pixelsWide"], 32);
+    EXPECT_TRUE(info.json()["isRGB"].get<bool>());
+    EXPECT_EQ(runCli({"shift", (folder / "cut.png").string(), "-o", (folder / "o.png").string()})
+                  .exitCode,
+              1);
+}
+
 TEST(SpectrumCommand, CsvCountsEveryPixelOnce)
 {
     const ScratchFolder folder;
