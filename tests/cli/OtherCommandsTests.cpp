@@ -157,11 +157,23 @@ TEST(SpectrumCommand, JsonAndPlots)
         const CliRun run = runCli(
             {"spectrum", image.string(), "--plot", plot.string(), "--graph", graph, "--log"});
         ASSERT_EQ(run.exitCode, 0) << run.err;
+        EXPECT_TRUE(run.out.empty()) << "only the plot, unless asked";
         const KVBitmapPtr drawn = readImage(plot);
         ASSERT_TRUE(drawn) << graph;
-        EXPECT_EQ(drawn->pixelsWide(), 361 * 3);
-        EXPECT_EQ(drawn->pixelsHigh(), 400);
+        // 361 bands of 3 pixels and 400 rows, with margins for the axes and the legend.
+        EXPECT_EQ(drawn->pixelsWide(), 56 + 361 * 3 + 16);
+        EXPECT_EQ(drawn->pixelsHigh(), 28 + 400 + 40);
+        // The value axis runs up the left margin and the hue axis along the bottom one.
+        EXPECT_EQ(samplesAt(*drawn, 55, 200)[0], 204u) << graph;
+        EXPECT_EQ(samplesAt(*drawn, 600, 428)[0], 204u) << graph;
+        // The legend's first swatch is the minimum line's blue (line graphs only).
+        const auto swatch = samplesAt(*drawn, 226, 11);
+        EXPECT_EQ(swatch[2] == 255u && swatch[0] == 0u, std::string(graph) != "spectrogram")
+            << graph;
     }
+    const CliRun asked =
+        runCli({"spectrum", image.string(), "--plot", (folder / "p.png").string(), "--json"});
+    EXPECT_EQ(asked.json()["bands"].size(), 361u);
     const CliRun hsbPlot = runCli(
         {"spectrum", image.string(), "--mode", "hsb", "--plot", (folder / "x.png").string()});
     EXPECT_EQ(hsbPlot.exitCode, 2);
