@@ -50,6 +50,7 @@ LoadedImage loadImageData(std::span<const std::uint8_t> data, const std::string&
         image.inclusionMask = reps->imageReps[2];
     }
     image.parameters = reps->artistTag;
+    image.metadata = PhotoMetadata::read(data);
     return image;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "cli/PhotoMetadata.h"
 #include "colour/KVColorGamut.h"
 #include "controls/KVHueShiftParameterSet.h"
 #include "engine/ColorTable.h"
@@ -27,6 +28,8 @@ struct LoadedImage {
     KVBitmapPtr exclusionMask;
     KVBitmapPtr inclusionMask;
     std::optional<std::string> parameters;
+    // The photograph's EXIF, XMP and IPTC, for the outputs.
+    PhotoMetadata metadata;
 };
 
 // Reads an RGB image (or a Tintorra document's source); "-" reads standard input. Throws a

@@ -1,7 +1,9 @@
 #include "cli/OutputFormats.h"
 
 #include "cli/CliFailure.h"
+#include "cli/PhotoMetadata.h"
 #include "cli/StandardStreams.h"
+#include "imageio/AtomicFileWriter.h"
 #include "imageio/DocumentFile.h"
 #include "imageio/ImageFile.h"
 #include "imageio/ImageTypes.h"
@@ -75,15 +77,15 @@ DocumentImages documentOf(const OutputImages& images)
 }
 
 // The file's bytes, for standard output: nothing is written before the whole file is made.
-std::vector<std::uint8_t> encodedOutput(const OutputFormat& format, const OutputImages& images,
-                                        double quality)
+std::vector<std::uint8_t> encodedOutput(const std::string& name, const OutputFormat& format,
+                                        const OutputImages& images, double quality)
 {
     if (isDocumentFormat(format)) {
         const DocumentImages document = documentOf(images);
         KVError error;
         auto data = dataOfType(format.type, &document, &error);
         if (!data) {
-            failProcessing(withHint("standard output: " + error.localizedDescription,
+            failProcessing(withHint(name + ": " + error.localizedDescription,
                                     error.localizedRecoverySuggestion));
         }
         return std::move(*data);
@@ -92,7 +94,7 @@ std::vector<std::uint8_t> encodedOutput(const OutputFormat& format, const Output
     options.quality = quality;
     auto bytes = encodeImage(*images.shifted, *formatForType(format.type), options);
     if (!bytes) {
-        failProcessing(withHint("standard output: " + bytes.error().message, ""));
+        failProcessing(withHint(name + ": " + bytes.error().message, ""));
     }
     return bytes.take();
 }
@@ -103,8 +105,22 @@ void writeOutput(const std::filesystem::path& path, const OutputFormat& format,
                  const OutputImages& images, double quality,
                  const std::vector<std::filesystem::path>& inputs)
 {
-    if (isStandardStream(path.string())) {
-        writeStandardOutput(encodedOutput(format, images, quality));
+    const bool metadata = images.metadata != nullptr && !images.metadata->empty();
+    if (isStandardStream(path.string()) || metadata) {
+        const bool toStandardOutput = isStandardStream(path.string());
+        const std::string name = toStandardOutput ? "standard output" : path.string();
+        std::vector<std::uint8_t> bytes = encodedOutput(name, format, images, quality);
+        if (metadata) {
+            bytes = images.metadata->addTo(std::move(bytes), format);
+        }
+        if (toStandardOutput) {
+            writeStandardOutput(bytes);
+            return;
+        }
+        const IOStatus written = writeFileAtomically(path, bytes, inputs);
+        if (!written) {
+            failProcessing(withHint(path.string() + ": " + written.error().message, ""));
+        }
         return;
     }
     if (isDocumentFormat(format)) {

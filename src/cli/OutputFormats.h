@@ -28,12 +28,16 @@ std::optional<OutputFormat> outputFormatNamed(const std::string& name);
 // The format a file name's extension stands for; nothing for an unknown extension.
 std::optional<OutputFormat> outputFormatForPath(const std::filesystem::path& path);
 
+class PhotoMetadata;
+
 struct OutputImages {
     KVBitmapPtr shifted;
     KVBitmapPtr source;
     KVBitmapPtr exclusionMask;
     KVBitmapPtr inclusionMask;
     std::string parameters;
+    // The input's EXIF, XMP and IPTC, added to the file when given.
+    const PhotoMetadata* metadata = nullptr;
 };
 
 // Writes the shifted image (or the document) atomically, or to standard output for "-"; never

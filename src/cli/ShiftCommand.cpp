@@ -156,7 +156,7 @@ Json shiftOne(Engine& engine, const ShiftOptions& o, const KVHueShiftParameterSe
     }
     writeOutput(output, format,
                 {result, image.source, exclusion, inclusion,
-                 hexEncodedStringFromHueShiftParameters(record)},
+                 hexEncodedStringFromHueShiftParameters(record), &image.metadata},
                 o.quality > 1.0 ? o.quality / 100.0 : o.quality, inputs);
     const double saveMs = clock.lap();
     progress.update(first + kStepsPerImage, "wrote " + output.filename().string());
