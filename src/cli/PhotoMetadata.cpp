@@ -2,6 +2,7 @@
 
 #include "cli/CliFailure.h"
 #include "cli/OutputFormats.h"
+#include "cli/TiffPageTags.h"
 #include "controls/ParameterEncoding.h"
 
 #include <algorithm>
@@ -111,6 +112,26 @@ std::vector<std::uint8_t> withExifChunk(std::vector<std::uint8_t> png, const Exi
     return png;
 }
 
+// The photographer's own text tags, for a document's source page.
+std::vector<TiffTextTag> sourcePageTags(const Exiv2::ExifData& exif)
+{
+    constexpr std::array<std::pair<const char*, int>, 6> kTags{
+        {{"Exif.Image.Artist", 315},
+         {"Exif.Image.Copyright", 33432},
+         {"Exif.Image.Make", 271},
+         {"Exif.Image.Model", 272},
+         {"Exif.Image.ImageDescription", 270},
+         {"Exif.Image.DateTime", 306}}};
+    std::vector<TiffTextTag> tags;
+    for (const auto& [key, number] : kTags) {
+        const auto found = exif.findKey(Exiv2::ExifKey(key));
+        if (found != exif.end()) {
+            tags.emplace_back(number, found->toString());
+        }
+    }
+    return tags;
+}
+
 } // namespace
 
 PhotoMetadata::PhotoMetadata() : data_(std::make_unique<Data>()) {}
@@ -175,6 +196,9 @@ std::vector<std::uint8_t> PhotoMetadata::addTo(std::vector<std::uint8_t> encoded
         const Exiv2::DataBuf written = io.read(static_cast<long>(io.size()));
         io.close();
         std::vector<std::uint8_t> result(written.pData_, written.pData_ + written.size_);
+        if (document) {
+            result = withTextTagsOnPage(result, 1, sourcePageTags(data_->exif));
+        }
         if (png && !exif.empty()) {
             Exiv2::Blob blob;
             Exiv2::ExifParser::encode(blob, Exiv2::littleEndian, exif);

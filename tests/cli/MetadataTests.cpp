@@ -22,12 +22,12 @@ int shell(const std::string& command)
 }
 
 // The tags a camera and a photographer put in a file, as exiftool reads them (numbers raw).
-Json tagsOf(const std::filesystem::path& file, const ScratchFolder& folder)
+Json tagsOf(const std::filesystem::path& file, const ScratchFolder& folder,
+            const std::string& tags = "-Make -Model -IFD0:Artist -Copyright -Orientation "
+                                      "-DateTimeOriginal -XMP-dc:Creator -Keywords")
 {
     const auto out = folder / "tags.json";
-    EXPECT_EQ(shell("exiftool -j -n -Make -Model -Artist -Copyright -Orientation "
-                    "-DateTimeOriginal -XMP-dc:Creator -Keywords '" +
-                    file.string() + "' > '" + out.string() + "'"),
+    EXPECT_EQ(shell("exiftool -j -n " + tags + " '" + file.string() + "' > '" + out.string() + "'"),
               0);
     std::ifstream in(out);
     std::stringstream text;
@@ -85,8 +85,10 @@ TEST_P(MetadataRoundTrip, OutputKeepsTheCameraFilesMetadataAndOrientation)
     if (c.options.empty()) {
         EXPECT_EQ(tags.value("Artist", ""), "Ann Photo");
     } else {
-        // A document's page 0 Artist is its parameter string, and it is still a document.
+        // A document's page 0 Artist is its parameter string, and it is still a document; the
+        // photographer's Artist is on the source page.
         EXPECT_EQ(tags.value("Artist", "").rfind("tolm", 0), 0u);
+        EXPECT_EQ(tagsOf(output, folder, "-IFD1:Artist").value("Artist", ""), "Ann Photo");
         EXPECT_TRUE(runCli({"info", output.string()}).json()["document"].get<bool>());
     }
 }
