@@ -232,11 +232,14 @@ void addParameterOptions(CLI::App& command, ParameterOptions& o)
     const std::string target = "Target";
     command.add_option("--mode", o.mode, "colour mode: lchuv|lchab|hcl|hsb|hsl (default lchuv)")
         ->group(selection);
-    auto* hue = command
-                    .add_option("--hue", o.hue,
-                                "selection hue bounds in degrees LF:L:U:UF (lowerFalloff, lower, "
-                                "upper, upperFalloff); may cross 0, e.g. 340:350:10:20")
-                    ->group(selection);
+    auto* hue =
+        command
+            .add_option(
+                "--hue", o.hue,
+                "selection hue bounds in degrees LF:L:U:UF (lowerFalloff, lower, "
+                "upper, upperFalloff), counter-clockwise, each in -360..360; may cross 0, e.g. "
+                "340:350:10:20")
+            ->group(selection);
     auto* centre =
         command.add_option("--hue-center", o.hueCenter, "middle of the selection hue in degrees")
             ->group(selection);

@@ -213,7 +213,10 @@ CommandRunner addShiftCommand(CLI::App& tool, const GlobalOptions& global)
         "--target-hue 220\n  tintorra-cli shift *.tif -d shifted --hue 340:350:10:20 "
         "--target-hue 120 --format document --no-clobber\n  tintorra-cli shift - -o - --format "
         "png --hue-set Green --target-sat -0.5 < photo.png > muted.png\nWithout --target-hue the "
-        "hues stay where they are. With --json, file names that are not valid UTF-8 are printed "
+        "hues stay where they are; a run that selects no pixel warns on standard error. The "
+        "input's "
+        "EXIF, XMP and IPTC metadata are copied into the output, the pixels and their Orientation "
+        "tag kept as they are. With --json, file names that are not valid UTF-8 are printed "
         "with each stray byte as \\xNN.");
     ShiftOptions& o = *options;
     command
