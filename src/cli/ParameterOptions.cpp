@@ -81,12 +81,13 @@ KVSliderValues fractionRange(const std::string& text, const std::string& option)
     const std::array<double, 4> values{b.lowerFalloff, b.lower, b.upper, b.upperFalloff};
     for (const double v : values) {
         if (v < 0.0 || v > 1.0) {
-            failUsage(option + " " + text + ": every bound must lie in 0..1");
+            failUsage(option + " " + text + ": every bound must lie in 0..1, e.g. 0:0.2:0.8:1");
         }
     }
     if (!(b.lowerFalloff <= b.lower && b.lower <= b.upper && b.upper <= b.upperFalloff)) {
         failUsage(option + " " + text +
-                  ": bounds must not decrease (lowerFalloff:lower:upper:upperFalloff)");
+                  ": bounds must not decrease (lowerFalloff:lower:upper:upperFalloff), e.g. "
+                  "0:0.2:0.8:1");
     }
     return {b.upperFalloff, b.upper, (b.lower + b.upper) / 2.0, b.lower, b.lowerFalloff};
 }
@@ -97,7 +98,8 @@ void checkHueBounds(const RangeBounds& b, const std::string& text)
 {
     for (const double v : {b.lowerFalloff, b.lower, b.upper, b.upperFalloff}) {
         if (v < -360.0 || v > 360.0) {
-            failUsage("--hue " + text + ": every bound must lie in -360..360 degrees");
+            failUsage("--hue " + text +
+                      ": every bound must lie in -360..360 degrees, e.g. 340:350:10:20");
         }
     }
     const auto step = [](double from, double to) {
