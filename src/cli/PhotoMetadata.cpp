@@ -146,11 +146,20 @@ PhotoMetadata PhotoMetadata::read(std::span<const std::uint8_t> file)
         Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
         Exiv2::Image::AutoPtr image = Exiv2::ImageFactory::open(file.data(), file.size());
         image->readMetadata();
-        for (const Exiv2::Exifdatum& datum : image->exifData()) {
+        const Exiv2::ExifData& exif = image->exifData();
+        bool document = false;
+        for (const Exiv2::Exifdatum& datum : exif) {
             // A document's parameters describe that document's shift, not the photograph.
+            document = document || carriesParameters(datum);
             if (!isStructureTag(datum) && !carriesParameters(datum)) {
                 metadata.data_->exif.add(datum);
             }
+        }
+        // The photographer's Artist is on a document's source page, which the library reads as
+        // the page after the first.
+        const auto artist = exif.findKey(Exiv2::ExifKey("Exif.Thumbnail.Artist"));
+        if (document && artist != exif.end()) {
+            metadata.data_->exif["Exif.Image.Artist"] = artist->value();
         }
         metadata.data_->xmp = image->xmpData();
         metadata.data_->iptc = image->iptcData();

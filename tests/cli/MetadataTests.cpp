@@ -89,6 +89,10 @@ TEST_P(MetadataRoundTrip, OutputKeepsTheCameraFilesMetadataAndOrientation)
         // photographer's Artist is on the source page.
         EXPECT_EQ(tags.value("Artist", "").rfind("tolm", 0), 0u);
         EXPECT_EQ(tagsOf(output, folder, "-IFD1:Artist").value("Artist", ""), "Ann Photo");
+        // Shifted again, the document gives the photographer's Artist back.
+        const auto again = folder / "again.jpg";
+        ASSERT_EQ(runCli({"shift", output.string(), "-o", again.string(), "-q"}).exitCode, 0);
+        EXPECT_EQ(tagsOf(again, folder).value("Artist", ""), "Ann Photo");
         EXPECT_TRUE(runCli({"info", output.string()}).json()["document"].get<bool>());
     }
 }
