@@ -14,16 +14,16 @@ packages=(
   libisal-dev
   # vectorised maths for the pixel engine
   libsleef-dev
-  # command line and JSON
-  libcli11-dev nlohmann-json3-dev
+  # command line and JSON; photographs' metadata (EXIF, XMP, IPTC) for the command-line tool
+  libcli11-dev nlohmann-json3-dev libexiv2-dev
   # desktop application
   qt6-base-dev qt6-pdf-dev qt6-svg-dev qt6-tools-dev qt6-tools-dev-tools libgl-dev libxcb1-dev
   # tests and benchmarks, and the fuzz targets (clang's libFuzzer)
   libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev
   # real ICC profiles the colour tests read
   colord-data icc-profiles-free argyll-ref
-  # file tools whose output the image tests check against
-  libtiff-tools
+  # file tools whose output the image and command-line tests check against
+  libtiff-tools exiv2 libimage-exiftool-perl
 )
 
 if [ "$(id -u)" -eq 0 ]; then

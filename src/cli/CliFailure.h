@@ -33,6 +33,10 @@ private:
     throw CliFailure(kExitProcessingFailure, message);
 }
 
+// Joins a reason and a hint into one sentence: "reason; hint", whatever full stops the reason
+// (often a library's text) ends with. An empty hint leaves the reason alone, stop removed.
+std::string withHint(const std::string& reason, const std::string& hint);
+
 // Writes "tintorra-cli: <message>" as a single line on standard error (line breaks inside the
 // message become spaces, so that scripts can rely on one line per error).
 void printError(const std::string& message);

@@ -7,6 +7,7 @@
 #include "imageio/AtomicFileWriter.h"
 #include "imageio/ImageFile.h"
 
+#include <cctype>
 #include <cstdio>
 #include <memory>
 
@@ -28,16 +29,40 @@ struct GamutOptions {
     std::optional<std::string> table;
 };
 
+// Letters and digits only, lower case: "Adobe RGB (1998)" and "adobe-rgb-1998" name one space.
+std::string nameKey(std::string_view name)
+{
+    std::string key;
+    for (const unsigned char c : name) {
+        if (std::isalnum(c)) {
+            key.push_back(static_cast<char>(std::tolower(c)));
+        }
+    }
+    return key;
+}
+
+const ColorSpaceChromaticities* workingSpaceLike(const std::string& name)
+{
+    for (const auto& row : workingSpaceTable) {
+        if (nameKey(row.name) == nameKey(name)) {
+            return &row;
+        }
+    }
+    return nullptr;
+}
+
 std::unique_ptr<KVColorGamut> gamutFor(const GamutOptions& o, long mode)
 {
-    if (o.space) {
-        const ColorSpaceChromaticities* space = workingSpaceNamed(*o.space);
+    if (o.space || (!o.profile && !o.image)) {
+        // No space given is sRGB by name, so that both ask for the very same gamut.
+        const std::string name = o.space.value_or("sRGB");
+        const ColorSpaceChromaticities* space = workingSpaceLike(name);
         if (space == nullptr) {
             std::string names;
             for (const auto& row : workingSpaceTable) {
                 names += (names.empty() ? "" : ", ") + std::string(row.name);
             }
-            failUsage("--space '" + *o.space + "' is not a working space; use one of " + names);
+            failUsage("--space '" + name + "' is not a working space; use one of " + names);
         }
         return std::make_unique<KVColorGamut>(*space, mode);
     }
@@ -56,7 +81,7 @@ std::unique_ptr<KVColorGamut> gamutFor(const GamutOptions& o, long mode)
         const LoadedImage image = loadImageFile(*o.image);
         return std::make_unique<KVColorGamut>(image.source->colorSpace(), mode);
     }
-    return std::make_unique<KVColorGamut>(sRGBColorSpace(), mode);
+    failUsage("gamut needs --space, --profile or --image");
 }
 
 std::string tableCsv(const KVColorGamut& gamut)
@@ -93,7 +118,9 @@ CommandRunner addGamutCommand(CLI::App& tool, const GlobalOptions&)
     command->footer("Examples:\n  tintorra-cli gamut --hue 120 --lightness 50\n"
                     "  tintorra-cli gamut --space \"Adobe RGB (1998)\" --max-chroma 240\n"
                     "  tintorra-cli gamut --image photo.tif --mode lchab --table chroma.csv");
-    auto* space = command->add_option("--space", o.space, "a working space by name");
+    auto* space = command->add_option(
+        "--space", o.space,
+        "a working space by name, case, spaces and punctuation ignored (default sRGB)");
     auto* profile = command->add_option("--profile", o.profile, "an RGB ICC profile file");
     auto* image = command->add_option("--image", o.image, "the colour space of an image file");
     space->excludes(profile)->excludes(image);
@@ -120,6 +147,10 @@ CommandRunner addGamutCommand(CLI::App& tool, const GlobalOptions&)
         const GamutOptions& o = *options;
         if (!o.hue && !o.maxChroma && !o.table) {
             failUsage("gamut needs --hue DEG --lightness L, --max-chroma DEG or --table OUT.csv");
+        }
+        if (o.lightness && !(*o.lightness >= 0.0 && *o.lightness <= 100.0)) {
+            failUsage("--lightness " + CLI::detail::to_string(*o.lightness) +
+                      " is outside 0..100; give a lightness from 0 (black) to 100 (white)");
         }
         const long mode = o.mode == "lchab" ? 1 : 0;
         std::unique_ptr<KVColorGamut> gamut;

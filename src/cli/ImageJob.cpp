@@ -1,6 +1,7 @@
 #include "cli/ImageJob.h"
 
 #include "cli/CliFailure.h"
+#include "cli/StandardStreams.h"
 #include "editor/HueShiftParametersBuilder.h"
 #include "engine/HueShift.h"
 #include "engine/SelectionWeights.h"
@@ -8,6 +9,8 @@
 #include "imageio/DocumentFile.h"
 #include "imageio/ImageErrors.h"
 #include "imageio/ImageFile.h"
+
+#include <algorithm>
 
 namespace tintorra::cli {
 
@@ -17,8 +20,7 @@ LoadedImage loadImageData(std::span<const std::uint8_t> data, const std::string&
     // By content: a TIFF goes the document's way, so that Tintorra documents give their source.
     const auto source = ImageSource::open(data);
     if (!source) {
-        failProcessing(name + ": " + source.error().message +
-                       "; give a TIFF, PNG, JPEG or JPEG 2000 image");
+        failProcessing(withHint(name + ": " + source.error().message, ""));
     }
     const bool tiff = source.value().format() == ImageFormat::tiff;
     std::optional<DocumentImageReps> reps;
@@ -28,10 +30,15 @@ LoadedImage loadImageData(std::span<const std::uint8_t> data, const std::string&
     }
     if (!reps || reps->imageReps.empty() || !reps->imageReps.front()) {
         if (!error.localizedDescription.empty()) {
-            failProcessing(name + ": " + error.localizedDescription + " " +
-                           error.localizedRecoverySuggestion);
+            failProcessing(withHint(name + ": " + error.localizedDescription,
+                                    error.localizedRecoverySuggestion));
         }
-        failProcessing(name + ": the image could not be decoded; check that the file is complete");
+        // The decoder's own reason (damaged, too large, ...) fits better than a guess.
+        const auto decoded = decodeImage(data);
+        failProcessing(withHint(
+            name + ": " +
+                (decoded ? std::string("the image could not be read") : decoded.error().message),
+            ""));
     }
     LoadedImage image;
     image.path = name;
@@ -43,16 +50,14 @@ LoadedImage loadImageData(std::span<const std::uint8_t> data, const std::string&
         image.inclusionMask = reps->imageReps[2];
     }
     image.parameters = reps->artistTag;
+    image.metadata = PhotoMetadata::read(data);
     return image;
 }
 
 LoadedImage loadImageFile(const std::string& path)
 {
-    const auto data = readWholeFile(path);
-    if (!data) {
-        failProcessing(path + ": " + data.error().message);
-    }
-    return loadImageData(data.value(), path);
+    const std::vector<std::uint8_t> data = readInputBytes(path);
+    return loadImageData(data, isStandardStream(path) ? "standard input" : path);
 }
 
 KVBitmapPtr loadMaskFile(const std::string& path, std::int64_t width, std::int64_t height)
@@ -148,11 +153,65 @@ KVBitmapPtr ShiftJob::shift(const HueShiftParameters& record, const KVBitmapPtr&
     return result.take();
 }
 
-ShiftJob::SelectionCount ShiftJob::countSelection(const HueShiftParameters& record) const
+ShiftJob::SelectionCount ShiftJob::countSelection(const HueShiftParameters& record,
+                                                  bool exact) const
+{
+    const SelectionCount table = countTableSelection(record);
+    if (source_->bitsPerSample() == 16 && !source_->isPlanar() && (exact || table.pixels == 0)) {
+        return countSelectedSamples();
+    }
+    return table;
+}
+
+ShiftJob::SelectionCount ShiftJob::countSelectedSamples() const
+{
+    // The black-mask view is white where the engine selects a pixel; the painted masks are left
+    // out, as the table count leaves them out.
+    KVHueShiftParameterSet set = parameters_;
+    set.setMaskToShow(2);
+    HueShiftContext context;
+    context.gamut = gamut_;
+    context.colorTable = table_.get();
+    context.spectrum = &spectrum_;
+    const KVBitmapPtr mask = shift(hueShiftParameters(set, context), nullptr);
+    const std::int64_t samples = source_->samplesPerPixel();
+    std::vector<std::uint64_t> all;
+    std::vector<std::uint64_t> selected;
+    all.reserve(static_cast<std::size_t>(source_->pixelsWide() * source_->pixelsHigh()));
+    for (std::int64_t y = 0; y < source_->pixelsHigh(); ++y) {
+        const auto* in = reinterpret_cast<const std::uint16_t*>(source_->bitmapData() +
+                                                                y * source_->bytesPerRow());
+        const auto* out =
+            reinterpret_cast<const std::uint16_t*>(mask->bitmapData() + y * mask->bytesPerRow());
+        for (std::int64_t x = 0; x < source_->pixelsWide(); ++x) {
+            std::uint64_t colour = 0;
+            for (std::int64_t c = 0; c < std::min<std::int64_t>(samples, 4); ++c) {
+                colour |= std::uint64_t{in[x * samples + c]} << (16 * c);
+            }
+            all.push_back(colour);
+            if (out[x * samples] > 0) {
+                selected.push_back(colour);
+            }
+        }
+    }
+    const auto distinct = [](std::vector<std::uint64_t>& colours) {
+        std::sort(colours.begin(), colours.end());
+        return static_cast<std::uint64_t>(std::unique(colours.begin(), colours.end()) -
+                                          colours.begin());
+    };
+    SelectionCount count;
+    count.pixels = selected.size();
+    count.distinctColors = distinct(all);
+    count.colors = distinct(selected);
+    return count;
+}
+
+ShiftJob::SelectionCount ShiftJob::countTableSelection(const HueShiftParameters& record) const
 {
     HueShiftParameters p = record;
     normalizeHueShiftParameters(p);
     SelectionCount count;
+    count.distinctColors = table_->count;
     const bool lch = isLchColorMode(p.colorSpaceModel);
     for (std::uint64_t i = 0; i < table_->count; ++i) {
         const color_table_lch_entry_info& e = table_->colors[i];

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "cli/PhotoMetadata.h"
 #include "colour/KVColorGamut.h"
 #include "controls/KVHueShiftParameterSet.h"
 #include "engine/ColorTable.h"
@@ -27,10 +28,12 @@ struct LoadedImage {
     KVBitmapPtr exclusionMask;
     KVBitmapPtr inclusionMask;
     std::optional<std::string> parameters;
+    // The photograph's EXIF, XMP and IPTC, for the outputs.
+    PhotoMetadata metadata;
 };
 
-// Reads an RGB image (or a Tintorra document's source). Throws a processing CliFailure naming
-// the file when it cannot be read, is not an image or is not RGB.
+// Reads an RGB image (or a Tintorra document's source); "-" reads standard input. Throws a
+// processing CliFailure naming the file when it cannot be read, is not an image or is not RGB.
 LoadedImage loadImageFile(const std::string& path);
 LoadedImage loadImageData(std::span<const std::uint8_t> data, const std::string& name);
 
@@ -59,14 +62,16 @@ public:
     // when the engine refuses the image.
     KVBitmapPtr shift(const HueShiftParameters& record, const KVBitmapPtr& destination) const;
 
-    // Distinct colours of the table, those the selection weighs above 0 and their pixels (the
-    // painted masks aside).
-    std::uint64_t distinctColors() const { return table_->count; }
+    // Distinct colours of the image, those the selection weighs above 0 and their pixels (the
+    // painted masks aside). The table describes 16-bit images by their high bytes only, so for
+    // them the counts come from the engine's own selection view of every pixel, when `exact` or
+    // when the table finds no pixel (a shift pass: only for figures and the empty warning).
     struct SelectionCount {
+        std::uint64_t distinctColors = 0;
         std::uint64_t colors = 0;
         std::uint64_t pixels = 0;
     };
-    SelectionCount countSelection(const HueShiftParameters& record) const;
+    SelectionCount countSelection(const HueShiftParameters& record, bool exact) const;
 
     const KVBitmapPtr& source() const { return source_; }
     const KVHueShiftParameterSet& parameters() const { return parameters_; }
@@ -75,6 +80,9 @@ public:
     const LChColorTable& table() const { return *table_; }
 
 private:
+    SelectionCount countTableSelection(const HueShiftParameters& record) const;
+    SelectionCount countSelectedSamples() const;
+
     Engine& engine_;
     KVBitmapPtr source_;
     KVHueShiftParameterSet parameters_;

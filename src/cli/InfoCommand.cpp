@@ -1,6 +1,7 @@
 #include "cli/CliFailure.h"
 #include "cli/Commands.h"
 #include "cli/JsonOutput.h"
+#include "cli/StandardStreams.h"
 #include "colour/ColorMatrices.h"
 #include "imageio/DocumentFile.h"
 #include "imageio/ImageFile.h"
@@ -11,6 +12,7 @@ namespace tintorra::cli {
 
 namespace {
 
+constexpr int kTiffTagSoftware = 305;
 constexpr int kTiffTagArtist = 315;
 
 const char* formatName(ImageFormat format)
@@ -57,55 +59,53 @@ const char* colorModelName(KVColorSpaceModel model)
 
 Json describeFile(const std::string& path)
 {
-    const auto data = readWholeFile(path);
-    if (!data) {
-        failProcessing(path + ": " + data.error().message);
-    }
-    auto opened = ImageSource::open(data.value());
+    const std::vector<std::uint8_t> data = readInputBytes(path);
+    auto opened = ImageSource::open(data);
     if (!opened) {
-        failProcessing(path + ": " + opened.error().message +
-                       "; give a TIFF, PNG, JPEG, JPEG 2000, BMP or GIF image");
+        failProcessing(withHint(path + ": " + opened.error().message, ""));
     }
     ImageSource& source = opened.value();
-    const auto page = source.decodePage(0);
+    // From the headers alone: a large photograph is described without decoding its pixels.
+    const auto page = source.describePage(0);
     if (!page) {
-        failProcessing(path + ": " + page.error().message + "; check that the file is complete");
+        failProcessing(withHint(path + ": " + page.error().message, ""));
     }
-    const KVBitmap& bitmap = *page.value();
+    const KVBitmapLayout& layout = page.value().layout;
+    const KVColorSpace& colorSpace = page.value().colorSpace;
     const auto artist = source.stringProperty(kTiffTagArtist);
     const bool hasParameters = artist && artist->rfind(kHueShiftParametersPrefix, 0) == 0;
-    bool document = false;
-    if (source.format() == ImageFormat::tiff) {
-        const DocumentImageReps reps = imageRepsWithTIFFData(data.value());
-        document = reps.fileType.has_value() && isTintorraTIFF(*reps.fileType, reps.artistTag);
-    }
+    // The document's own test, less its decoding: a single page that carries a parameter
+    // string has no source to go with it.
+    const bool document = source.format() == ImageFormat::tiff && source.pageCount() > 1 &&
+                          hasParameters &&
+                          source.stringProperty(kTiffTagSoftware) == kTintorraSoftware;
+    const bool rgb = colorSpace.model() == KVColorSpaceModel::rgb;
     Json matrix = nullptr;
-    if (bitmap.isRGB()) {
+    if (rgb) {
         Matrix3 m{};
-        matrixFromColorSpace(m, &bitmap.colorSpace());
+        matrixFromColorSpace(m, &colorSpace);
         matrix = Json::array();
         for (const double v : m) {
             matrix.push_back(jsonNumber(v));
         }
     }
-    return {{"file", path},
+    return {{"file", jsonFileName(path)},
             {"format", formatName(source.format())},
-            {"pixelsWide", bitmap.pixelsWide()},
-            {"pixelsHigh", bitmap.pixelsHigh()},
-            {"bitsPerSample", bitmap.bitsPerSample()},
-            {"samplesPerPixel", bitmap.samplesPerPixel()},
-            {"hasAlpha", bitmap.hasAlpha()},
-            {"premultiplied", bitmap.hasAlpha() && (bitmap.bitmapFormat() &
-                                                    kBitmapFormatAlphaNonpremultiplied) == 0},
-            {"planar", bitmap.isPlanar()},
-            {"colorModel", colorModelName(bitmap.colorSpace().model())},
-            {"isRGB", bitmap.isRGB()},
-            {"profile", bitmap.colorSpace().hasIccProfile() ? Json(bitmap.colorSpace().name())
-                                                            : Json(nullptr)},
+            {"pixelsWide", layout.pixelsWide},
+            {"pixelsHigh", layout.pixelsHigh},
+            {"bitsPerSample", layout.bitsPerSample},
+            {"samplesPerPixel", layout.samplesPerPixel},
+            {"hasAlpha", layout.hasAlpha},
+            {"premultiplied",
+             layout.hasAlpha && (layout.bitmapFormat & kBitmapFormatAlphaNonpremultiplied) == 0},
+            {"planar", layout.isPlanar},
+            {"colorModel", colorModelName(colorSpace.model())},
+            {"isRGB", rgb},
+            {"profile", colorSpace.hasIccProfile() ? Json(colorSpace.name()) : Json(nullptr)},
             {"rgbToXyz", matrix},
             {"document", document},
             {"pages", source.pageCount()},
-            {"params", hasParameters ? Json(*artist) : Json(nullptr)}};
+            {"params", document ? Json(*artist) : Json(nullptr)}};
 }
 
 } // namespace
@@ -115,7 +115,10 @@ CommandRunner addInfoCommand(CLI::App& tool, const GlobalOptions&)
     auto files = std::make_shared<std::vector<std::string>>();
     CLI::App* command = tool.add_subcommand(
         "info", "Describe image files and Tintorra documents as JSON, one object per file");
-    command->add_option("FILE", *files, "image files")->required();
+    command->add_option("FILE", *files, "image files; - reads one from standard input")->required();
+    command->footer("Example:\n  tintorra-cli info photo.tiff\n  tintorra-cli info - < photo.png\n"
+                    "File names that are not valid UTF-8 are printed with each stray byte as "
+                    "\\xNN.");
     return [files]() -> int {
         int status = kExitSuccess;
         for (const std::string& file : *files) {

@@ -2,6 +2,7 @@
 
 #include "cli/CliFailure.h"
 #include "cli/NamedHues.h"
+#include "cli/StandardStreams.h"
 #include "controls/KVCircularSliderModel.h"
 #include "controls/KVTenSegmentValues.h"
 #include "controls/ParameterEncoding.h"
@@ -43,8 +44,7 @@ std::vector<double> parseNumberList(const std::string& text, char separator,
         const char* last = item.data() + item.size();
         const auto [next, error] = std::from_chars(first, last, value);
         if (item.empty() || error != std::errc() || next != last || !std::isfinite(value)) {
-            failUsage(option + ": '" + item + "' in '" + text +
-                      "' is not a number; see 'tintorra-cli shift --help'");
+            failUsage(option + ": '" + item + "' in '" + text + "' is not a number");
         }
         numbers.push_back(value);
         if (end == std::string::npos) {
@@ -65,26 +65,60 @@ double hueFraction(double degrees)
     return degrees / 360.0;
 }
 
+// A fraction of the circle brought into 0 <= f < 1.
+double wholeTurnFraction(double turns)
+{
+    double f = std::fmod(turns, 1.0);
+    if (f < 0.0) {
+        f += 1.0;
+    }
+    return f >= 1.0 ? 0.0 : f;
+}
+
 KVSliderValues fractionRange(const std::string& text, const std::string& option)
 {
     const RangeBounds b = parseRangeBounds(text, option);
     const std::array<double, 4> values{b.lowerFalloff, b.lower, b.upper, b.upperFalloff};
     for (const double v : values) {
         if (v < 0.0 || v > 1.0) {
-            failUsage(option + " " + text + ": every bound must lie in 0..1");
+            failUsage(option + " " + text + ": every bound must lie in 0..1, e.g. 0:0.2:0.8:1");
         }
     }
     if (!(b.lowerFalloff <= b.lower && b.lower <= b.upper && b.upper <= b.upperFalloff)) {
         failUsage(option + " " + text +
-                  ": bounds must not decrease (lowerFalloff:lower:upper:upperFalloff)");
+                  ": bounds must not decrease (lowerFalloff:lower:upper:upperFalloff), e.g. "
+                  "0:0.2:0.8:1");
     }
     return {b.upperFalloff, b.upper, (b.lower + b.upper) / 2.0, b.lower, b.lowerFalloff};
+}
+
+// Hue bounds may cross 0 but must run counter-clockwise, lowerFalloff to upperFalloff, around at
+// most one turn; anything else would select a different range than the one typed.
+void checkHueBounds(const RangeBounds& b, const std::string& text)
+{
+    for (const double v : {b.lowerFalloff, b.lower, b.upper, b.upperFalloff}) {
+        if (v < -360.0 || v > 360.0) {
+            failUsage("--hue " + text +
+                      ": every bound must lie in -360..360 degrees, e.g. 340:350:10:20");
+        }
+    }
+    const auto step = [](double from, double to) {
+        return to < from ? to - from + 360.0 : to - from;
+    };
+    const double turn =
+        step(b.lowerFalloff, b.lower) + step(b.lower, b.upper) + step(b.upper, b.upperFalloff);
+    if (turn > 360.0) {
+        failUsage("--hue " + text +
+                  ": the bounds are out of order; give them counter-clockwise as "
+                  "lowerFalloff:lower:upper:upperFalloff, e.g. 340:350:10:20");
+    }
 }
 
 void applyHueOptions(const ParameterOptions& options, KVHueShiftParameterSet& set)
 {
     if (options.hue) {
         const RangeBounds b = parseRangeBounds(*options.hue, "--hue");
+        checkHueBounds(b, *options.hue);
         // Bounds only: the middle is derived circularly, so a range across 0 gets its middle
         // where the ring shows it.
         set.setSourceHueValues({{"upperFalloff", hueFraction(b.upperFalloff)},
@@ -93,6 +127,9 @@ void applyHueOptions(const ParameterOptions& options, KVHueShiftParameterSet& se
                                 {"lowerFalloff", hueFraction(b.lowerFalloff)}});
     }
     if (options.hueCenter) {
+        if (!std::isfinite(*options.hueCenter)) {
+            failUsage("--hue-center must be a finite number of degrees");
+        }
         if (options.hueSpread < 0.0 || options.hueSpread > 180.0) {
             failUsage("--hue-spread must lie in 0..180 degrees");
         }
@@ -161,13 +198,25 @@ std::optional<KVValueDictionary> namedHueSet(const std::string& name)
     return std::nullopt;
 }
 
+void checkParameterString(const std::string& text, const std::string& what)
+{
+    const std::size_t digits = kHueShiftParameterStringLength - kHueShiftParameterPrefix.size();
+    const bool prefixed = text.rfind(kHueShiftParameterPrefix, 0) == 0;
+    const bool hex =
+        prefixed && text.find_first_not_of("0123456789ABCDEFabcdef",
+                                           kHueShiftParameterPrefix.size()) == std::string::npos;
+    if (!prefixed || !hex || text.size() != kHueShiftParameterStringLength) {
+        const std::string shown = text.size() > 24 ? text.substr(0, 24) + "..." : text;
+        failUsage((what.empty() ? "" : what + " ") + "'" + shown +
+                  "' is not a parameter string: it must be \"tolm\" and " + std::to_string(digits) +
+                  " hexadecimal digits, as 'tintorra-cli params encode' prints");
+    }
+}
+
 std::string parametersOfDocument(const std::string& path)
 {
-    auto data = readWholeFile(path);
-    if (!data) {
-        failProcessing(path + ": " + data.error().message);
-    }
-    auto source = ImageSource::open(data.value());
+    const std::vector<std::uint8_t> data = readInputBytes(path);
+    auto source = ImageSource::open(data);
     if (!source) {
         failProcessing(path + ": " + source.error().message);
     }
@@ -185,11 +234,14 @@ void addParameterOptions(CLI::App& command, ParameterOptions& o)
     const std::string target = "Target";
     command.add_option("--mode", o.mode, "colour mode: lchuv|lchab|hcl|hsb|hsl (default lchuv)")
         ->group(selection);
-    auto* hue = command
-                    .add_option("--hue", o.hue,
-                                "selection hue bounds in degrees LF:L:U:UF (lowerFalloff, lower, "
-                                "upper, upperFalloff); may cross 0, e.g. 340:350:10:20")
-                    ->group(selection);
+    auto* hue =
+        command
+            .add_option(
+                "--hue", o.hue,
+                "selection hue bounds in degrees LF:L:U:UF (lowerFalloff, lower, "
+                "upper, upperFalloff), counter-clockwise, each in -360..360; may cross 0, e.g. "
+                "340:350:10:20")
+            ->group(selection);
     auto* centre =
         command.add_option("--hue-center", o.hueCenter, "middle of the selection hue in degrees")
             ->group(selection);
@@ -217,7 +269,10 @@ void addParameterOptions(CLI::App& command, ParameterOptions& o)
                     "selection lightness LF:L:U:UF, fractions 0..1 "
                     "(default 0:0:1:1)")
         ->group(selection);
-    command.add_option("--target-hue", o.targetHue, "target hue in degrees (default 0)")
+    command
+        .add_option("--target-hue", o.targetHue,
+                    "target hue in degrees (default: the middle of the selected hues, so that "
+                    "hues stay where they are)")
         ->group(target);
     command.add_option("--target-sat", o.targetSat, "saturation change -1..1, clamped; 0 = none")
         ->group(target);
@@ -254,6 +309,9 @@ KVHueShiftParameterSet parameterSetFromOptions(const ParameterOptions& options)
     if (options.paramsFrom) {
         text = parametersOfDocument(*options.paramsFrom);
     }
+    if (options.params) {
+        checkParameterString(*options.params, "--params");
+    }
     if (text && !setHueShiftParametersFromHexEncodedString(set, *text)) {
         failUsage("--params must begin with \"tolm\"; use a string from 'tintorra-cli params "
                   "encode'");
@@ -278,11 +336,11 @@ KVHueShiftParameterSet parameterSetFromOptions(const ParameterOptions& options)
         if (!std::isfinite(*options.targetHue)) {
             failUsage("--target-hue must be a finite number of degrees");
         }
-        double turns = std::fmod(*options.targetHue, 360.0) / 360.0;
-        if (turns < 0.0) {
-            turns += 1.0;
-        }
-        set.setTargetHue(turns >= 1.0 ? 0.0 : turns);
+        set.setTargetHue(wholeTurnFraction(*options.targetHue / 360.0));
+    } else if (!text) {
+        // A run that only changes saturation or brightness must leave hues where they are: the
+        // target is the selection's own middle.
+        set.setTargetHue(wholeTurnFraction(set.sourceHueRange().middle));
     }
     if (options.targetSat) {
         set.setTargetSat(*options.targetSat);

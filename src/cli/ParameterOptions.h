@@ -53,6 +53,10 @@ RangeBounds parseRangeBounds(const std::string& text, const std::string& option)
 // nothing for another name.
 std::optional<KVValueDictionary> namedHueSet(const std::string& name);
 
+// Throws a usage failure unless `text` is "tolm" and the exact number of hexadecimal digits a
+// parameter string has; `what` names where the user typed it ("--params", or empty).
+void checkParameterString(const std::string& text, const std::string& what);
+
 // The parameter string of a Tintorra document; throws a processing failure when the file cannot
 // be read or carries none.
 std::string parametersOfDocument(const std::string& path);

@@ -59,6 +59,9 @@ CommandRunner addParamsCommand(CLI::App& tool, const GlobalOptions&)
     CLI::App* command = tool.add_subcommand(
         "params", "Encode and decode the \"tolm\" parameter strings that documents carry");
     command->require_subcommand(1);
+    command->footer("Examples:\n  tintorra-cli params encode --hue-set Orange --target-hue 220\n"
+                    "  tintorra-cli params decode --from photo.tiff\nA string is \"tolm\" and 442 "
+                    "hexadecimal digits; anything else is refused.");
     CLI::App* encode = command->add_subcommand(
         "encode", "Print the 446-character parameter string of the given options");
     addParameterOptions(*encode, options->encode);
@@ -83,10 +86,12 @@ CommandRunner addParamsCommand(CLI::App& tool, const GlobalOptions&)
             }
             const std::string string =
                 options->from ? parametersOfDocument(*options->from) : *options->text;
+            if (options->text) {
+                checkParameterString(string, "");
+            }
             const auto decoded = decodeHueShiftParameters(string);
             if (!decoded) {
-                failProcessing("'" + string.substr(0, 24) + (string.size() > 24 ? "..." : "") +
-                               "' is not a parameter string; it must begin with \"tolm\"");
+                failProcessing(*options->from + ": its parameters cannot be read");
             }
             printJson(decodedJson(*decoded));
             return kExitSuccess;

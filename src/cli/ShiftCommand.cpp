@@ -5,6 +5,7 @@
 #include "cli/OutputFormats.h"
 #include "cli/ParameterOptions.h"
 #include "cli/ProgressBar.h"
+#include "cli/StandardStreams.h"
 #include "cli/Stopwatch.h"
 #include "controls/ParameterEncoding.h"
 #include "editor/ShiftRecordEncoding.h"
@@ -26,11 +27,12 @@ struct ShiftOptions {
     std::optional<std::string> directory;
     std::string view = "shifted";
     std::optional<std::string> format;
-    double quality = 0.9;
+    double quality = 90.0;
     std::optional<std::string> exclusionMask;
     std::optional<std::string> inclusionMask;
     unsigned threads = 0;
     bool json = false;
+    bool noClobber = false;
     unsigned repeat = 0;
 };
 
@@ -48,7 +50,16 @@ OutputFormat formatFor(const ShiftOptions& o, const std::filesystem::path& input
             failUsage("--format '" + *o.format +
                       "' is not an output format; use tiff, png, jpeg, jp2 or document");
         }
+        const auto byName = o.output ? outputFormatForPath(*o.output) : std::nullopt;
+        if (byName && !sameFileFormat(*byName, *named)) {
+            failUsage("--format " + *o.format + " disagrees with the extension of '" + *o.output +
+                      "'; end the file in ." + named->extension + " or leave out --format");
+        }
         return *named;
+    }
+    if (o.output && isStandardStream(*o.output)) {
+        failUsage("-o - needs --format tiff, png, jpeg, jp2 or document; standard output has no "
+                  "extension to tell the format by");
     }
     if (o.output) {
         const auto byName = outputFormatForPath(*o.output);
@@ -81,6 +92,13 @@ Json shiftOne(Engine& engine, const ShiftOptions& o, const KVHueShiftParameterSe
     const OutputFormat format = formatFor(o, input);
     const std::filesystem::path output = outputPathFor(o, input, format);
 
+    std::error_code absent;
+    if (o.noClobber && !isStandardStream(output.string()) &&
+        std::filesystem::exists(output, absent)) {
+        return {{"input", jsonFileName(input)},
+                {"output", jsonFileName(output.string())},
+                {"skipped", true}};
+    }
     Stopwatch clock;
     progress.update(first, "loading " + name);
     LoadedImage image = loadImageFile(input);
@@ -106,8 +124,13 @@ Json shiftOne(Engine& engine, const ShiftOptions& o, const KVHueShiftParameterSe
     job.buildGamut();
     const double gamutMs = clock.lap();
 
-    progress.update(first + 3, "shifting " + name);
     const HueShiftParameters record = job.engineRecord(kViews.at(o.view));
+    // Counted before the source may be shifted in place; outside the timed steps. Mostly a pass
+    // over the table, cheap enough to warn of an empty selection.
+    const auto selection = job.countSelection(record, o.json);
+    clock.lap();
+
+    progress.update(first + 3, "shifting " + name);
     // Only a document or a re-shift needs the source once shifted; otherwise the source is
     // shifted in place, which spares a copy of the whole image and its fresh memory.
     const bool keepSource = isDocumentFormat(format) || o.repeat > 0;
@@ -133,16 +156,14 @@ Json shiftOne(Engine& engine, const ShiftOptions& o, const KVHueShiftParameterSe
     }
     writeOutput(output, format,
                 {result, image.source, exclusion, inclusion,
-                 hexEncodedStringFromHueShiftParameters(record)},
-                o.quality, inputs);
+                 hexEncodedStringFromHueShiftParameters(record), &image.metadata},
+                o.quality > 1.0 ? o.quality / 100.0 : o.quality, inputs);
     const double saveMs = clock.lap();
     progress.update(first + kStepsPerImage, "wrote " + output.filename().string());
 
     if (!o.json) {
-        return {{"output", output.string()}};
+        return {{"output", output.string()}, {"selectedPixels", selection.pixels}};
     }
-    // Counting the selection is a pass over the whole table: only for the figures.
-    const auto selection = job.countSelection(record);
     Json ms = {{"load", loadMs},
                {"table", tableMs},
                {"gamut", gamutMs},
@@ -151,15 +172,32 @@ Json shiftOne(Engine& engine, const ShiftOptions& o, const KVHueShiftParameterSe
     if (!reshifts.empty()) {
         ms["reshift"] = median(reshifts);
     }
-    return {{"input", input},
-            {"output", output.string()},
+    return {{"input", jsonFileName(input)},
+            {"output", jsonFileName(output.string())},
             {"width", image.source->pixelsWide()},
             {"height", image.source->pixelsHigh()},
             {"bitsPerSample", image.source->bitsPerSample()},
-            {"distinctColors", job.distinctColors()},
+            {"distinctColors", selection.distinctColors},
             {"selectedColors", selection.colors},
             {"selectedPixels", selection.pixels},
             {"ms", ms}};
+}
+
+// Refuses, before anything is written, a folder run in which two inputs would be written to the
+// same file (inputs of the same name from different folders, or one input given twice).
+void refuseSharedOutputNames(const ShiftOptions& o)
+{
+    std::map<std::filesystem::path, std::string> claimed;
+    for (const std::string& input : o.inputs) {
+        const std::filesystem::path output =
+            outputPathFor(o, input, formatFor(o, input)).lexically_normal();
+        const auto [earlier, fresh] = claimed.emplace(output, input);
+        if (!fresh) {
+            failUsage("'" + earlier->second + "' and '" + input + "' would both be written to '" +
+                      output.string() +
+                      "'; shift them into different folders or rename one, nothing was written");
+        }
+    }
 }
 
 } // namespace
@@ -170,27 +208,42 @@ CommandRunner addShiftCommand(CLI::App& tool, const GlobalOptions& global)
     CLI::App* command = tool.add_subcommand(
         "shift", "Recolour images: move the selected hues towards the target and write the "
                  "results (or a view of the selection, or a Tintorra document)");
-    command->footer("Example:\n  tintorra-cli shift photo.jpg -o photo-blue.png --hue-set Orange "
-                    "--target-hue 220\n  tintorra-cli shift *.tif -d shifted --hue 340:350:10:20 "
-                    "--target-hue 120 --format document");
+    command->footer(
+        "Examples:\n  tintorra-cli shift photo.jpg -o photo-blue.png --hue-set Orange "
+        "--target-hue 220\n  tintorra-cli shift *.tif -d shifted --hue 340:350:10:20 "
+        "--target-hue 120 --format document --no-clobber\n  tintorra-cli shift - -o - --format "
+        "png --hue-set Green --target-sat -0.5 < photo.png > muted.png\nWithout --target-hue the "
+        "hues stay where they are; a run that selects no pixel warns on standard error. The "
+        "input's "
+        "EXIF, XMP and IPTC metadata are copied into the output, the pixels and their Orientation "
+        "tag kept as they are. With --json, file names that are not valid UTF-8 are printed "
+        "with each stray byte as \\xNN.");
     ShiftOptions& o = *options;
     command
         ->add_option("INPUT", o.inputs,
-                     "image files (TIFF, PNG, JPEG, JPEG 2000, or a "
-                     "Tintorra document)")
+                     "image files (TIFF, PNG, JPEG, JPEG 2000, or a Tintorra document); - reads "
+                     "one from standard input (with -o)")
         ->required();
-    auto* out = command->add_option("-o,--output", o.output, "output file (one input only)");
-    auto* dir = command->add_option("-d,--directory", o.directory,
-                                    "output folder; each file is named after its input with "
-                                    "\" (hue-shifted)\" and the format's extension");
+    auto* out = command->add_option("-o,--output", o.output,
+                                    "output file (one input only), - for standard output (with "
+                                    "--format; messages then go to standard error); an existing "
+                                    "file is replaced unless --no-clobber is given");
+    auto* dir = command->add_option(
+        "-d,--directory", o.directory,
+        "output folder; each file is named after its input with \" (hue-shifted)\" and the "
+        "format's extension, existing files are replaced unless --no-clobber is given, and a run "
+        "in which two inputs would get the same name is refused before anything is written");
+    command->add_flag("--no-clobber", o.noClobber,
+                      "never replace an existing output file: skip that input and say so");
     out->excludes(dir);
     command->add_option("--view", o.view, "what to write: shifted|highlight|black-mask|white-mask")
         ->check(CLI::IsMember({"shifted", "highlight", "black-mask", "white-mask"}));
     command->add_option("--format", o.format,
                         "tiff|png|jpeg|jp2|document (default from the output's extension; "
                         "document = multi-page TIFF with source, masks and parameters)");
-    command->add_option("--quality", o.quality, "JPEG quality 0..1 (default 0.9)")
-        ->check(CLI::Range(0.0, 1.0));
+    command->add_option("--quality", o.quality,
+                        "JPEG quality 0-100 (default 90); a value up to 1 is taken as a fraction, "
+                        "so 0.8 is 80 and 1 is 100");
     command->add_option("--exclusion-mask", o.exclusionMask,
                         "image of the areas to keep unchanged (white = painted)");
     command->add_option("--inclusion-mask", o.inclusionMask,
@@ -208,15 +261,28 @@ CommandRunner addShiftCommand(CLI::App& tool, const GlobalOptions& global)
     return [command, options, &global]() -> int {
         const ShiftOptions& o = *options;
         if (!o.output && !o.directory) {
-            failUsage("shift needs -o OUT or -d DIR; see 'tintorra-cli shift --help'");
+            failUsage("shift needs -o OUT or -d DIR");
         }
         if (o.output && o.inputs.size() > 1) {
             failUsage("-o takes one input, got " + std::to_string(o.inputs.size()) +
                       "; use -d DIR for several");
         }
+        for (const std::string& input : o.inputs) {
+            if (isStandardStream(input) && o.directory) {
+                failUsage("standard input ('-') has no name to name an output after in -d DIR; "
+                          "use -o FILE");
+            }
+        }
+        if (!(o.quality >= 0.0 && o.quality <= 100.0)) {
+            failUsage("--quality " + CLI::detail::to_string(o.quality) +
+                      " is outside 0-100; give e.g. --quality 85");
+        }
         const KVHueShiftParameterSet set = parameterSetFromOptions(o.parameters);
-        // Usage errors in the format are found before any work is done.
+        // Usage errors in the format and clashing names are found before any work is done.
         formatFor(o, o.inputs.front());
+        if (o.directory) {
+            refuseSharedOutputNames(o);
+        }
         if (o.directory) {
             std::error_code error;
             std::filesystem::create_directories(*o.directory, error);
@@ -226,18 +292,36 @@ CommandRunner addShiftCommand(CLI::App& tool, const GlobalOptions& global)
             }
         }
         ProgressBar progress(o.inputs.size() * kStepsPerImage, global.quiet || o.json);
+        // With the image on standard output, figures and status lines go to standard error.
+        std::FILE* messages = o.output && isStandardStream(*o.output) ? stderr : stdout;
         int status = kExitSuccess;
         Engine engine({o.threads});
         for (std::size_t i = 0; i < o.inputs.size(); ++i) {
             try {
                 const Json figures = shiftOne(engine, o, set, o.inputs[i], progress, i);
                 progress.clear();
+                if (figures.contains("skipped")) {
+                    if (o.json) {
+                        printJson(figures, messages);
+                    } else if (!global.quiet) {
+                        printError(figures["output"].get<std::string>() +
+                                   " exists, so it was kept and " + o.inputs[i] +
+                                   " skipped (--no-clobber)");
+                    }
+                    continue;
+                }
+                if (figures["selectedPixels"] == 0 && !global.quiet) {
+                    printError(
+                        "warning: " + o.inputs[i] +
+                        ": the selection takes no pixel, so the image is unchanged; widen "
+                        "--hue, --sat or --light (see 'tintorra-cli spectrum' for its hues)");
+                }
                 if (o.json) {
-                    printJson(figures);
+                    printJson(figures, messages);
                 } else if (!global.quiet) {
-                    std::printf("%s -> %s\n", o.inputs[i].c_str(),
-                                figures["output"].get<std::string>().c_str());
-                    std::fflush(stdout);
+                    std::fprintf(messages, "%s -> %s\n", o.inputs[i].c_str(),
+                                 figures["output"].get<std::string>().c_str());
+                    std::fflush(messages);
                 }
             } catch (const CliFailure& failure) {
                 progress.clear();

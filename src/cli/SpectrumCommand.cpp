@@ -19,6 +19,7 @@ struct SpectrumOptions {
     std::string mode = "lchuv";
     double gamma = 2.2;
     bool csv = false;
+    bool json = false;
     std::optional<std::string> plot;
     std::string graph = "spectrogram";
     bool log = false;
@@ -62,7 +63,7 @@ Json spectrumJson(const std::string& file, std::int64_t mode, const LChSpectrum&
                          {"lightness", {b.lightnessMinimum, b.lightnessMaximum, b.lightnessMean}},
                          {"alpha", {b.alphaMinimum, b.alphaMaximum, b.alphaMean}}});
     }
-    return {{"file", file}, {"mode", colorModeName(mode)}, {"bands", bands}};
+    return {{"file", jsonFileName(file)}, {"mode", colorModeName(mode)}, {"bands", bands}};
 }
 
 } // namespace
@@ -75,15 +76,22 @@ CommandRunner addSpectrumCommand(CLI::App& tool, const GlobalOptions&)
         "spectrum", "Print an image's 361-band hue spectrum (JSON, or CSV with --csv) and "
                     "optionally plot it as the spectrogram does");
     command->footer("Bands 0..359 are whole degrees of hue, band 360 the achromatic colours. "
-                    "Hues are printed in degrees; ranges as min, max, mean.");
-    command->add_option("FILE", o.file, "an image file")->required();
+                    "Hues are printed in degrees; ranges as min, max, mean.\nExamples:\n"
+                    "  tintorra-cli spectrum photo.tif --csv\n"
+                    "  tintorra-cli spectrum photo.tif --plot spectrum.png --graph chroma");
+    command->add_option("FILE", o.file, "an image file; - reads one from standard input")
+        ->required();
     command->add_option("--mode", o.mode, "colour mode: lchuv|lchab|hcl|hsb|hsl (default lchuv)");
     command->add_option("--gamma", o.gamma, "display gamma (default 2.2)")
         ->check(CLI::PositiveNumber);
     command->add_flag("--csv", o.csv,
                       "CSV: band,count,hueMin,hueMax,hueMean,chromaMin,chromaMax,chromaMean,"
                       "lightMin,lightMax,lightMean,alphaMin,alphaMax,alphaMean");
-    auto* plot = command->add_option("--plot", o.plot, "write the spectrogram as a PNG file");
+    command->add_flag("--json", o.json, "print the spectrum as JSON (the default without --plot)");
+    auto* plot = command->add_option("--plot", o.plot,
+                                     "write the spectrogram as a PNG file with a hue axis in "
+                                     "degrees, a value axis and a legend; nothing is printed "
+                                     "then unless --json or --csv asks for it");
     command->add_option("--graph", o.graph, "spectrogram|lightness|chroma|saturation")
         ->check(CLI::IsMember({"spectrogram", "lightness", "chroma", "saturation"}))
         ->needs(plot);
@@ -129,7 +137,7 @@ CommandRunner addSpectrumCommand(CLI::App& tool, const GlobalOptions&)
         }
         if (o.csv) {
             printCsv(job.spectrum(), lch);
-        } else {
+        } else if (o.json || !o.plot) {
             printJson(spectrumJson(o.file, *mode, job.spectrum(), lch));
         }
         return kExitSuccess;

@@ -1,12 +1,16 @@
 #include "cli/SpectrumPlot.h"
 
+#include "cli/PlotText.h"
 #include "colour/ColorConversions.h"
 #include "image/PixelAccess.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdio>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace tintorra::cli {
 
@@ -22,6 +26,8 @@ constexpr ColorComponents kMeanLine{1.0, 1.0, 1.0, 1.0};
 constexpr ColorComponents kMaximumLine{1.0, 0.5, 0.0, 1.0};
 constexpr ColorComponents kGamutLine{0.67, 0.67, 0.67, 1.0};
 constexpr ColorComponents kBackground{0.12, 0.12, 0.12, 1.0};
+constexpr ColorComponents kAxis{0.8, 0.8, 0.8, 1.0};
+constexpr int kTextScale = 2;
 
 class Canvas {
 public:
@@ -30,13 +36,29 @@ public:
           width_(bitmap->pixelsWide()), height_(bitmap->pixelsHigh())
     {}
 
-    // Gamma-encoded colour; y counted upwards from the bottom edge.
+    // Gamma-encoded colour; x from the graph area's left edge, y upwards from its bottom edge.
     void set(std::int64_t x, double y, const ColorComponents& colour) const
     {
-        const auto row = static_cast<std::int64_t>(std::lround(height_ - 1 - y));
-        if (x >= 0 && x < width_ && row >= 0 && row < height_) {
-            writeGammaFloats(x, row, offsets_, colour);
+        const auto row = static_cast<std::int64_t>(
+            std::lround(kSpectrumPlotTop + kSpectrumPlotAreaHeight - 1 - y));
+        if (x >= 0 && x < kSpectrumPlotWidth - kSpectrumPlotLeft && row >= 0 && row < height_) {
+            pixel(kSpectrumPlotLeft + x, row, colour);
         }
+    }
+
+    // Whole-picture coordinates, y downwards: for the axes and the text around the graph.
+    void pixel(std::int64_t x, std::int64_t y, const ColorComponents& colour) const
+    {
+        if (x >= 0 && x < width_ && y >= 0 && y < height_) {
+            writeGammaFloats(x, y, offsets_, colour);
+        }
+    }
+
+    void text(std::string_view text, std::int64_t left, std::int64_t top,
+              const ColorComponents& colour) const
+    {
+        drawPlotText(text, static_cast<int>(left), static_cast<int>(top), kTextScale,
+                     [&](int x, int y) { pixel(x, y, colour); });
     }
 
     void fill(const ColorComponents& colour) const
@@ -120,21 +142,114 @@ double gamutLimit(std::size_t band, SpectrumGraph graph, const KVColorGamut& gam
     }
 }
 
+std::string numberText(double value)
+{
+    char text[32];
+    std::snprintf(text, sizeof text, "%.4g", value);
+    return text;
+}
+
+// The value axis's top and label: the graph's scale in its own unit.
+struct ValueAxis {
+    double top;
+    std::string label;
+    std::string unit;
+};
+
+ValueAxis valueAxisFor(SpectrumGraph graph, double largestCount, bool drawLog)
+{
+    switch (graph) {
+    case SpectrumGraph::lightness:
+        return {100.0, "lightness", ""};
+    case SpectrumGraph::chroma:
+        return {kChromaScaleTop, "chroma", ""};
+    case SpectrumGraph::saturation:
+        return {100.0, "saturation", "%"};
+    case SpectrumGraph::spectrogram:
+        break;
+    }
+    return {largestCount, drawLog ? "pixels (log10)" : "pixels", ""};
+}
+
+// Hue axis in degrees below the graph, value axis at its left, legend above.
+void drawAxesAndLegend(const Canvas& canvas, SpectrumGraph graph, const ValueAxis& axis)
+{
+    const std::int64_t left = kSpectrumPlotLeft - 1;
+    const std::int64_t bottom = kSpectrumPlotTop + kSpectrumPlotAreaHeight;
+    const std::int64_t right =
+        kSpectrumPlotLeft + static_cast<std::int64_t>(kSpectrumBandCount) * kSpectrumPlotBandWidth;
+    for (std::int64_t x = left; x < right; ++x) {
+        canvas.pixel(x, bottom, kAxis);
+    }
+    for (std::int64_t y = kSpectrumPlotTop; y <= bottom; ++y) {
+        canvas.pixel(left, y, kAxis);
+    }
+    const int glyphHeight = kPlotGlyphHeight * kTextScale;
+    for (int degrees = 0; degrees <= 360; degrees += 30) {
+        const std::int64_t x =
+            kSpectrumPlotLeft + degrees * kSpectrumPlotBandWidth + kSpectrumPlotBandWidth / 2;
+        for (std::int64_t y = bottom; y < bottom + (degrees % 90 == 0 ? 6 : 3); ++y) {
+            canvas.pixel(x, y, kAxis);
+        }
+        if (degrees % 90 == 0) {
+            const std::string label = std::to_string(degrees);
+            canvas.text(label, x - plotTextWidth(label, kTextScale) / 2, bottom + 8, kAxis);
+        }
+    }
+    const std::string hueLabel = "hue in degrees (360 achromatic)";
+    canvas.text(hueLabel, (left + right - plotTextWidth(hueLabel, kTextScale)) / 2,
+                bottom + 10 + glyphHeight, kAxis);
+
+    const double usable = static_cast<double>(kSpectrumPlotAreaHeight) - 2.0 * kMargin;
+    for (int step = 0; step <= 4; ++step) {
+        const std::int64_t y =
+            bottom - 1 - std::lround(kMargin + usable * static_cast<double>(step) / 4.0);
+        for (std::int64_t x = left - 4; x < left; ++x) {
+            canvas.pixel(x, y, kAxis);
+        }
+        if (step % 2 == 0) {
+            const std::string label = numberText(axis.top * step / 4.0) + axis.unit;
+            canvas.text(label, left - 6 - plotTextWidth(label, kTextScale), y - glyphHeight / 2,
+                        kAxis);
+        }
+    }
+    canvas.text(axis.label, 4, 6, kAxis);
+
+    if (graph == SpectrumGraph::spectrogram) {
+        canvas.text("bars: pixels per degree of hue in their mean colour", kSpectrumPlotLeft + 160,
+                    6, kAxis);
+        return;
+    }
+    const std::array<std::pair<const char*, ColorComponents>, 4> entries{
+        {{"min", kMinimumLine},
+         {"mean", kMeanLine},
+         {"max", kMaximumLine},
+         {"gamut limit", kGamutLine}}};
+    std::int64_t x = kSpectrumPlotLeft + 160;
+    for (const auto& [name, colour] : entries) {
+        for (std::int64_t dx = 0; dx < 20; ++dx) {
+            canvas.pixel(x + dx, 6 + glyphHeight / 2, colour);
+            canvas.pixel(x + dx, 7 + glyphHeight / 2, colour);
+        }
+        canvas.text(name, x + 26, 6, colour);
+        x += 26 + plotTextWidth(name, kTextScale) + 24;
+    }
+}
+
 } // namespace
 
 KVBitmapPtr drawSpectrumPlot(const LChSpectrum& spectrum, const KVColorGamut& gamut,
                              const KVColorSpace& colorSpace, SpectrumGraph graph, bool drawLog)
 {
-    const std::int64_t width =
-        static_cast<std::int64_t>(kSpectrumBandCount) * kSpectrumPlotBandWidth;
-    KVBitmapPtr bitmap = KVBitmap::deviceRGBA8888Rep(width, kSpectrumPlotHeight, false);
+    KVBitmapPtr bitmap =
+        KVBitmap::deviceRGBA8888Rep(kSpectrumPlotWidth, kSpectrumPlotHeight, false);
     if (!bitmap) {
         return nullptr;
     }
     bitmap->setColorSpace(colorSpace);
     const Canvas canvas(bitmap);
     canvas.fill(kBackground);
-    const double usable = static_cast<double>(kSpectrumPlotHeight) - 2.0 * kMargin;
+    const double usable = static_cast<double>(kSpectrumPlotAreaHeight) - 2.0 * kMargin;
     const std::size_t bands = std::min<std::uint64_t>(spectrum.count, kSpectrumBandCount);
 
     if (graph == SpectrumGraph::spectrogram) {
@@ -145,6 +260,7 @@ KVBitmapPtr drawSpectrumPlot(const LChSpectrum& spectrum, const KVColorGamut& ga
         if (drawLog) {
             maximum = std::log10(maximum);
         }
+        drawAxesAndLegend(canvas, graph, valueAxisFor(graph, maximum, drawLog));
         if (!(maximum > 0.0)) {
             return bitmap;
         }
@@ -174,6 +290,7 @@ KVBitmapPtr drawSpectrumPlot(const LChSpectrum& spectrum, const KVColorGamut& ga
     const auto y = [usable](double fraction) {
         return kMargin + std::clamp(fraction, 0.0, 1.0) * usable;
     };
+    drawAxesAndLegend(canvas, graph, valueAxisFor(graph, 0.0, drawLog));
     // The gamut's limit across the hues, under the image's lines.
     for (std::size_t i = 0; i + 1 < kAchromaticBand; ++i) {
         canvas.line(x(i), y(gamutLimit(i, graph, gamut)), x(i + 1),

@@ -10,6 +10,40 @@
 #include <string_view>
 #include <vector>
 
+namespace {
+
+// "tintorra-cli shift", "tintorra-cli params encode": the command the user was typing, so that a
+// usage error points to the help that explains it.
+std::string commandPath(const CLI::App& tool)
+{
+    std::string path = tool.get_name();
+    const CLI::App* app = &tool;
+    while (!app->get_subcommands().empty()) {
+        app = app->get_subcommands().front();
+        path += " " + app->get_name();
+    }
+    return path;
+}
+
+std::string usageHint(const CLI::App& tool)
+{
+    return "run '" + commandPath(tool) + " --help' for the usage";
+}
+
+// "help" and "help COMMAND..." stand for "--help" and "COMMAND... --help".
+std::vector<std::string> argumentsWithHelpCommand(int argc, char** argv)
+{
+    std::vector<std::string> arguments(argv + 1, argv + argc);
+    if (!arguments.empty() && arguments.front() == "help") {
+        arguments.erase(arguments.begin());
+        arguments.push_back("--help");
+    }
+    // CLI11 takes its arguments last first.
+    return {arguments.rbegin(), arguments.rend()};
+}
+
+} // namespace
+
 int main(int argc, char** argv)
 {
     using namespace tintorra::cli;
@@ -17,8 +51,8 @@ int main(int argc, char** argv)
                   "target hue, changes their saturation and brightness, and keeps every result "
                   "inside the image's RGB gamut.",
                   "tintorra-cli");
-    tool.footer("Run 'tintorra-cli COMMAND --help' for a command's options. Exit status: 0 "
-                "success, 1 processing failure, 2 usage error.");
+    tool.footer("Run 'tintorra-cli help COMMAND' or 'tintorra-cli COMMAND --help' for a "
+                "command's options. Exit status: 0 success, 1 processing failure, 2 usage error.");
     tool.require_subcommand(1);
     GlobalOptions global;
     tool.add_flag("-q,--quiet", global.quiet, "no progress bar and no messages besides errors")
@@ -40,7 +74,8 @@ int main(int argc, char** argv)
     }
 
     try {
-        tool.parse(argc, argv);
+        std::vector<std::string> arguments = argumentsWithHelpCommand(argc, argv);
+        tool.parse(arguments);
     } catch (const CLI::CallForHelp& help) {
         return tool.exit(help);
     } catch (const CLI::CallForAllHelp& help) {
@@ -48,7 +83,7 @@ int main(int argc, char** argv)
     } catch (const CLI::CallForVersion& version) {
         return tool.exit(version);
     } catch (const CLI::ParseError& error) {
-        printError(std::string(error.what()) + "; run 'tintorra-cli --help' for the usage");
+        printError(withHint(error.what(), usageHint(tool)));
         return kExitUsageError;
     }
 
@@ -66,11 +101,16 @@ int main(int argc, char** argv)
             }
         }
     } catch (const CliFailure& failure) {
-        printError(failure.what());
+        const std::string message = failure.what();
+        // A message with a hint of its own already says what to type.
+        const bool hinted = message.find(';') != std::string::npos;
+        printError(failure.exitCode() == kExitUsageError && !hinted
+                       ? withHint(message, usageHint(tool))
+                       : message);
         return failure.exitCode();
     } catch (const std::exception& exception) {
-        printError(std::string("unexpected failure: ") + exception.what() +
-                   "; please report it with the command you ran");
+        printError(withHint(std::string("unexpected failure: ") + exception.what(),
+                            "please report it with the command you ran"));
         return kExitProcessingFailure;
     }
     printError("no command given; run 'tintorra-cli --help'");

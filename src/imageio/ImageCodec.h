@@ -14,6 +14,12 @@
 
 namespace tintorra {
 
+// What a page holds, without its samples: the layout a decode gives and its colour space.
+struct PageDescription {
+    KVBitmapLayout layout;
+    KVColorSpace colorSpace;
+};
+
 // An image file opened for reading. The bytes it was opened on must outlive it.
 class ImageReader {
 public:
@@ -25,6 +31,16 @@ public:
     // Decodes one page into a new bitmap in the layout the file holds (chunky or planar, 8 or 16
     // bits), with the file's colour space and embedded ICC profile.
     virtual IOResult<KVBitmapPtr> decodePage(std::size_t page) = 0;
+
+    // The page as decodePage would give it, less its samples. Formats whose headers say it all
+    // answer without decoding (a quick look at a large photograph); the others decode.
+    virtual IOResult<PageDescription> describePage(std::size_t page)
+    {
+        IOResult<KVBitmapPtr> bitmap = decodePage(page);
+        if (!bitmap)
+            return bitmap.error();
+        return PageDescription{bitmap.value()->layout(), bitmap.value()->colorSpace()};
+    }
 
     // A text property of the first page (a TIFF ASCII tag such as Software or Artist); nothing
     // when the format or the file has none.

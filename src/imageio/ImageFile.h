@@ -35,6 +35,7 @@ public:
     ImageFormat format() const { return format_; }
     std::size_t pageCount() const { return reader_->pageCount(); }
     IOResult<KVBitmapPtr> decodePage(std::size_t page) { return reader_->decodePage(page); }
+    IOResult<PageDescription> describePage(std::size_t page) { return reader_->describePage(page); }
     // A TIFF text property of page 0; nothing for other formats.
     std::optional<std::string> stringProperty(int tiffTag) const
     {

@@ -154,6 +154,42 @@ private:
     bool created_ = false;
 };
 
+PageDescription jpegPageDescription(const JpegHeader& header, std::vector<std::uint8_t> icc)
+{
+    KVColorSpaceModel model = KVColorSpaceModel::rgb;
+    if (header.outputSpace == JCS_GRAYSCALE)
+        model = KVColorSpaceModel::gray;
+    else if (header.outputSpace == JCS_CMYK)
+        model = KVColorSpaceModel::cmyk;
+    KVBitmapLayout layout;
+    layout.pixelsWide = header.width;
+    layout.pixelsHigh = header.height;
+    layout.bitsPerSample = 8;
+    layout.samplesPerPixel = header.components;
+    layout.hasAlpha = false;
+    return {layout, colorSpaceForDecodedImage(model, std::move(icc))};
+}
+
+IOResult<PageDescription> describeJpeg(std::span<const std::uint8_t> data)
+{
+    JpegDecompressor decompressor;
+    if (!decompressor.create())
+        return ioError("There is not enough memory to open the image.");
+    JpegHeader header;
+    header.data = data.data();
+    header.size = static_cast<unsigned long>(data.size());
+    const bool headerRead = readJpegHeader(decompressor.info(), decompressor.errors(), &header);
+    std::vector<std::uint8_t> icc;
+    if (header.icc) {
+        icc.assign(header.icc, header.icc + header.iccLength);
+        std::free(header.icc);
+    }
+    if (!headerRead)
+        return ioError(std::string("The JPEG file is damaged or truncated: ") +
+                       decompressor.errors()->message + ".");
+    return jpegPageDescription(header, std::move(icc));
+}
+
 IOResult<KVBitmapPtr> decodeJpeg(std::span<const std::uint8_t> data)
 {
     JpegDecompressor decompressor;
@@ -173,21 +209,11 @@ IOResult<KVBitmapPtr> decodeJpeg(std::span<const std::uint8_t> data)
         return ioError(std::string("The JPEG file is damaged or truncated: ") +
                        decompressor.errors()->message + ".");
 
-    KVColorSpaceModel model = KVColorSpaceModel::rgb;
-    if (header.outputSpace == JCS_GRAYSCALE)
-        model = KVColorSpaceModel::gray;
-    else if (header.outputSpace == JCS_CMYK)
-        model = KVColorSpaceModel::cmyk;
-
-    KVBitmapLayout layout;
-    layout.pixelsWide = header.width;
-    layout.pixelsHigh = header.height;
-    layout.bitsPerSample = 8;
-    layout.samplesPerPixel = header.components;
-    layout.hasAlpha = false;
+    PageDescription page = jpegPageDescription(header, std::move(icc));
+    const KVColorSpaceModel model = page.colorSpace.model();
     // Every 8 x 8 block of the fullest component takes at least one bit.
     IOResult<KVBitmapPtr> allocated = allocateBitmapForDecoding(
-        layout, colorSpaceForDecodedImage(model, std::move(icc)), 0, {data.size(), 64 * 8});
+        page.layout, std::move(page.colorSpace), 0, {data.size(), 64 * 8});
     if (!allocated)
         return allocated;
     KVBitmapPtr bitmap = allocated.take();
@@ -224,6 +250,12 @@ public:
         if (page != 0)
             return ioError("A JPEG file has one page.");
         return decodeJpeg(data_);
+    }
+    IOResult<PageDescription> describePage(std::size_t page) override
+    {
+        if (page != 0)
+            return ioError("A JPEG file has one page.");
+        return describeJpeg(data_);
     }
 
 private:

@@ -220,31 +220,8 @@ private:
     png_infop info_ = nullptr;
 };
 
-IOResult<KVBitmapPtr> decodePng(std::span<const std::uint8_t> data)
+PageDescription pngPageDescription(const PngHeader& header)
 {
-    PngErrorState errors;
-    PngReadStruct reader(&errors);
-    if (!reader.png() || !reader.info())
-        return ioError("There is not enough memory to open the image.");
-    PngSource source{data.data(), data.size(), 0};
-    png_set_read_fn(reader.png(), &source, &readFromMemory);
-    // The size check below is ours; libpng's own default limit would refuse big photographs.
-    png_set_user_limits(reader.png(), 0x7fffffff, 0x7fffffff);
-
-    // Deflate expands by at most 1032 to 1, and the smallest pixel a PNG stores is one bit.
-    const PlausibleSize plausible{data.size(), 1032 * 8};
-    PngHeader header;
-    if (!readPngInfo(reader.png(), reader.info()))
-        return ioError(std::string("The PNG file is damaged or truncated: ") + errors.message +
-                       ".");
-    if (IOStatus size =
-            checkDecodableSize(decodedPngLayout(reader.png(), reader.info()), 0, plausible);
-        !size)
-        return size.error();
-    if (!readPngHeader(reader.png(), reader.info(), &header))
-        return ioError(std::string("The PNG file is damaged or truncated: ") + errors.message +
-                       ".");
-
     const bool grey =
         header.colourType == PNG_COLOR_TYPE_GRAY || header.colourType == PNG_COLOR_TYPE_GRAY_ALPHA;
     const bool alpha = (header.colourType & PNG_COLOR_MASK_ALPHA) != 0;
@@ -263,8 +240,68 @@ IOResult<KVBitmapPtr> decodePng(std::span<const std::uint8_t> data)
     layout.samplesPerPixel = header.channels;
     layout.hasAlpha = alpha;
     layout.bitmapFormat = alpha ? kBitmapFormatAlphaNonpremultiplied : 0u;
-    IOResult<KVBitmapPtr> allocated =
-        allocateBitmapForDecoding(layout, std::move(colorSpace), 0, plausible);
+    return {layout, std::move(colorSpace)};
+}
+
+// Deflate expands by at most 1032 to 1, and the smallest pixel a PNG stores is one bit.
+PlausibleSize plausiblePngSize(std::span<const std::uint8_t> data)
+{
+    return {data.size(), 1032 * 8};
+}
+
+// The header as decoding needs it. An image that cannot be held, or that the file is far too
+// small for, is refused before libpng allocates anything for its rows.
+IOStatus readCheckedPngHeader(const PngReadStruct& reader, const PngErrorState& errors,
+                              std::span<const std::uint8_t> data, PngHeader* header)
+{
+    const auto damaged = [&] {
+        return ioError(std::string("The PNG file is damaged or truncated: ") + errors.message +
+                       ".");
+    };
+    if (!readPngInfo(reader.png(), reader.info()))
+        return damaged();
+    if (IOStatus size = checkDecodableSize(decodedPngLayout(reader.png(), reader.info()), 0,
+                                           plausiblePngSize(data));
+        !size)
+        return size;
+    if (!readPngHeader(reader.png(), reader.info(), header))
+        return damaged();
+    return ioSuccess();
+}
+
+IOResult<PageDescription> describePng(std::span<const std::uint8_t> data)
+{
+    PngErrorState errors;
+    PngReadStruct reader(&errors);
+    if (!reader.png() || !reader.info())
+        return ioError("There is not enough memory to open the image.");
+    PngSource source{data.data(), data.size(), 0};
+    png_set_read_fn(reader.png(), &source, &readFromMemory);
+    png_set_user_limits(reader.png(), 0x7fffffff, 0x7fffffff);
+    PngHeader header;
+    if (IOStatus read = readCheckedPngHeader(reader, errors, data, &header); !read)
+        return read.error();
+    return pngPageDescription(header);
+}
+
+IOResult<KVBitmapPtr> decodePng(std::span<const std::uint8_t> data)
+{
+    PngErrorState errors;
+    PngReadStruct reader(&errors);
+    if (!reader.png() || !reader.info())
+        return ioError("There is not enough memory to open the image.");
+    PngSource source{data.data(), data.size(), 0};
+    png_set_read_fn(reader.png(), &source, &readFromMemory);
+    // The size check below is ours; libpng's own default limit would refuse big photographs.
+    png_set_user_limits(reader.png(), 0x7fffffff, 0x7fffffff);
+
+    PngHeader header;
+    if (IOStatus read = readCheckedPngHeader(reader, errors, data, &header); !read)
+        return read.error();
+
+    PageDescription page = pngPageDescription(header);
+    IOResult<KVBitmapPtr> allocated = allocateBitmapForDecoding(
+        page.layout, std::move(page.colorSpace), 0, plausiblePngSize(data));
     if (!allocated)
         return allocated;
     KVBitmapPtr bitmap = allocated.take();
@@ -295,6 +332,12 @@ public:
         if (page != 0)
             return ioError("A PNG file has one page.");
         return decodePng(data_);
+    }
+    IOResult<PageDescription> describePage(std::size_t page) override
+    {
+        if (page != 0)
+            return ioError("A PNG file has one page.");
+        return describePng(data_);
     }
 
 private:

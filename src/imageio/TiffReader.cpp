@@ -146,19 +146,24 @@ public:
 
     IOResult<KVBitmapPtr> decodePage(std::size_t page) override
     {
-        if (page >= pages_)
-            return ioError("The TIFF file has no page " + std::to_string(page + 1) + ".");
-        source_.lastError.clear();
-        if (!TIFFSetDirectory(tiff_.get(), static_cast<tdir_t>(page)))
-            return ioError(damaged(source_, "page directory"));
-        IOResult<PageLayout> layout = readLayout();
+        IOResult<PageLayout> layout = readLayout(page);
         if (!layout)
             return ioError(layout.error().message);
         return decode(layout.value());
     }
 
+    IOResult<PageDescription> describePage(std::size_t page) override
+    {
+        IOResult<PageLayout> layout = readLayout(page);
+        if (!layout)
+            return ioError(layout.error().message);
+        return describe(layout.value());
+    }
+
 private:
+    IOResult<PageLayout> readLayout(std::size_t page);
     IOResult<PageLayout> readLayout();
+    PageDescription describe(const PageLayout& layout);
     IOResult<KVBitmapPtr> decode(const PageLayout& layout);
     IOStatus readSamples(const PageLayout& layout, KVBitmap& bitmap);
     IOStatus readThroughRGBA(const PageLayout& layout, KVBitmap& bitmap);
@@ -169,6 +174,16 @@ private:
     std::size_t pages_ = 0;
     std::vector<std::array<std::uint8_t, 3>> palette_;
 };
+
+IOResult<PageLayout> TiffImageReader::readLayout(std::size_t page)
+{
+    if (page >= pages_)
+        return ioError("The TIFF file has no page " + std::to_string(page + 1) + ".");
+    source_.lastError.clear();
+    if (!TIFFSetDirectory(tiff_.get(), static_cast<tdir_t>(page)))
+        return ioError(damaged(source_, "page directory"));
+    return readLayout();
+}
 
 IOResult<PageLayout> TiffImageReader::readLayout()
 {
@@ -279,22 +294,19 @@ IOResult<PageLayout> TiffImageReader::readLayout()
     return layout;
 }
 
-IOResult<KVBitmapPtr> TiffImageReader::decode(const PageLayout& layout)
+PageDescription TiffImageReader::describe(const PageLayout& layout)
 {
-    TIFF* tiff = tiff_.get();
     KVBitmapLayout bitmapLayout;
     bitmapLayout.pixelsWide = layout.width;
     bitmapLayout.pixelsHigh = layout.height;
     bitmapLayout.hasAlpha = layout.alpha;
     bitmapLayout.bitmapFormat =
         layout.alpha && !layout.premultiplied ? kBitmapFormatAlphaNonpremultiplied : 0u;
-    std::uint64_t extraBytesPerSample = 0;
     if (layout.useRGBAInterface) {
         bitmapLayout.bitsPerSample = 8;
         bitmapLayout.samplesPerPixel = layout.alpha ? 4 : 3;
         // libtiff's RGBA raster delivers premultiplied colour.
         bitmapLayout.bitmapFormat = 0;
-        extraBytesPerSample = 1;
     } else if (layout.photometric == PHOTOMETRIC_PALETTE) {
         bitmapLayout.bitsPerSample = 8;
         bitmapLayout.samplesPerPixel = 3;
@@ -307,13 +319,22 @@ IOResult<KVBitmapPtr> TiffImageReader::decode(const PageLayout& layout)
     std::vector<std::uint8_t> icc;
     std::uint32_t iccSize = 0;
     void* iccData = nullptr;
-    if (TIFFGetField(tiff, TIFFTAG_ICCPROFILE, &iccSize, &iccData) == 1 && iccData && iccSize > 0) {
+    if (TIFFGetField(tiff_.get(), TIFFTAG_ICCPROFILE, &iccSize, &iccData) == 1 && iccData &&
+        iccSize > 0) {
         const auto* bytes = static_cast<const std::uint8_t*>(iccData);
         icc.assign(bytes, bytes + iccSize);
     }
+    return {bitmapLayout, colorSpaceForDecodedImage(layout.model, std::move(icc))};
+}
 
-    IOResult<KVBitmapPtr> allocated = allocateBitmapForDecoding(
-        bitmapLayout, colorSpaceForDecodedImage(layout.model, std::move(icc)), extraBytesPerSample);
+IOResult<KVBitmapPtr> TiffImageReader::decode(const PageLayout& layout)
+{
+    TIFF* tiff = tiff_.get();
+    PageDescription page = describe(layout);
+    // libtiff's RGBA raster needs a 32-bit pixel beside the bitmap.
+    const std::uint64_t extraBytesPerSample = layout.useRGBAInterface ? 1 : 0;
+    IOResult<KVBitmapPtr> allocated =
+        allocateBitmapForDecoding(page.layout, std::move(page.colorSpace), extraBytesPerSample);
     if (!allocated)
         return allocated;
     KVBitmapPtr bitmap = allocated.take();

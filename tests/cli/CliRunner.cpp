@@ -76,7 +76,8 @@ namespace {
 
 // Runs the tool with standard output into `capture`/out and standard error into `errPath`.
 CliRun runWithStandardError(const std::vector<std::string>& arguments, const ScratchFolder& capture,
-                            const std::string& errPath)
+                            const std::string& errPath,
+                            const std::filesystem::path& standardInput = "/dev/null")
 {
     std::string command = quoted(TINTORRA_CLI);
     for (const std::string& argument : arguments) {
@@ -87,7 +88,8 @@ CliRun runWithStandardError(const std::vector<std::string>& arguments, const Scr
     command.append(quoted((capture / "out").string()));
     command.append(" 2>");
     command.append(quoted(errPath));
-    command.append(" </dev/null");
+    command.append(" <");
+    command.append(quoted(standardInput.string()));
     const int status = std::system(command.c_str());
     CliRun run;
     run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
@@ -97,10 +99,11 @@ CliRun runWithStandardError(const std::vector<std::string>& arguments, const Scr
 
 } // namespace
 
-CliRun runCli(const std::vector<std::string>& arguments)
+CliRun runCli(const std::vector<std::string>& arguments, const std::filesystem::path& standardInput)
 {
     const ScratchFolder capture;
-    CliRun run = runWithStandardError(arguments, capture, (capture / "err").string());
+    CliRun run =
+        runWithStandardError(arguments, capture, (capture / "err").string(), standardInput);
     run.err = slurp(capture / "err");
     return run;
 }

@@ -23,8 +23,10 @@ struct CliRun {
     std::vector<Json> jsonLines() const;
 };
 
-// Runs tintorra-cli with the arguments (no shell involved in their meaning: each is quoted).
-CliRun runCli(const std::vector<std::string>& arguments);
+// Runs tintorra-cli with the arguments (no shell involved in their meaning: each is quoted),
+// standard input read from `standardInput`.
+CliRun runCli(const std::vector<std::string>& arguments,
+              const std::filesystem::path& standardInput = "/dev/null");
 
 // Runs tintorra-cli as runCli does, but with standard error on a pseudo-terminal, as in an
 // interactive shell; `err` is what the terminal received.

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdlib>
 #include <fstream>
 #include <sstream>
 
@@ -58,6 +59,15 @@ TEST(InfoCommand, DescribesAnImage)
     const Json& m = d["rgbToXyz"];
     ASSERT_EQ(m.size(), 9u);
     EXPECT_NEAR(m[3].get<double>() + m[4].get<double>() + m[5].get<double>(), 1.0, 1e-4);
+
+    // A single page with a parameter string in its Artist tag is no document.
+    const std::string params = runCli({"params", "encode"}).out;
+    const std::string tag =
+        "tiffset -s 315 '" + params.substr(0, params.size() - 1) + "' '" + image.string() + "'";
+    ASSERT_EQ(std::system(tag.c_str()), 0);
+    const Json single = runCli({"info", image.string()}).json();
+    EXPECT_FALSE(single["document"].get<bool>());
+    EXPECT_TRUE(single["params"].is_null());
 }
 
 TEST(InfoCommand, ReportsEachFileAndFailsForTheUnreadable)
@@ -77,6 +87,24 @@ TEST(InfoCommand, ReportsEachFileAndFailsForTheUnreadable)
     EXPECT_TRUE(objects[1]["rgbToXyz"].is_null());
     ASSERT_EQ(run.errLines().size(), 1u);
     EXPECT_NE(run.errLines()[0].find("b.png"), std::string::npos);
+}
+
+TEST(InfoCommand, ReadsHeadersWithoutDecodingPixels)
+{
+    // The pixel data cut short: info still describes the file from its header, which shows it
+    // never decodes the samples; shift, which needs them, refuses the file.
+    const ScratchFolder folder;
+    writePng(folder / "whole.png", *makeBlocksImage(8));
+    std::ifstream in(folder / "whole.png", std::ios::binary);
+    const std::string bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+    std::ofstream(folder / "cut.png", std::ios::binary) << bytes.substr(0, bytes.size() - 20);
+    const CliRun info = runCli({"info", (folder / "cut.png").string()});
+    ASSERT_EQ(info.exitCode, 0) << info.err;
+    EXPECT_EQ(info.json()["pixelsWide"], 32);
+    EXPECT_TRUE(info.json()["isRGB"].get<bool>());
+    EXPECT_EQ(runCli({"shift", (folder / "cut.png").string(), "-o", (folder / "o.png").string()})
+                  .exitCode,
+              1);
 }
 
 TEST(SpectrumCommand, CsvCountsEveryPixelOnce)
@@ -129,11 +157,23 @@ TEST(SpectrumCommand, JsonAndPlots)
         const CliRun run = runCli(
             {"spectrum", image.string(), "--plot", plot.string(), "--graph", graph, "--log"});
         ASSERT_EQ(run.exitCode, 0) << run.err;
+        EXPECT_TRUE(run.out.empty()) << "only the plot, unless asked";
         const KVBitmapPtr drawn = readImage(plot);
         ASSERT_TRUE(drawn) << graph;
-        EXPECT_EQ(drawn->pixelsWide(), 361 * 3);
-        EXPECT_EQ(drawn->pixelsHigh(), 400);
+        // 361 bands of 3 pixels and 400 rows, with margins for the axes and the legend.
+        EXPECT_EQ(drawn->pixelsWide(), 56 + 361 * 3 + 16);
+        EXPECT_EQ(drawn->pixelsHigh(), 28 + 400 + 40);
+        // The value axis runs up the left margin and the hue axis along the bottom one.
+        EXPECT_EQ(samplesAt(*drawn, 55, 200)[0], 204u) << graph;
+        EXPECT_EQ(samplesAt(*drawn, 600, 428)[0], 204u) << graph;
+        // The legend's first swatch is the minimum line's blue (line graphs only).
+        const auto swatch = samplesAt(*drawn, 226, 11);
+        EXPECT_EQ(swatch[2] == 255u && swatch[0] == 0u, std::string(graph) != "spectrogram")
+            << graph;
     }
+    const CliRun asked =
+        runCli({"spectrum", image.string(), "--plot", (folder / "p.png").string(), "--json"});
+    EXPECT_EQ(asked.json()["bands"].size(), 361u);
     const CliRun hsbPlot = runCli(
         {"spectrum", image.string(), "--mode", "hsb", "--plot", (folder / "x.png").string()});
     EXPECT_EQ(hsbPlot.exitCode, 2);
@@ -167,6 +207,22 @@ TEST(GamutCommand, AnswersChromaQueries)
     ASSERT_EQ(hull.exitCode, 0) << hull.err;
     EXPECT_TRUE(hull.err.empty()) << hull.err;
     EXPECT_GE(std::stod(splitCells(splitLines(hull.out).at(0))[1]), std::stod(cells[1]) - 0.5);
+
+    // Names match whatever their case and punctuation; no space at all is sRGB.
+    const std::vector<std::vector<std::string>> sameAnswers{
+        {"--space", "sRGB", "--max-chroma", "12.17"},
+        {"--max-chroma", "12.17"},
+        {"--space", "s-rgb", "--max-chroma", "12.17"}};
+    for (const auto& pair : {std::pair{0, 1}, std::pair{0, 2}}) {
+        auto a = sameAnswers[pair.first];
+        auto b = sameAnswers[pair.second];
+        a.insert(a.begin(), "gamut");
+        b.insert(b.begin(), "gamut");
+        EXPECT_EQ(runCli(a).out, runCli(b).out) << b[1];
+    }
+    const CliRun adobe = runCli({"gamut", "--space", "Adobe RGB (1998)", "--max-chroma", "240"});
+    ASSERT_EQ(adobe.exitCode, 0) << adobe.err;
+    EXPECT_EQ(adobe.out, runCli({"gamut", "--space", "Adobe RGB 1998", "--max-chroma", "240"}).out);
 }
 
 TEST(GamutCommand, WritesTheWholeTable)
@@ -192,11 +248,14 @@ TEST(GamutCommand, RefusesWhatItCannotUse)
              {"gamut"},
              {"gamut", "--space", "No Such RGB", "--max-chroma", "10"},
              {"gamut", "--hue", "10"},
+             {"gamut", "--hue", "10", "--lightness", "150"},
+             {"gamut", "--hue", "10", "--lightness", "-1"},
              {"gamut", "--mode", "hsl", "--max-chroma", "10"},
              {"gamut", "--profile", "/nonexistent.icc", "--max-chroma", "10"}}) {
         const CliRun run = runCli(arguments);
         EXPECT_NE(run.exitCode, 0);
-        EXPECT_EQ(run.errLines().size(), 1u) << run.err;
+        ASSERT_EQ(run.errLines().size(), 1u) << run.err;
+        EXPECT_EQ(run.errLines()[0].find(".;"), std::string::npos) << run.err;
         EXPECT_TRUE(run.out.empty());
     }
 }
@@ -232,7 +291,9 @@ TEST(Usage, HelpForTheToolAndEachCommand)
                                                {"info", "--help"},
                                                {"spectrum", "--help"},
                                                {"gamut", "--help"},
-                                               {"demo", "--help"}}) {
+                                               {"demo", "--help"},
+                                               {"help"},
+                                               {"help", "params", "decode"}}) {
         const CliRun run = runCli(arguments);
         EXPECT_EQ(run.exitCode, 0) << arguments.front();
         EXPECT_NE(run.out.find("Usage"), std::string::npos) << run.out;

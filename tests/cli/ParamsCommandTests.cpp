@@ -142,16 +142,11 @@ TEST(ParamsCommand, LaterOptionsOverrideAStartingString)
     EXPECT_DOUBLE_EQ(decoded["hue"]["lower"].get<double>(), 110.0 / 360.0);
 }
 
-TEST(ParamsCommand, BarePrefixDecodesWithAnInfiniteDisplayGamma)
-{
-    const Json decoded = decode("tolm");
-    EXPECT_EQ(decoded["gamma"].get<double>(), 0.0);
-    EXPECT_TRUE(decoded["displayGamma"].is_null());
-}
-
 struct UsageCase {
     std::vector<std::string> arguments;
     int exitCode;
+    // What the one line must contain, when it matters.
+    std::string says = "";
 };
 
 void PrintTo(const UsageCase& c, std::ostream* os)
@@ -170,6 +165,8 @@ TEST_P(ParamsRefusals, OneLineOnStandardErrorAndNothingElse)
     EXPECT_TRUE(run.out.empty()) << run.out;
     ASSERT_EQ(run.errLines().size(), 1u) << run.err;
     EXPECT_EQ(run.errLines()[0].rfind("tintorra-cli: ", 0), 0u) << run.err;
+    EXPECT_NE(run.errLines()[0].find(GetParam().says), std::string::npos) << run.err;
+    EXPECT_EQ(run.errLines()[0].find(".;"), std::string::npos) << run.err;
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -185,9 +182,15 @@ INSTANTIATE_TEST_SUITE_P(
                     UsageCase{{"params", "encode", "--hue-spread", "10"}, 2},
                     UsageCase{{"params", "encode", "--hue", "0:1:2:3", "--hue-set", "Red"}, 2},
                     UsageCase{{"params", "encode", "--params", "TOLM01"}, 2},
+                    UsageCase{{"params", "encode", "--hue", "10:0:20:30"}, 2, "out of order"},
+                    UsageCase{{"params", "encode", "--hue", "0:10:20:400"}, 2, "-360..360"},
+                    UsageCase{{"params", "encode", "--hue", "0:1"}, 2, "params encode --help"},
                     UsageCase{{"params", "encode", "--target-hue", "east"}, 2},
                     UsageCase{{"params"}, 2}, UsageCase{{"params", "decode"}, 2},
-                    UsageCase{{"params", "decode", "hello"}, 1},
+                    UsageCase{{"params", "decode", "hello"}, 2},
+                    UsageCase{{"params", "decode", "tolm0123"}, 2, "442 hexadecimal digits"},
+                    UsageCase{{"params", "decode", "tolm"}, 2, "params decode --help"},
+                    UsageCase{{"params", "decode", "-x"}, 2, "params decode --help"},
                     UsageCase{{"params", "decode", "--from", "/nonexistent/doc.tiff"}, 1}));
 
 } // namespace

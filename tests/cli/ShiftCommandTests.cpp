@@ -1,4 +1,5 @@
 #include "CliRunner.h"
+#include "imageio/ImageFile.h"
 
 #include <gtest/gtest.h>
 
@@ -102,6 +103,68 @@ TEST_F(ShiftCommand, QuietWritesNothingButTheFile)
     EXPECT_TRUE(std::filesystem::exists(output));
 }
 
+TEST_F(ShiftCommand, WithoutATargetHueHuesStayAndAnEmptySelectionIsReported)
+{
+    // sRGB green (about 128 degrees) lies in the named set Green: desaturated, it stays green.
+    const auto output = folder_ / "green.png";
+    const CliRun run = shift(
+        {input8_.string(), "-o", output.string(), "--hue-set", "Green", "--target-sat", "-0.5"});
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_TRUE(run.err.empty()) << run.err;
+    const KVBitmapPtr result = readImage(output);
+    ASSERT_TRUE(result);
+    const auto green = samplesAt(*result, 12, 4);
+    EXPECT_GT(green[1], green[0]);
+    EXPECT_GT(green[1], green[2]);
+    EXPECT_NE(green, samplesAt(*makeBlocksImage(8), 12, 4));
+
+    // No block has a hue near 200 degrees: the run succeeds and says so on standard error.
+    const CliRun none = shift(
+        {input8_.string(), "-o", (folder_ / "none.png").string(), "--hue", "195:198:202:205"});
+    EXPECT_EQ(none.exitCode, 0);
+    ASSERT_EQ(none.errLines().size(), 1u) << none.err;
+    EXPECT_NE(none.err.find("warning"), std::string::npos) << none.err;
+}
+
+TEST_F(ShiftCommand, PipesAndNamesThatAreNotUtf8)
+{
+    // "-" in and out: the image alone on standard output, the figures on standard error.
+    const CliRun piped = runCli({"shift", "-", "-o", "-", "--format", "png", "--json"}, input8_);
+    ASSERT_EQ(piped.exitCode, 0) << piped.err;
+    const auto* bytes = reinterpret_cast<const std::uint8_t*>(piped.out.data());
+    const auto decoded = decodeImage({bytes, piped.out.size()});
+    ASSERT_TRUE(decoded.ok());
+    EXPECT_EQ(decoded.value()->pixelsWide(), 32);
+    EXPECT_EQ(Json::parse(piped.err)["selectedPixels"], 64);
+    const CliRun info = runCli({"info", "-"}, input8_);
+    ASSERT_EQ(info.exitCode, 0) << info.err;
+    EXPECT_EQ(info.json()["pixelsHigh"], 8);
+
+    // A name with bytes that are no UTF-8 is printed with those bytes escaped.
+    const auto strange = folder_ / "caf\xE9.png";
+    std::filesystem::copy_file(input8_, strange);
+    const CliRun named =
+        shift({strange.string(), "-o", (folder_ / "out\xFF.png").string(), "--json"});
+    ASSERT_EQ(named.exitCode, 0) << named.err;
+    EXPECT_EQ(named.json()["input"], (folder_ / "caf\\xE9.png").string());
+    EXPECT_EQ(named.json()["output"], (folder_ / "out\\xFF.png").string());
+    EXPECT_EQ(runCli({"info", strange.string()}).json()["file"],
+              (folder_ / "caf\\xE9.png").string());
+}
+
+TEST_F(ShiftCommand, QualityIsAPercentOrAFraction)
+{
+    const auto sizeAt = [&](const std::string& quality) {
+        const auto output = folder_ / ("q" + quality + ".jpg");
+        EXPECT_EQ(
+            shift({input8_.string(), "-o", output.string(), "-q", "--quality", quality}).exitCode,
+            0);
+        return std::filesystem::file_size(output);
+    };
+    EXPECT_EQ(sizeAt("20"), sizeAt("0.2"));
+    EXPECT_LT(sizeAt("20"), sizeAt("100"));
+}
+
 TEST_F(ShiftCommand, RepeatAddsTheMedianReshift)
 {
     const CliRun run = shift({input8_.string(), "-o", (folder_ / "r.png").string(), "--json",
@@ -175,14 +238,23 @@ TEST_F(ShiftCommand, ShowsProgressOnATerminalOnly)
 
 TEST_F(ShiftCommand, SixteenBitImagesStaySixteenBit)
 {
+    // Half the red block differs from the rest in a low byte only: a fifth colour, selected too.
+    const KVBitmapPtr image = makeBlocksImage(16);
+    for (int y = 0; y < 4; ++y) {
+        const std::uint16_t green = 0x0050;
+        std::memcpy(image->bitmapData() + y * image->bytesPerRow() + 2, &green, 2);
+    }
     const auto input = folder_ / "deep.tif";
-    writeTiff(input, *makeBlocksImage(16));
+    writeTiff(input, *image);
     const auto output = folder_ / "deep-out.tiff";
     std::vector<std::string> arguments{input.string(), "-o", output.string(), "--json"};
     arguments.insert(arguments.end(), kSelectRed.begin(), kSelectRed.end());
     const CliRun run = shift(arguments);
     ASSERT_EQ(run.exitCode, 0) << run.err;
     EXPECT_EQ(run.json()["bitsPerSample"], 16);
+    EXPECT_EQ(run.json()["distinctColors"], 5);
+    EXPECT_EQ(run.json()["selectedColors"], 2);
+    EXPECT_EQ(run.json()["selectedPixels"], 64);
     const KVBitmapPtr result = readImage(output);
     ASSERT_TRUE(result);
     EXPECT_EQ(result->bitsPerSample(), 16);
@@ -206,6 +278,18 @@ TEST_F(ShiftCommand, DirectoryOutputsAreNamedAfterTheirInputs)
     EXPECT_EQ(filesIn(docs), (std::vector<std::string>{"blocks (hue-shifted).tiff"}));
     ASSERT_EQ(shift({input8_.string(), "-d", docs.string(), "--format", "jpeg", "-q"}).exitCode, 0);
     EXPECT_EQ(filesIn(docs).size(), 2u);
+
+    // --no-clobber keeps an existing file, says so, and still writes the others.
+    const auto kept = out / "blocks (hue-shifted).png";
+    std::ofstream(kept) << "mine";
+    std::filesystem::remove(out / "photo (hue-shifted)-4.tif");
+    const CliRun careful =
+        shift({input8_.string(), second.string(), "-d", out.string(), "--no-clobber"});
+    EXPECT_EQ(careful.exitCode, 0) << careful.err;
+    EXPECT_EQ(std::filesystem::file_size(kept), 4u);
+    EXPECT_TRUE(std::filesystem::exists(out / "photo (hue-shifted)-4.tif"));
+    ASSERT_EQ(careful.errLines().size(), 1u) << careful.err;
+    EXPECT_NE(careful.err.find("skipped"), std::string::npos) << careful.err;
 }
 
 TEST_F(ShiftCommand, DocumentsCarrySourceAndParameters)
@@ -293,6 +377,8 @@ TEST_P(ShiftRefusals, OneLineAndNothingWritten)
         std::ofstream(folder / "notes.txt") << "not an image\n";
     }
     writePng(folder / "small.png", *KVBitmap::deviceRGBA8888Rep(3, 3, false));
+    std::filesystem::create_directory(folder / "sub");
+    writePng(folder / "sub" / "in.png", *makeBlocksImage(8));
 
     std::vector<std::string> arguments{"shift"};
     for (const std::string& argument : GetParam().arguments) {
@@ -326,7 +412,15 @@ INSTANTIATE_TEST_SUITE_P(
         RefusalCase{"UnknownExtension", {"@in.png", "-o", "@out.xyz"}, 2},
         RefusalCase{"UnknownFormat", {"@in.png", "-o", "@out.png", "--format", "gif"}, 2},
         RefusalCase{"UnknownView", {"@in.png", "-o", "@out.png", "--view", "negative"}, 2},
-        RefusalCase{"BadQuality", {"@in.png", "-o", "@out.jpg", "--quality", "3"}, 2},
+        RefusalCase{"StandardInputIntoAFolder", {"-", "-d", "@out"}, 2},
+        RefusalCase{"StandardOutputWithoutFormat", {"@in.png", "-o", "-"}, 2},
+        RefusalCase{"SameNameFromTwoFolders", {"@in.png", "@sub/in.png", "-d", "@out"}, 2},
+        RefusalCase{"SameInputTwice", {"@in.png", "@sub/../in.png", "-d", "@out"}, 2},
+        RefusalCase{"BadQuality", {"@in.png", "-o", "@out.jpg", "--quality", "300"}, 2},
+        RefusalCase{"NegativeQuality", {"@in.png", "-o", "@out.jpg", "--quality", "-1"}, 2},
+        RefusalCase{"FormatAgainstExtension", {"@in.png", "-o", "@out.jpg", "--format", "png"}, 2},
+        RefusalCase{"HueOutOfOrder", {"@in.png", "-o", "@out.png", "--hue", "30:20:40:50"}, 2},
+        RefusalCase{"HueOutOfRange", {"@in.png", "-o", "@out.png", "--hue", "0:10:20:720"}, 2},
         RefusalCase{"BadHue", {"@in.png", "-o", "@out.png", "--hue", "1:2"}, 2},
         RefusalCase{"UnknownOption", {"@in.png", "-o", "@out.png", "--colour", "red"}, 2}),
     [](const testing::TestParamInfo<RefusalCase>& info) { return info.param.name; });
