@@ -269,35 +269,39 @@ IOStatus readCheckedPngHeader(const PngReadStruct& reader, const PngErrorState& 
     return ioSuccess();
 }
 
+// A PNG being read: libpng's structures over the data, and its checked header.
+struct PngReading {
+    PngErrorState errors;
+    PngReadStruct reader{&errors};
+    PngSource source;
+    PngHeader header;
+
+    IOStatus open(std::span<const std::uint8_t> data)
+    {
+        if (!reader.png() || !reader.info())
+            return ioError("There is not enough memory to open the image.");
+        source = {data.data(), data.size(), 0};
+        png_set_read_fn(reader.png(), &source, &readFromMemory);
+        // The size check is ours; libpng's own default limit would refuse big photographs.
+        png_set_user_limits(reader.png(), 0x7fffffff, 0x7fffffff);
+        return readCheckedPngHeader(reader, errors, data, &header);
+    }
+};
+
 IOResult<PageDescription> describePng(std::span<const std::uint8_t> data)
 {
-    PngErrorState errors;
-    PngReadStruct reader(&errors);
-    if (!reader.png() || !reader.info())
-        return ioError("There is not enough memory to open the image.");
-    PngSource source{data.data(), data.size(), 0};
-    png_set_read_fn(reader.png(), &source, &readFromMemory);
-    png_set_user_limits(reader.png(), 0x7fffffff, 0x7fffffff);
-    PngHeader header;
-    if (IOStatus read = readCheckedPngHeader(reader, errors, data, &header); !read)
-        return read.error();
-    return pngPageDescription(header);
+    PngReading png;
+    if (IOStatus opened = png.open(data); !opened)
+        return opened.error();
+    return pngPageDescription(png.header);
 }
 
 IOResult<KVBitmapPtr> decodePng(std::span<const std::uint8_t> data)
 {
-    PngErrorState errors;
-    PngReadStruct reader(&errors);
-    if (!reader.png() || !reader.info())
-        return ioError("There is not enough memory to open the image.");
-    PngSource source{data.data(), data.size(), 0};
-    png_set_read_fn(reader.png(), &source, &readFromMemory);
-    // The size check below is ours; libpng's own default limit would refuse big photographs.
-    png_set_user_limits(reader.png(), 0x7fffffff, 0x7fffffff);
-
-    PngHeader header;
-    if (IOStatus read = readCheckedPngHeader(reader, errors, data, &header); !read)
-        return read.error();
+    PngReading png;
+    if (IOStatus opened = png.open(data); !opened)
+        return opened.error();
+    const PngHeader& header = png.header;
 
     PageDescription page = pngPageDescription(header);
     IOResult<KVBitmapPtr> allocated = allocateBitmapForDecoding(
@@ -312,9 +316,9 @@ IOResult<KVBitmapPtr> decodePng(std::span<const std::uint8_t> data)
         std::vector<png_bytep> rows(header.height);
         for (png_uint_32 y = 0; y < header.height; ++y)
             rows[y] = bitmap->bitmapData() + static_cast<std::size_t>(y) * bitmap->bytesPerRow();
-        if (!readPngRows(reader.png(), rows.data()))
-            return ioError(std::string("The PNG file is damaged or truncated: ") + errors.message +
-                           ".");
+        if (!readPngRows(png.reader.png(), rows.data()))
+            return ioError(std::string("The PNG file is damaged or truncated: ") +
+                           png.errors.message + ".");
     }
 
     if (header.unit == PNG_RESOLUTION_METER)
