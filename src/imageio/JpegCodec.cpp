@@ -170,32 +170,12 @@ PageDescription jpegPageDescription(const JpegHeader& header, std::vector<std::u
     return {layout, colorSpaceForDecodedImage(model, std::move(icc))};
 }
 
-IOResult<PageDescription> describeJpeg(std::span<const std::uint8_t> data)
+// Starts reading a JPEG: the header and what the page will be.
+IOStatus openJpeg(JpegDecompressor& decompressor, std::span<const std::uint8_t> data,
+                  JpegHeader& header, PageDescription& page)
 {
-    JpegDecompressor decompressor;
     if (!decompressor.create())
         return ioError("There is not enough memory to open the image.");
-    JpegHeader header;
-    header.data = data.data();
-    header.size = static_cast<unsigned long>(data.size());
-    const bool headerRead = readJpegHeader(decompressor.info(), decompressor.errors(), &header);
-    std::vector<std::uint8_t> icc;
-    if (header.icc) {
-        icc.assign(header.icc, header.icc + header.iccLength);
-        std::free(header.icc);
-    }
-    if (!headerRead)
-        return ioError(std::string("The JPEG file is damaged or truncated: ") +
-                       decompressor.errors()->message + ".");
-    return jpegPageDescription(header, std::move(icc));
-}
-
-IOResult<KVBitmapPtr> decodeJpeg(std::span<const std::uint8_t> data)
-{
-    JpegDecompressor decompressor;
-    if (!decompressor.create())
-        return ioError("There is not enough memory to open the image.");
-    JpegHeader header;
     header.data = data.data();
     header.size = static_cast<unsigned long>(data.size());
     const bool headerRead = readJpegHeader(decompressor.info(), decompressor.errors(), &header);
@@ -208,8 +188,27 @@ IOResult<KVBitmapPtr> decodeJpeg(std::span<const std::uint8_t> data)
     if (!headerRead)
         return ioError(std::string("The JPEG file is damaged or truncated: ") +
                        decompressor.errors()->message + ".");
+    page = jpegPageDescription(header, std::move(icc));
+    return ioSuccess();
+}
 
-    PageDescription page = jpegPageDescription(header, std::move(icc));
+IOResult<PageDescription> describeJpeg(std::span<const std::uint8_t> data)
+{
+    JpegDecompressor decompressor;
+    JpegHeader header;
+    PageDescription page;
+    if (IOStatus opened = openJpeg(decompressor, data, header, page); !opened)
+        return opened.error();
+    return page;
+}
+
+IOResult<KVBitmapPtr> decodeJpeg(std::span<const std::uint8_t> data)
+{
+    JpegDecompressor decompressor;
+    JpegHeader header;
+    PageDescription page;
+    if (IOStatus opened = openJpeg(decompressor, data, header, page); !opened)
+        return opened.error();
     const KVColorSpaceModel model = page.colorSpace.model();
     // Every 8 x 8 block of the fullest component takes at least one bit.
     IOResult<KVBitmapPtr> allocated = allocateBitmapForDecoding(
