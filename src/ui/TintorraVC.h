@@ -132,6 +132,8 @@ public:
     void setBlockProcessing(bool block) { blockProcessing_ = block; }
     // The number of the newest shift asked for (0 before the first).
     std::uint64_t lastRequestedShift() const { return lastRequest_; }
+    // The number of the shift whose result is shown (0 for none yet).
+    std::uint64_t shownShift() const { return shownRequest_; }
 
     // --- Tools ----------------------------------------------------------------------------------
     QToolButton* toolButton(int tag) const;
