@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QMenuBar>
 #include <QPointer>
+#include <QScreen>
 #include <QThreadPool>
 #include <QUndoStack>
 #include <QVBoxLayout>
@@ -57,6 +58,9 @@ ControlsWindow::ControlsWindow(Engine& engine, KVBitmapPtr image, QWidget* paren
     });
     editor_->setImageReps({image});
     showPicture(image);
+    if (const QScreen* screen = QGuiApplication::primaryScreen()) {
+        resize(screen->availableSize());
+    }
 }
 
 ControlsWindow::~ControlsWindow() = default;
