@@ -26,9 +26,11 @@ std::uint64_t LiveShifter::submit(ShiftRequest request)
         waiting_ = std::move(request);
         waitingNumber_ = number;
         if (abandonsStaleRuns_ && busy_ && expectedRunSeconds_ > 0.0) {
-            const std::chrono::duration<double> running =
-                std::chrono::steady_clock::now() - runStarted_;
-            if (running.count() < 0.5 * expectedRunSeconds_) {
+            const auto now = std::chrono::steady_clock::now();
+            const std::chrono::duration<double> running = now - runStarted_;
+            const std::chrono::duration<double> sinceDelivery = now - lastDelivery_;
+            if (running.count() < 0.5 * expectedRunSeconds_ &&
+                sinceDelivery.count() < expectedRunSeconds_) {
                 running_.request_stop();
             }
         }
@@ -85,6 +87,7 @@ void LiveShifter::serve(std::stop_token stop)
 
         lock.lock();
         if (finished) {
+            lastDelivery_ = std::chrono::steady_clock::now();
             // Weighted towards the latest runs: the selection, and with it the work, changes.
             constexpr double kLatestWeight = 0.5;
             expectedRunSeconds_ =

@@ -44,7 +44,8 @@ public:
     // When on, a request that arrives while the running shift is in the first half of its
     // expected time (the average of the last finished shifts) stops that shift: its picture
     // would be stale, and starting afresh shows the newest one soonest. A shift past halfway is
-    // left to finish, so that a stream of changes still shows pictures as it goes.
+    // left to finish, and so is any shift while no picture has been delivered for as long as a
+    // shift takes, so that a stream of changes still shows pictures as it goes.
     void setAbandonsStaleRuns(bool abandons);
 
 private:
@@ -62,6 +63,7 @@ private:
     bool busy_ = false;
     bool abandonsStaleRuns_ = false;
     std::chrono::steady_clock::time_point runStarted_;
+    std::chrono::steady_clock::time_point lastDelivery_;
     // Seconds; 0 until a shift has finished.
     double expectedRunSeconds_ = 0.0;
     std::jthread thread_;

@@ -203,6 +203,8 @@ private:
     void refreshImageColors();
     void fillImageInformation();
     void reapFinishedJobs();
+    // A finished picture nobody holds any more, to be shifted into again; null when none.
+    KVBitmapPtr reusableDestination() const;
 
     // The eyedroppers' hue of a pixel in the current colour mode.
     std::optional<double> hueOfPixel(QPoint pixel, const KVBitmapPtr& image) const;
@@ -279,6 +281,9 @@ private:
     std::uint64_t shownRequest_ = 0;
     // Results of requests below this number belong to an image or table that is gone.
     std::uint64_t firstCurrentRequest_ = 1;
+    // Pictures of earlier shifts, written into again once nobody else holds them: a fresh copy
+    // of a large photograph costs more than writing into one that is already there.
+    std::vector<KVBitmapPtr> destinationPool_;
     // Declared last: its thread delivers into the members above until it is gone.
     LiveShifter shifter_;
 };

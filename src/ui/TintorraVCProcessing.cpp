@@ -18,6 +18,8 @@ namespace {
 
 // Swatches: the mean colours of the most populated hue bands.
 constexpr std::size_t kImageColorCount = 8;
+// One picture shown, one being written, one waiting.
+constexpr std::size_t kDestinationPoolSize = 3;
 
 } // namespace
 
@@ -35,6 +37,7 @@ void TintorraVC::setImageReps(std::vector<KVBitmapPtr> reps)
     inMaskRep_ = reps.size() > 2 ? reps[2] : nullptr;
     fillImageInformation();
     if (newSource) {
+        destinationPool_.clear();
         colorTable_.reset();
         spectrum_.reset();
         destinationRep_.reset();
@@ -221,7 +224,7 @@ void TintorraVC::processImage()
     context.exclusionMask = exMaskRep_;
     context.currentSelectionTool = currentSelectionTool();
     lastRequest_ = shifter_.submit(
-        {sourceRep_, nullptr, hueShiftParameters(parameters_, context), colorTable_});
+        {sourceRep_, reusableDestination(), hueShiftParameters(parameters_, context), colorTable_});
     emit processingStarted();
 }
 
@@ -232,9 +235,27 @@ void TintorraVC::takeShiftResult(std::uint64_t request, KVBitmapPtr result)
         return;
     }
     shownRequest_ = request;
+    if (result != nullptr && result != sourceRep_ &&
+        std::find(destinationPool_.begin(), destinationPool_.end(), result) ==
+            destinationPool_.end() &&
+        destinationPool_.size() < kDestinationPoolSize) {
+        destinationPool_.push_back(result);
+    }
     destinationRep_ = std::move(result);
     imageProcessed_ = destinationRep_ != nullptr;
     emit imageProcessed(destinationRep_);
+}
+
+KVBitmapPtr TintorraVC::reusableDestination() const
+{
+    // Only this thread hands the pictures out, so a count of one (the pool's own) cannot grow
+    // behind our back: nobody else holds the picture, and writing into it again is safe.
+    for (const KVBitmapPtr& picture : destinationPool_) {
+        if (picture.use_count() == 1) {
+            return picture;
+        }
+    }
+    return nullptr;
 }
 
 // --- The parameter string
