@@ -7,6 +7,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenuBar>
+#include <QMouseEvent>
 #include <QPointer>
 #include <QScreen>
 #include <QThreadPool>
@@ -35,6 +36,8 @@ ControlsWindow::ControlsWindow(Engine& engine, KVBitmapPtr image, QWidget* paren
     preview_->setAlignment(Qt::AlignCenter);
     preview_->setMinimumSize(320, 240);
     preview_->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Ignored);
+    preview_->setMouseTracking(true);
+    preview_->installEventFilter(this);
     imageColumn->addWidget(preview_, 1);
     // The document window shows the spectrogram in a pop-up; here it sits under the picture.
     KVLChSpectrumView* spectrum = editor_->spectrumView();
@@ -64,6 +67,60 @@ ControlsWindow::ControlsWindow(Engine& engine, KVBitmapPtr image, QWidget* paren
 }
 
 ControlsWindow::~ControlsWindow() = default;
+
+QPoint ControlsWindow::pixelAt(QPointF point) const
+{
+    const KVBitmapPtr source = editor_->sourceRep();
+    const QSize shown = preview_->pixmap().deviceIndependentSize().toSize();
+    if (source == nullptr || shown.isEmpty()) {
+        return {-1, -1};
+    }
+    // The picture is centred in the label.
+    const QPointF origin((preview_->width() - shown.width()) / 2.0,
+                         (preview_->height() - shown.height()) / 2.0);
+    const QPointF inPicture = point - origin;
+    const auto x = static_cast<int>(inPicture.x() * double(source->pixelsWide()) / shown.width());
+    const auto y = static_cast<int>(inPicture.y() * double(source->pixelsHigh()) / shown.height());
+    if (inPicture.x() < 0 || inPicture.y() < 0 || x >= source->pixelsWide() ||
+        y >= source->pixelsHigh()) {
+        return {-1, -1};
+    }
+    return {x, y};
+}
+
+bool ControlsWindow::eventFilter(QObject* watched, QEvent* event)
+{
+    if (watched != preview_) {
+        return QMainWindow::eventFilter(watched, event);
+    }
+    const KVBitmapPtr source = editor_->sourceRep();
+    if (event->type() == QEvent::MouseMove) {
+        editor_->mouseMovedOverImage(pixelAt(static_cast<QMouseEvent*>(event)->position()), source);
+    } else if (event->type() == QEvent::Leave) {
+        editor_->mouseMovedOverImage({-1, -1}, source);
+    } else if (event->type() == QEvent::MouseButtonPress) {
+        const QPoint pixel = pixelAt(static_cast<QMouseEvent*>(event)->position());
+        if (pixel.x() >= 0) {
+            switch (editor_->currentSelectionTool()) {
+            case kToolSetSelectionHue:
+                editor_->setSelectionHueSliderValue(pixel, source);
+                break;
+            case kToolAddSelectionHue:
+                editor_->addSelectionHueSliderValue(pixel, source);
+                break;
+            case kToolSubtractSelectionHue:
+                editor_->subtractSelectionHueSliderValue(pixel, source);
+                break;
+            case kToolSetTargetHue:
+                editor_->setTargetHueSliderValue(pixel, source);
+                break;
+            default:
+                break;
+            }
+        }
+    }
+    return QMainWindow::eventFilter(watched, event);
+}
 
 void ControlsWindow::showPicture(const KVBitmapPtr& bitmap)
 {

@@ -24,7 +24,14 @@ public:
     TintorraVC* editor() const { return editor_; }
     QUndoStack* undoStack() const { return undoStack_; }
 
+protected:
+    // The picture answers the pointer as the document window's image view will: the readout
+    // follows it, and a click with a tool on uses the tool.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
+    // The source pixel under a point of the picture, or (-1, -1).
+    QPoint pixelAt(QPointF point) const;
     // Scales the picture off the main thread; the newest one asked for is shown.
     void showPicture(const KVBitmapPtr& bitmap);
 
