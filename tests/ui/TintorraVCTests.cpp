@@ -1,10 +1,13 @@
 #include "colour/ColorConversions.h"
 #include "colour/ColorMatrices.h"
+#include "colour/KVLChColor.h"
 #include "editor/HueShiftParametersBuilder.h"
 #include "editor/SavedSelectionSets.h"
 #include "engine/HueSpectrum.h"
 #include "ui/KVCircularSlider.h"
 #include "ui/KVCircularSliderGeometry.h"
+#include "ui/KVLChColorMetaType.h"
+#include "ui/KVNotificationCenter.h"
 #include "ui/KVSavedSetsPopup.h"
 #include "ui/KVSelectionSetSaveSheet.h"
 #include "ui/KVSettings.h"
@@ -445,6 +448,35 @@ private slots:
         // Nothing else arrives later.
         QTest::qWait(50);
         QCOMPARE(shown.back(), last);
+    }
+
+    // Clicks in a spectrogram count only when it belongs to the controller's own window.
+    void spectrogramClicksAndHovering()
+    {
+        Engine engine({1});
+        QUndoStack stack;
+        TintorraVC vc(engine, &stack);
+        QWidget otherWindow;
+        KVNotificationCenter& center = KVNotificationCenter::defaultCenter();
+        const auto click = [&](const QString& name, double hue, QWidget* window) {
+            const KVLChColor color(50.0, 30.0, hue * kTwoPi, 1.0);
+            center.post(name, vc.spectrumView(),
+                        {{kSpectrumColorKey, QVariant::fromValue(color)},
+                         {kSpectrumWindowKey, QVariant::fromValue(window)}});
+        };
+        click(kUserClickedOnLChColorNotification, 0.25, &otherWindow);
+        QCOMPARE(vc.parameters().sourceHueRange().middle, 0.0);
+        click(kUserClickedOnLChColorNotification, 0.25, vc.window());
+        QVERIFY(std::abs(vc.parameters().sourceHueRange().middle - 0.25) < 1e-9);
+        click(kUserShiftClickedOnLChColorNotification, 0.4, vc.window());
+        QVERIFY(std::abs(vc.parameters().sourceHueRange().upper - 0.4) < 1e-9);
+
+        auto* targetHue = vc.findChild<KVCircularSlider*>("targetHueSlider");
+        center.post(kMouseMovedOverCircularSliderThumbSlotNotification, targetHue,
+                    {{"targetHue", 0.5}});
+        QCOMPARE(vc.targetHoverText(), QStringLiteral("Hue 180.0°"));
+        center.post(kMouseMovedOverCircularSliderThumbSlotNotification, targetHue);
+        QCOMPARE(vc.targetHoverText(), QString());
     }
 
     void nudgeKeyPaths()
