@@ -17,6 +17,7 @@
 #include <QStackedWidget>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QToolButton>
 #include <QUndoStack>
 #include <cstring>
 #include <functional>
@@ -477,6 +478,33 @@ private slots:
         QCOMPARE(vc.targetHoverText(), QStringLiteral("Hue 180.0°"));
         center.post(kMouseMovedOverCircularSliderThumbSlotNotification, targetHue);
         QCOMPARE(vc.targetHoverText(), QString());
+    }
+
+    // One tool at a time; the brush brings an exclusion mask; target changes put the
+    // selection tools away.
+    void toolButtonsAreExclusive()
+    {
+        Engine engine({1});
+        QUndoStack stack;
+        TintorraVC vc(engine, &stack);
+        vc.setImageReps({onePixel(10, 20, 30, 255)});
+        QList<int> posted;
+        KVNotificationCenter::defaultCenter().addObserver(
+            kToolButtonPressedNotification, &vc,
+            [&](const KVNotification& note) { posted << note.userInfo.value("tag").toInt(); });
+        QCOMPARE(vc.currentSelectionTool(), -1);
+        for (int tag : {1, 3, 5, 2}) {
+            vc.toolButton(tag)->click();
+            QCOMPARE(vc.currentSelectionTool(), tag);
+            for (int other = 1; other <= 5; ++other) {
+                QCOMPARE(vc.toolButton(other)->isChecked(), other == tag);
+            }
+        }
+        QCOMPARE(posted, QList<int>({1, 3, 5, 2}));
+        QVERIFY(vc.exMaskRep() != nullptr);
+        QCOMPARE(vc.exMaskRep()->bitmapData()[0], std::uint8_t(0));
+        vc.setTargetSat(0.5);
+        QCOMPARE(vc.currentSelectionTool(), -1);
     }
 
     void nudgeKeyPaths()
