@@ -62,10 +62,14 @@ void KVImageDisplayCache::setSource(KVRenderSource source)
     if (!sameSize) {
         sharp_ = {};
         overview_ = {};
+        emit updated();
+        return;
     }
-    if (wanted_)
-        startNextJob();
-    emit updated();
+    // The same place at the same scale, made again from the new pixels at once: the old ones
+    // stay on screen until then, so there is nothing to repaint yet.
+    if (!sharp_.isNull() && !wanted_)
+        wanted_ = std::make_pair(sharp_.deviceRect, sharp_.scale);
+    startNextJob();
 }
 
 QRect KVImageDisplayCache::wantedRect(QRect visible, double scale) const
@@ -116,9 +120,10 @@ void KVImageDisplayCache::startNextJob()
         const double scale = std::min(
             1.0, kOverviewLongestSide / static_cast<double>(std::max(source_.image->pixelsWide(),
                                                                      source_.image->pixelsHigh())));
-        // The sharp buffer may already be the whole image at a small scale.
-        if (sharp_.generation == generation_ && sharp_.scale <= scale &&
-            sharp_.deviceRect.size() == scaledImageSize(source_.image, sharp_.scale)) {
+        // A sharp buffer of the whole image (at fit, say) stands in as well as any overview.
+        if (sharp_.generation == generation_ && sharp_.scale <= 1.0 &&
+            sharp_.deviceRect ==
+                QRect(QPoint(0, 0), scaledImageSize(source_.image, sharp_.scale))) {
             overview_ = sharp_;
             return;
         }

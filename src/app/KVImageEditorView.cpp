@@ -151,7 +151,9 @@ void KVImageEditorView::setImageReps(std::vector<KVBitmapPtr> reps)
         zoom_ = 0.0; // so that the fit always lays the view out anew
         zoomToFit();
     }
-    update();
+    // A same-size image repaints when its pixels arrive from the display cache.
+    if (!image || newSize)
+        update();
 }
 
 void KVImageEditorView::refreshOverlay()
@@ -179,6 +181,15 @@ QRect KVImageEditorView::visibleLocalRect() const
 {
     const QWidget* viewport = scrollArea_->viewport();
     return QRect(mapFrom(viewport, QPoint(0, 0)), viewport->size()).intersected(rect());
+}
+
+QRect KVImageEditorView::visibleDeviceRect() const
+{
+    const qreal dpr = devicePixelRatioF();
+    const QRect visible = visibleLocalRect();
+    return QRectF(visible.x() * dpr, visible.y() * dpr, visible.width() * dpr,
+                  visible.height() * dpr)
+        .toAlignedRect();
 }
 
 QPointF KVImageEditorView::visibleCenterPoint() const
@@ -583,12 +594,8 @@ void KVImageEditorView::paintEvent(QPaintEvent* event)
         paintDropPrompt(painter);
         return;
     }
-    const qreal dpr = devicePixelRatioF();
     const QRect visible = visibleLocalRect();
-    const QRect deviceVisible =
-        QRectF(visible.x() * dpr, visible.y() * dpr, visible.width() * dpr, visible.height() * dpr)
-            .toAlignedRect();
-    cache_.require(deviceVisible, zoom_ * dpr);
+    cache_.require(visibleDeviceRect(), deviceScale());
     cache_.paint(painter, event->rect(), zoom_);
 
     if (maskBrushing_ && !stroke_.points.isEmpty()) {

@@ -63,6 +63,9 @@ public:
     KVModifierKeys modifierKeys() const { return keys_; }
 
     KVImageDisplayCache& displayCache() { return cache_; }
+    // The visible part of the image in the display cache's device pixels, and their scale.
+    QRect visibleDeviceRect() const;
+    double deviceScale() const { return zoom_ * devicePixelRatioF(); }
 
 public slots:
     void zoomIn();

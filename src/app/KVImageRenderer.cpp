@@ -55,6 +55,11 @@ Channels channelsOf(const PixelManipulationOffsets& offsets)
 constexpr int kBayer[4][4] = {{0, 8, 2, 10}, {12, 4, 14, 6}, {3, 11, 1, 9}, {15, 7, 13, 5}};
 
 struct RenderJob {
+    RenderJob(const KVRenderSource& renderSource, QRect rect)
+        : source(renderSource), image(pixelManipulationOffsetsWithImageGamma(source.image, 1.0)),
+          deviceRect(rect)
+    {}
+
     const KVRenderSource& source;
     PixelManipulationOffsets image;
     PixelManipulationOffsets mask;
@@ -66,8 +71,18 @@ struct RenderJob {
     QRect deviceRect;
     QImage* output = nullptr;
 
+    // Byte offsets of the sample columns, so the inner loop does no multiplication.
+    std::vector<std::int64_t> columnBytesA;
+    std::vector<std::int64_t> columnBytesB;
+
     template <typename Sample>
     void readRow(int row, Sample* out) const;
+    template <typename Sample, int Channels>
+    void readRowOf(int row, Sample* out) const;
+    // The common case, 8-bit r g b (a) in one plane, as packed r g b a words.
+    bool packedRgb8() const;
+    template <bool FourByteLoads>
+    void readPackedRow(int row, std::uint32_t* out) const;
     void renderRows(int begin, int end) const;
     void finishPixel(std::uint8_t* bgra, int x, int y, std::uint8_t alpha) const;
 };
@@ -80,37 +95,96 @@ Sample loadSample(const std::uint8_t* address)
     return value;
 }
 
-// One output row as r g b a samples of the image's depth, straight alpha.
+// One output row as r g b a samples of the image's depth, straight alpha; dispatched once per
+// row on the channel count so the loop over the pixels knows it.
 template <typename Sample>
 void RenderJob::readRow(int row, Sample* out) const
+{
+    if (image.hasAlpha)
+        readRowOf<Sample, 4>(row, out);
+    else
+        readRowOf<Sample, 3>(row, out);
+}
+
+template <typename Sample, int Channels>
+void RenderJob::readRowOf(int row, Sample* out) const
 {
     const std::uint8_t* const rowA = image.bitmapData + rows.first[row] * image.bytesPerRow;
     const std::uint8_t* const rowB = image.bitmapData + rows.second[row] * image.bytesPerRow;
     const int width = deviceRect.width();
-    const std::int64_t step = image.bytesPerPixel;
     constexpr std::uint32_t maximum = sizeof(Sample) == 1 ? 255u : 65535u;
-    const int channelCount = image.hasAlpha ? 4 : 3;
+    const std::int64_t* const columnA = columnBytesA.data();
+    const std::int64_t* const columnB = columnBytesB.data();
+    std::uint64_t offsets[4];
+    for (int c = 0; c < 4; ++c)
+        offsets[c] = channels.offset[c];
+    const bool premultiplied = image.premultiplied;
     for (int x = 0; x < width; ++x) {
-        const std::uint8_t* const pixels[4] = {
-            rowA + columns.first[x] * step, rowA + columns.second[x] * step,
-            rowB + columns.first[x] * step, rowB + columns.second[x] * step};
+        const std::uint8_t* const p0 = rowA + columnA[x];
+        const std::uint8_t* const p1 = rowA + columnB[x];
+        const std::uint8_t* const p2 = rowB + columnA[x];
+        const std::uint8_t* const p3 = rowB + columnB[x];
         std::uint32_t sums[4] = {0, 0, 0, maximum * 4};
-        for (int c = 0; c < channelCount; ++c) {
-            const std::uint64_t offset = channels.offset[c];
-            sums[c] = std::uint32_t{loadSample<Sample>(pixels[0] + offset)} +
-                      loadSample<Sample>(pixels[1] + offset) +
-                      loadSample<Sample>(pixels[2] + offset) +
-                      loadSample<Sample>(pixels[3] + offset);
+        for (int c = 0; c < Channels; ++c) {
+            const std::uint64_t offset = offsets[c];
+            sums[c] = std::uint32_t{loadSample<Sample>(p0 + offset)} +
+                      loadSample<Sample>(p1 + offset) + loadSample<Sample>(p2 + offset) +
+                      loadSample<Sample>(p3 + offset);
         }
         Sample* const pixel = out + 4 * x;
         const std::uint32_t alpha = (sums[3] + 2) / 4;
         for (int c = 0; c < 3; ++c) {
             std::uint32_t value = (sums[c] + 2) / 4;
-            if (image.premultiplied && alpha > 0 && alpha < maximum)
+            if (Channels == 4 && premultiplied && alpha > 0 && alpha < maximum)
                 value = std::min(maximum, (value * maximum + alpha / 2) / alpha);
             pixel[c] = static_cast<Sample>(value);
         }
         pixel[3] = static_cast<Sample>(alpha);
+    }
+}
+
+bool RenderJob::packedRgb8() const
+{
+    return image.bitsPerSample == 8 && !image.isPlanar && image.colorSpaceModel == 1 &&
+           image.redOffset == 0 && image.greenOffset == 1 && image.blueOffset == 2 &&
+           (image.bytesPerPixel == 3 || image.bytesPerPixel == 4) &&
+           (!image.hasAlpha ||
+            (image.bytesPerPixel == 4 && image.alphaOffset == 3 && !image.premultiplied));
+}
+
+// Four samples a pixel summed two channels at a time in the halves of a word: the sums of four
+// bytes fit in 16 bits, so r and b share one word and g and a another.
+template <bool FourByteLoads>
+void RenderJob::readPackedRow(int row, std::uint32_t* out) const
+{
+    const std::uint8_t* const rowA = image.bitmapData + rows.first[row] * image.bytesPerRow;
+    const std::uint8_t* const rowB = image.bitmapData + rows.second[row] * image.bytesPerRow;
+    const std::int64_t* const columnA = columnBytesA.data();
+    const std::int64_t* const columnB = columnBytesB.data();
+    const auto load = [](const std::uint8_t* pixel) {
+        if constexpr (FourByteLoads) {
+            std::uint32_t word;
+            std::memcpy(&word, pixel, sizeof word);
+            return word;
+        } else {
+            return std::uint32_t{pixel[0]} | std::uint32_t{pixel[1]} << 8 |
+                   std::uint32_t{pixel[2]} << 16;
+        }
+    };
+    constexpr std::uint32_t kLanes = 0x00FF00FFu;
+    constexpr std::uint32_t kRounding = 0x00020002u;
+    const std::uint32_t opaque = image.hasAlpha ? 0u : 0xFF000000u;
+    const int width = deviceRect.width();
+    for (int x = 0; x < width; ++x) {
+        const std::uint32_t p0 = load(rowA + columnA[x]);
+        const std::uint32_t p1 = load(rowA + columnB[x]);
+        const std::uint32_t p2 = load(rowB + columnA[x]);
+        const std::uint32_t p3 = load(rowB + columnB[x]);
+        const std::uint32_t redBlue = (p0 & kLanes) + (p1 & kLanes) + (p2 & kLanes) + (p3 & kLanes);
+        const std::uint32_t greenAlpha = ((p0 >> 8) & kLanes) + ((p1 >> 8) & kLanes) +
+                                         ((p2 >> 8) & kLanes) + ((p3 >> 8) & kLanes);
+        out[x] = (((redBlue + kRounding) >> 2) & kLanes) |
+                 ((((greenAlpha + kRounding) >> 2) & kLanes) << 8) | opaque;
     }
 }
 
@@ -151,6 +225,9 @@ void RenderJob::renderRows(int begin, int end) const
 {
     const int width = deviceRect.width();
     const KVDisplayTransform* const transform = source.transform.get();
+    // Opaque images without an overlay need no second look at their pixels.
+    const bool needsFinish =
+        image.hasAlpha || (source.overlay != KVMaskOverlay::none && mask.supported);
     if (image.bitsPerSample == 16) {
         std::vector<std::uint16_t> buffer(static_cast<std::size_t>(width) * 4);
         for (int y = begin; y < end; ++y) {
@@ -168,7 +245,38 @@ void RenderJob::renderRows(int begin, int end) const
                 std::uint8_t* const pixel = out + 4 * x;
                 for (int c = 0; c < 3; ++c)
                     pixel[2 - c] = static_cast<std::uint8_t>((in[c] * 255u + threshold) / 65535u);
-                finishPixel(pixel, x, y, static_cast<std::uint8_t>(in[3] >> 8));
+                if (needsFinish)
+                    finishPixel(pixel, x, y, static_cast<std::uint8_t>(in[3] >> 8));
+                else
+                    pixel[3] = 255;
+            }
+        }
+        return;
+    }
+    if (packedRgb8()) {
+        // Words of r g b a in memory order become the image's b g r a words.
+        const auto toBgra = [](std::uint32_t rgba) {
+            return (rgba & 0xFF00FF00u) | (rgba & 0xFFu) << 16 | ((rgba >> 16) & 0xFFu);
+        };
+        const std::int64_t lastRow = image.pixelsHigh - 1;
+        std::vector<std::uint32_t> buffer(static_cast<std::size_t>(width));
+        for (int y = begin; y < end; ++y) {
+            auto* const out = reinterpret_cast<std::uint32_t*>(output->scanLine(y));
+            // A four-byte load of a three-byte pixel reads one byte on; only the image's last
+            // row has nothing after it.
+            const bool wide =
+                image.bytesPerPixel == 4 || (rows.first[y] != lastRow && rows.second[y] != lastRow);
+            wide ? readPackedRow<true>(y, buffer.data()) : readPackedRow<false>(y, buffer.data());
+            if (transform) {
+                auto* const bytes = reinterpret_cast<std::uint8_t*>(buffer.data());
+                transform->transform8(bytes, bytes, width);
+            }
+            for (int x = 0; x < width; ++x)
+                out[x] = toBgra(buffer[x]) | 0xFF000000u;
+            if (needsFinish) {
+                auto* const bytes = reinterpret_cast<std::uint8_t*>(out);
+                for (int x = 0; x < width; ++x)
+                    finishPixel(bytes + 4 * x, x, y, static_cast<std::uint8_t>(buffer[x] >> 24));
             }
         }
         return;
@@ -178,14 +286,15 @@ void RenderJob::renderRows(int begin, int end) const
         readRow(y, buffer.data());
         if (transform)
             transform->transform8(buffer.data(), buffer.data(), width);
-        std::uint8_t* const out = output->scanLine(y);
-        for (int x = 0; x < width; ++x) {
-            const std::uint8_t* const in = buffer.data() + 4 * x;
-            std::uint8_t* const pixel = out + 4 * x;
-            pixel[0] = in[2];
-            pixel[1] = in[1];
-            pixel[2] = in[0];
-            finishPixel(pixel, x, y, in[3]);
+        auto* const out = reinterpret_cast<std::uint32_t*>(output->scanLine(y));
+        const std::uint8_t* const in = buffer.data();
+        for (int x = 0; x < width; ++x)
+            out[x] = 0xFF000000u | std::uint32_t{in[4 * x]} << 16 |
+                     std::uint32_t{in[4 * x + 1]} << 8 | in[4 * x + 2];
+        if (needsFinish) {
+            auto* const bytes = reinterpret_cast<std::uint8_t*>(out);
+            for (int x = 0; x < width; ++x)
+                finishPixel(bytes + 4 * x, x, y, in[4 * x + 3]);
         }
     }
 }
@@ -205,16 +314,18 @@ QImage renderImageRegion(const KVRenderSource& source, QRect deviceRect, double 
 {
     if (!source.image || deviceRect.isEmpty() || !(scale > 0.0))
         return {};
-    RenderJob job{source,     pixelManipulationOffsetsWithImageGamma(source.image, 1.0),
-                  {},         {},
-                  {},         {},
-                  {},         {},
-                  deviceRect, nullptr};
+    RenderJob job(source, deviceRect);
     if (!job.image.supported || (job.image.bitsPerSample != 8 && job.image.bitsPerSample != 16))
         return {};
     job.channels = channelsOf(job.image);
     job.columns = samplePositions(deviceRect.x(), deviceRect.width(), scale, job.image.pixelsWide);
     job.rows = samplePositions(deviceRect.y(), deviceRect.height(), scale, job.image.pixelsHigh);
+    job.columnBytesA.resize(job.columns.first.size());
+    job.columnBytesB.resize(job.columns.second.size());
+    for (std::size_t i = 0; i < job.columns.first.size(); ++i) {
+        job.columnBytesA[i] = job.columns.first[i] * job.image.bytesPerPixel;
+        job.columnBytesB[i] = job.columns.second[i] * job.image.bytesPerPixel;
+    }
     if (source.overlay != KVMaskOverlay::none && source.mask) {
         job.mask = pixelManipulationOffsetsWithImageGamma(source.mask, 1.0);
         if (job.mask.supported) {
