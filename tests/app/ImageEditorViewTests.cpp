@@ -2,6 +2,8 @@
 #include "app/KVImageEditorView.h"
 #include "app/KVImageExport.h"
 #include "app/KVImageRenderer.h"
+#include "colour/IccProfiles.h"
+#include "colour/LcmsProfile.h"
 #include "imageio/ImageCodec.h"
 #include "ui/KVSettings.h"
 
@@ -15,6 +17,35 @@
 using namespace tintorra;
 
 namespace {
+
+// A wide-gamut RGB profile (Adobe RGB primaries, gamma 2.2) as ICC bytes.
+QByteArray wideGamutProfile()
+{
+    const cmsCIExyY white{0.3127, 0.3290, 1.0};
+    const cmsCIExyYTRIPLE primaries{{0.64, 0.33, 1.0}, {0.21, 0.71, 1.0}, {0.15, 0.06, 1.0}};
+    cmsToneCurve* gamma = cmsBuildGamma(nullptr, 2.2);
+    cmsToneCurve* curves[3] = {gamma, gamma, gamma};
+    cmsHPROFILE profile = cmsCreateRGBProfile(&white, &primaries, curves);
+    const std::vector<std::uint8_t> bytes = saveLcmsProfile(profile);
+    cmsCloseProfile(profile);
+    cmsFreeToneCurve(gamma);
+    return QByteArray(reinterpret_cast<const char*>(bytes.data()), qsizetype(bytes.size()));
+}
+
+// One pixel of a solid image as shown on a display with `displayProfile`.
+QRgb shownColour(KVColorSpace space, const QByteArray& displayProfile)
+{
+    KVBitmapPtr image = KVBitmap::deviceRGBA8888Rep(4, 4, false);
+    for (int i = 0; i < 16; ++i) {
+        const std::uint8_t pixel[4] = {200, 60, 60, 255};
+        std::copy(pixel, pixel + 4, image->bitmapData() + 4 * i);
+    }
+    image->setColorSpace(std::move(space));
+    KVRenderSource source;
+    source.image = image;
+    source.transform = KVDisplayTransform::forImage(image->colorSpace(), false, displayProfile);
+    return renderImageRegion(source, QRect(0, 0, 4, 4), 1.0).pixel(1, 1);
+}
 
 KVBitmapPtr greyImage(int wide, int high, std::uint8_t value = 128)
 {
@@ -226,6 +257,29 @@ private slots:
         distinct = static_cast<int>(levels.size());
         QCOMPARE(distinct, 2);
         QVERIFY(std::abs(sum / (64 * 16) - 100.5) < 0.05);
+    }
+
+    // The image's own profile is honoured and the display's is aimed at; sRGB on an sRGB display
+    // and a profile shown on a display of the same profile stay as stored.
+    void imagesAreShownThroughTheDisplayProfile()
+    {
+        const QByteArray wide = wideGamutProfile();
+        const auto wideSpace =
+            colorSpaceFromIccProfile(std::vector<std::uint8_t>(wide.cbegin(), wide.cend()));
+        QVERIFY(wideSpace.has_value());
+        const QRgb stored = qRgb(200, 60, 60);
+        const auto near = [](QRgb a, QRgb b, int tolerance) {
+            return std::abs(qRed(a) - qRed(b)) <= tolerance &&
+                   std::abs(qGreen(a) - qGreen(b)) <= tolerance &&
+                   std::abs(qBlue(a) - qBlue(b)) <= tolerance;
+        };
+        QVERIFY(near(shownColour(sRGBColorSpace(), {}), stored, 1));
+        QCOMPARE(shownColour(*wideSpace, wide), stored);
+        // Wide-gamut red is redder than sRGB's: on an sRGB display it leaves the stored values.
+        const QRgb onSrgb = shownColour(*wideSpace, {});
+        QVERIFY(qRed(onSrgb) > 210 && !near(onSrgb, stored, 5));
+        // An untagged image on a wide-gamut display is toned down instead.
+        QVERIFY(qRed(shownColour(KVColorSpace::deviceRGB(), wide)) < 195);
     }
 
 private:
