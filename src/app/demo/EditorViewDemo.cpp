@@ -1,12 +1,15 @@
 // Shows the drop view and two editor views (one at fit, one at 200 %) side by side, for looking at
 // them while they are being built: tintorra-view-demo [image file] [--brush]
-// With --brush the mask brush is the tool and a round mask lies over the 200 % view.
+// With --brush the mask brush is the tool and a round mask lies over the 200 % view; with --drag
+// an image is being dragged over the drop view.
 #include "app/KVFileDropView.h"
 #include "app/KVImageEditorView.h"
 #include "imageio/ImageFile.h"
 
 #include <QApplication>
+#include <QDragEnterEvent>
 #include <QHBoxLayout>
+#include <QMimeData>
 #include <QUndoStack>
 #include <cmath>
 
@@ -113,5 +116,14 @@ int main(int argc, char** argv)
     zoomed->setImageReps(brush ? std::vector<KVBitmapPtr>{image, delegate.mask}
                                : std::vector<KVBitmapPtr>{image});
     zoomed->zoomToFactor(2.0, QPointF(image->pixelsWide() * 0.6, image->pixelsHigh() * 0.4));
+    QMimeData dragged;
+    if (arguments.contains(QStringLiteral("--drag"))) {
+        QImage picture(8, 8, QImage::Format_RGB32);
+        picture.fill(Qt::darkCyan);
+        dragged.setImageData(picture);
+        QDragEnterEvent enter(QPoint(40, 40), Qt::CopyAction, &dragged, Qt::LeftButton,
+                              Qt::NoModifier);
+        QCoreApplication::sendEvent(drop, &enter);
+    }
     return application.exec();
 }
