@@ -83,6 +83,10 @@ struct RenderJob {
     bool packedRgb8() const;
     template <bool FourByteLoads>
     void readPackedRow(int row, std::uint32_t* out) const;
+    // The same for 16-bit r g b (a): eight-byte loads, channels summed in 32-bit halves.
+    bool packedRgb16() const;
+    template <bool EightByteLoads>
+    void readPackedRow16(int row, std::uint16_t* out) const;
     void renderRows(int begin, int end) const;
     void finishPixel(std::uint8_t* bgra, int x, int y, std::uint8_t alpha) const;
 };
@@ -188,6 +192,47 @@ void RenderJob::readPackedRow(int row, std::uint32_t* out) const
     }
 }
 
+bool RenderJob::packedRgb16() const
+{
+    return image.bitsPerSample == 16 && !image.isPlanar && image.colorSpaceModel == 1 &&
+           image.redOffset == 0 && image.greenOffset == 2 && image.blueOffset == 4 &&
+           (image.bytesPerPixel == 6 || image.bytesPerPixel == 8) &&
+           (!image.hasAlpha ||
+            (image.bytesPerPixel == 8 && image.alphaOffset == 6 && !image.premultiplied));
+}
+
+template <bool EightByteLoads>
+void RenderJob::readPackedRow16(int row, std::uint16_t* out) const
+{
+    const std::uint8_t* const rowA = image.bitmapData + rows.first[row] * image.bytesPerRow;
+    const std::uint8_t* const rowB = image.bitmapData + rows.second[row] * image.bytesPerRow;
+    const std::int64_t* const columnA = columnBytesA.data();
+    const std::int64_t* const columnB = columnBytesB.data();
+    const auto load = [](const std::uint8_t* pixel) {
+        std::uint64_t word = 0;
+        std::memcpy(&word, pixel, EightByteLoads ? 8 : 6);
+        return word;
+    };
+    constexpr std::uint64_t kLanes = 0x0000FFFF0000FFFFull;
+    const bool opaque = !image.hasAlpha;
+    const int width = deviceRect.width();
+    for (int x = 0; x < width; ++x) {
+        const std::uint64_t p0 = load(rowA + columnA[x]);
+        const std::uint64_t p1 = load(rowA + columnB[x]);
+        const std::uint64_t p2 = load(rowB + columnA[x]);
+        const std::uint64_t p3 = load(rowB + columnB[x]);
+        const std::uint64_t redBlue = (p0 & kLanes) + (p1 & kLanes) + (p2 & kLanes) + (p3 & kLanes);
+        const std::uint64_t greenAlpha = ((p0 >> 16) & kLanes) + ((p1 >> 16) & kLanes) +
+                                         ((p2 >> 16) & kLanes) + ((p3 >> 16) & kLanes);
+        std::uint16_t* const pixel = out + 4 * x;
+        pixel[0] = static_cast<std::uint16_t>(((redBlue & 0xFFFFFFFFu) + 2) >> 2);
+        pixel[1] = static_cast<std::uint16_t>(((greenAlpha & 0xFFFFFFFFu) + 2) >> 2);
+        pixel[2] = static_cast<std::uint16_t>(((redBlue >> 32) + 2) >> 2);
+        pixel[3] = opaque ? std::uint16_t{65535}
+                          : static_cast<std::uint16_t>(((greenAlpha >> 32) + 2) >> 2);
+    }
+}
+
 // Transparency over the checkerboard, then the mask overlay; `bgra` holds the display colour.
 void RenderJob::finishPixel(std::uint8_t* bgra, int x, int y, std::uint8_t alpha) const
 {
@@ -230,25 +275,41 @@ void RenderJob::renderRows(int begin, int end) const
         image.hasAlpha || (source.overlay != KVMaskOverlay::none && mask.supported);
     if (image.bitsPerSample == 16) {
         std::vector<std::uint16_t> buffer(static_cast<std::size_t>(width) * 4);
+        const bool packed = packedRgb16();
+        const std::int64_t lastRow = image.pixelsHigh - 1;
         for (int y = begin; y < end; ++y) {
-            readRow(y, buffer.data());
+            if (!packed) {
+                readRow(y, buffer.data());
+            } else if (image.bytesPerPixel == 8 ||
+                       (rows.first[y] != lastRow && rows.second[y] != lastRow)) {
+                // Six-byte pixels read two bytes on, which only the last row cannot spare.
+                readPackedRow16<true>(y, buffer.data());
+            } else {
+                readPackedRow16<false>(y, buffer.data());
+            }
             if (transform)
                 transform->transform16(buffer.data(), buffer.data(), width);
-            std::uint8_t* const out = output->scanLine(y);
-            const int* const dither = kBayer[(deviceRect.y() + y) & 3];
+            auto* const out = reinterpret_cast<std::uint32_t*>(output->scanLine(y));
+            // The thresholds spread the 256 levels between two bytes over a 4 x 4 pattern.
+            std::uint32_t thresholds[4];
+            for (int k = 0; k < 4; ++k)
+                thresholds[k] =
+                    (static_cast<std::uint32_t>(kBayer[(deviceRect.y() + y) & 3][k]) * 2 + 1) *
+                    65535 / 32;
+            const int phase = deviceRect.x();
             for (int x = 0; x < width; ++x) {
                 const std::uint16_t* const in = buffer.data() + 4 * x;
-                // The threshold spreads the 256 levels between two bytes over a 4 x 4 pattern.
-                const std::uint32_t threshold =
-                    (static_cast<std::uint32_t>(dither[(deviceRect.x() + x) & 3]) * 2 + 1) * 65535 /
-                    32;
-                std::uint8_t* const pixel = out + 4 * x;
-                for (int c = 0; c < 3; ++c)
-                    pixel[2 - c] = static_cast<std::uint8_t>((in[c] * 255u + threshold) / 65535u);
-                if (needsFinish)
-                    finishPixel(pixel, x, y, static_cast<std::uint8_t>(in[3] >> 8));
-                else
-                    pixel[3] = 255;
+                const std::uint32_t threshold = thresholds[(phase + x) & 3];
+                const auto level = [threshold](std::uint32_t value) {
+                    return (value * 255u + threshold) / 65535u;
+                };
+                out[x] = 0xFF000000u | level(in[0]) << 16 | level(in[1]) << 8 | level(in[2]);
+            }
+            if (needsFinish) {
+                auto* const bytes = reinterpret_cast<std::uint8_t*>(out);
+                for (int x = 0; x < width; ++x)
+                    finishPixel(bytes + 4 * x, x, y,
+                                static_cast<std::uint8_t>(buffer[4 * x + 3] >> 8));
             }
         }
         return;
