@@ -170,7 +170,7 @@ void ControlsWindow::buildControls()
 
 void ControlsWindow::describeImageInBackground()
 {
-    const long model = static_cast<long>(parameters_.colorSpaceModel());
+    const ColorSpaceModel model = parameters_.colorSpaceModel();
     const double imageGamma = 1.0 / parameters_.displayGamma();
     describing_ = std::jthread([this, model, imageGamma](std::stop_token stop) {
         auto gamut = engine_.buildGamut(image_->colorSpace(), model, stop);
