@@ -37,7 +37,7 @@ struct Prepared {
     double tenthPixels = 0.0;
 };
 
-HueShiftParameters shiftTowards(std::int64_t mode, double lower, double upper,
+HueShiftParameters shiftTowards(ColorSpaceModel mode, double lower, double upper,
                                 const KVColorGamutPtr& gamut)
 {
     HueShiftParameters p;
@@ -53,15 +53,15 @@ HueShiftParameters shiftTowards(std::int64_t mode, double lower, double upper,
     return p;
 }
 
-double hueOfEntry(const color_table_lch_entry_info& e, std::int64_t mode)
+double hueOfEntry(const color_table_lch_entry_info& e, ColorSpaceModel mode)
 {
     return isLchColorMode(mode) ? hueFraction(e.hue) : static_cast<double>(e.hue);
 }
 
 // The 8-bit photograph's colour table in a mode, the gamut, and both selections; built once.
-const Prepared* prepared(std::int64_t mode, bool withAlpha)
+const Prepared* prepared(ColorSpaceModel mode, bool withAlpha)
 {
-    static std::map<std::pair<std::int64_t, bool>, std::unique_ptr<Prepared>> cache;
+    static std::map<std::pair<ColorSpaceModel, bool>, std::unique_ptr<Prepared>> cache;
     auto& slot = cache[{mode, withAlpha}];
     if (slot) {
         return slot.get();
@@ -97,7 +97,7 @@ const Prepared* prepared(std::int64_t mode, bool withAlpha)
                 ? lchSelection({e.lightness, e.chroma, e.hue, e.alpha}, normalised, p.gamut.get())
                       .weight
                 : cylinderSelection({e.hue, e.chroma, e.lightness, e.alpha,
-                                     mode == kColorModeHCL ? e.saturation : e.chroma},
+                                     mode == ColorSpaceModel::HCL ? e.saturation : e.chroma},
                                     normalised)
                       .weight;
         if (w > 0.0) {
@@ -143,7 +143,7 @@ void runShifts(benchmark::State& state, const KVBitmapPtr& image, HueShiftParame
 // per processor).
 void BM_ReshiftWithTable(benchmark::State& state)
 {
-    const std::int64_t mode = state.range(0);
+    const ColorSpaceModel mode = colorSpaceModelFromNumber(state.range(0)).value();
     const bool alpha = state.range(1) != 0;
     const Prepared* p = prepared(mode, alpha);
     if (p == nullptr) {
@@ -162,7 +162,7 @@ void BM_ReshiftWithTable(benchmark::State& state)
 // Arguments: colour mode, selection (10 or 100), reuse the destination, threads.
 void BM_ShiftSixteenBitRows(benchmark::State& state)
 {
-    const std::int64_t mode = state.range(0);
+    const ColorSpaceModel mode = colorSpaceModelFromNumber(state.range(0)).value();
     const Prepared* p = prepared(mode, false);
     const KVBitmapPtr image = benchImage(true, false);
     if (p == nullptr || !image) {
@@ -227,15 +227,16 @@ void BM_RowKernelPerPixel(benchmark::State& state)
             words[i] = static_cast<std::uint16_t>(lcg >> 16);
         }
     }
-    const std::int64_t mode = state.range(0);
+    const ColorSpaceModel mode = colorSpaceModelFromNumber(state.range(0)).value();
     HueShiftParameters p;
     p.colorSpaceModel = mode;
     if (isLchColorMode(mode)) {
         static KVColorGamutPtr gamuts[2];
-        if (!gamuts[mode]) {
-            gamuts[mode] = std::make_shared<const KVColorGamut>(sRGBChromaticities(), mode);
+        KVColorGamutPtr& gamut = gamuts[colorSpaceModelNumber(mode)];
+        if (!gamut) {
+            gamut = std::make_shared<const KVColorGamut>(sRGBChromaticities(), mode);
         }
-        p.gamut = gamuts[mode];
+        p.gamut = gamut;
     }
     const double width = state.range(1) / 100.0;
     p.hueLowerFalloff = 0.3;

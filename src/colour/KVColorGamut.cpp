@@ -67,20 +67,21 @@ void KVColorGamut::RowArrayDeleter::operator()(double** rows) const
     delete[] rows;
 }
 
-KVColorGamut::KVColorGamut() : KVColorGamut(sRGBChromaticities(), kColorModeLChuv) {}
+KVColorGamut::KVColorGamut() : KVColorGamut(sRGBChromaticities(), ColorSpaceModel::LChuv) {}
 
-KVColorGamut::KVColorGamut(const KVColorSpace* colorSpace, long colorSpaceModel)
+KVColorGamut::KVColorGamut(const KVColorSpace* colorSpace, ColorSpaceModel colorSpaceModel)
 {
     initVars();
     matrixFromColorSpace(M, colorSpace);
     initWithMatrix(colorSpaceModel);
 }
 
-KVColorGamut::KVColorGamut(const KVColorSpace& colorSpace, long colorSpaceModel)
+KVColorGamut::KVColorGamut(const KVColorSpace& colorSpace, ColorSpaceModel colorSpaceModel)
     : KVColorGamut(&colorSpace, colorSpaceModel)
 {}
 
-KVColorGamut::KVColorGamut(const ColorSpaceChromaticities& chromaticities, long colorSpaceModel)
+KVColorGamut::KVColorGamut(const ColorSpaceChromaticities& chromaticities,
+                           ColorSpaceModel colorSpaceModel)
 {
     initVars();
     M = matrixFromChromaticities(chromaticities);
@@ -89,12 +90,13 @@ KVColorGamut::KVColorGamut(const ColorSpaceChromaticities& chromaticities, long 
 
 KVColorGamut::~KVColorGamut() = default;
 
-void KVColorGamut::initWithMatrix(long colorSpaceModel)
+void KVColorGamut::initWithMatrix(ColorSpaceModel colorSpaceModel)
 {
     // A singular matrix leaves the adjugate; profile matrices are never that close to singular,
     // and a zero matrix (non-RGB space) gives zero either way.
     invertMatrix3(MI, M);
-    colorSpaceModel_ = colorSpaceModel == kColorModeLChab ? kColorModeLChab : kColorModeLChuv;
+    colorSpaceModel_ =
+        colorSpaceModel == ColorSpaceModel::LChab ? ColorSpaceModel::LChab : ColorSpaceModel::LChuv;
     buildChromaLUTsExact();
 }
 
@@ -181,7 +183,7 @@ void KVColorGamut::buildChromaLUTsExact()
         return;
     }
     diagnostic("Building chroma LUT...\n");
-    if (colorSpaceModel_ == kColorModeLChab) {
+    if (colorSpaceModel_ == ColorSpaceModel::LChab) {
         LabMatrixPrecalc();
         fillTables(
             [this](double hue, double* row) { labChromaSearchRow(precalc_table, hue, row); });
@@ -276,7 +278,8 @@ std::string KVColorGamut::description() const
 {
     char text[96];
     std::snprintf(text, sizeof text, "<<%s: %p>> colorSpaceModel: %lu", "KVColorGamut",
-                  static_cast<const void*>(this), static_cast<unsigned long>(colorSpaceModel_));
+                  static_cast<const void*>(this),
+                  static_cast<unsigned long>(colorSpaceModelNumber(colorSpaceModel_)));
     return text;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "colour/ColorComponents.h"
+#include "colour/ColorSpaceModel.h"
 #include "colour/GamutChromaSearch.h"
 #include "colour/Matrix3.h"
 #include "colour/WorkingSpaces.h"
@@ -32,9 +33,9 @@ public:
     KVColorGamut();
     // The matrix of a colour space (sRGB when there is none; a non-RGB space leaves the matrices
     // zero). Model 1 is Lab; any other value is stored as 0, Luv.
-    KVColorGamut(const KVColorSpace* colorSpace, long colorSpaceModel);
-    KVColorGamut(const KVColorSpace& colorSpace, long colorSpaceModel);
-    KVColorGamut(const ColorSpaceChromaticities& chromaticities, long colorSpaceModel);
+    KVColorGamut(const KVColorSpace* colorSpace, ColorSpaceModel colorSpaceModel);
+    KVColorGamut(const KVColorSpace& colorSpace, ColorSpaceModel colorSpaceModel);
+    KVColorGamut(const ColorSpaceChromaticities& chromaticities, ColorSpaceModel colorSpaceModel);
     ~KVColorGamut();
 
     KVColorGamut(const KVColorGamut&) = delete;
@@ -51,7 +52,7 @@ public:
     void copy_RGB_to_XYZ_matrix(Matrix3& out) const { out = M; }
     void copy_XYZ_to_RGB_matrix(Matrix3& out) const { out = MI; }
 
-    long colorSpaceModel() const { return colorSpaceModel_; }
+    ColorSpaceModel colorSpaceModel() const { return colorSpaceModel_; }
 
     // "<<KVColorGamut: 0x...>> colorSpaceModel: n"
     std::string description() const;
@@ -114,7 +115,7 @@ private:
     };
     using ChromaRows = std::unique_ptr<double*[], RowArrayDeleter>;
 
-    void initWithMatrix(long colorSpaceModel);
+    void initWithMatrix(ColorSpaceModel colorSpaceModel);
     bool allocateTables();
     template <class ChromaOfRow>
     void fillTables(ChromaOfRow chromaOfRow);
@@ -136,7 +137,7 @@ private:
     Matrix3 M{};
     Matrix3 MI{};
     ChromaSearchCoefficients precalc_table{};
-    long colorSpaceModel_ = kColorModeLChuv;
+    ColorSpaceModel colorSpaceModel_ = ColorSpaceModel::LChuv;
 };
 
 using KVColorGamutPtr = std::shared_ptr<const KVColorGamut>;

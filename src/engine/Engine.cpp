@@ -28,7 +28,7 @@ Error unsupportedLayoutError()
 Engine::Engine(EngineOptions options) : pool_(options.threads), kernels_(options.kernels) {}
 
 Result<ColorTablePtr> Engine::buildColorTable(const KVBitmapPtr& image, double imageGamma,
-                                              long colorSpaceModel, std::stop_token stop)
+                                              ColorSpaceModel colorSpaceModel, std::stop_token stop)
 {
     if (stop.stop_requested()) {
         return cancelledError();
@@ -59,8 +59,8 @@ Result<ColorTablePtr> Engine::buildColorTable(const KVBitmapPtr& image, double i
     return ColorTablePtr(std::move(table));
 }
 
-Result<KVColorGamutPtr> Engine::buildGamut(const KVColorSpace& space, long colorSpaceModel,
-                                           std::stop_token stop)
+Result<KVColorGamutPtr> Engine::buildGamut(const KVColorSpace& space,
+                                           ColorSpaceModel colorSpaceModel, std::stop_token stop)
 {
     if (stop.stop_requested()) {
         return cancelledError();

@@ -50,10 +50,11 @@ public:
     // The distinct colours of an 8-bit (or, read by its high bytes, 16-bit) image in a colour
     // mode. The stop token is looked at before and after the build.
     Result<ColorTablePtr> buildColorTable(const KVBitmapPtr& image, double imageGamma,
-                                          long colorSpaceModel, std::stop_token stop = {});
+                                          ColorSpaceModel colorSpaceModel,
+                                          std::stop_token stop = {});
 
     // The gamut of an RGB colour space for one of the LCh modes.
-    Result<KVColorGamutPtr> buildGamut(const KVColorSpace& space, long colorSpaceModel,
+    Result<KVColorGamutPtr> buildGamut(const KVColorSpace& space, ColorSpaceModel colorSpaceModel,
                                        std::stop_token stop = {});
 
     // Shifts (or renders a selection mask of) a picture. A run asked to stop ends early with

@@ -42,7 +42,7 @@ void runMatrices(const HueShiftParameters& p, const KVBitmap& source, Matrix3& M
 
 // A colour table is usable when it is empty (nothing to shift) or describes colours of the
 // record's mode.
-bool usableColorTable(const ColorTableRef& table, std::int64_t colorSpaceModel)
+bool usableColorTable(const ColorTableRef& table, ColorSpaceModel colorSpaceModel)
 {
     return table.count == 0 || (table.colorSpaceModel == colorSpaceModel &&
                                 table.colors != nullptr && table.locations != nullptr);

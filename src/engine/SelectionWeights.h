@@ -25,7 +25,7 @@ struct Selection {
 inline constexpr double kSelectableChroma = 0.01;
 
 // The hue period of a colour mode: a full turn in radians for the LCh modes, 1 otherwise.
-constexpr double hueShiftPeriod(std::int64_t colorSpaceModel)
+constexpr double hueShiftPeriod(ColorSpaceModel colorSpaceModel)
 {
     return isLchColorMode(colorSpaceModel) ? kTwoPi : 1.0;
 }

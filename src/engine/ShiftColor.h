@@ -195,7 +195,7 @@ inline double cylinderShiftedLevel(const HclComponents& colour, const Selection&
                                    const HueShiftParameters& p, double firstPower,
                                    bool curveApplies, double secondPower)
 {
-    const bool hcl = p.colorSpaceModel == kColorModeHCL;
+    const bool hcl = p.colorSpaceModel == ColorSpaceModel::HCL;
     const double S = colour.c;
     const double V = colour.l;
     const double w = selection.weight;

@@ -40,8 +40,8 @@ class PixelWriter {
 public:
     PixelWriter(const HueShiftRun& run, const HueShiftParameters& p)
         : d_(*run.destination), coverage_(*run.coverage),
-          greyMask_(p.maskToShow == kShowBlackMask || p.maskToShow == kShowWhiteMask),
-          white_(p.maskToShow == kShowWhiteMask),
+          greyMask_(p.maskToShow == MaskView::blackMask || p.maskToShow == MaskView::whiteMask),
+          white_(p.maskToShow == MaskView::whiteMask),
           maskLimitedByCoverage_(p.paintMaskLimitsMasks != 0 && run.coverage->present()),
           rowOf_(static_cast<std::uint64_t>(d_.bytesPerRow)),
           lastPixel_(static_cast<std::uint64_t>((d_.pixelsHigh - 1) * d_.bytesPerRow +

@@ -126,16 +126,16 @@ VectorisedRows::VectorisedRows(const HueShiftRun& run, const HueShiftParameters&
                                const OutcomeContext& context)
     : run_(run), p_(p), arrays_(kStretch), shift_(p, context, run.coverage->present())
 {
-    const std::int64_t mode = p.colorSpaceModel;
-    const std::int32_t mask = p.maskToShow;
-    wholeRows_ = isLchColorMode(mode) && !showsGreyMask(mask) && mask != kShowSelectionHighlight &&
-                 mask != kShowHoverHighlight;
+    const ColorSpaceModel mode = p.colorSpaceModel;
+    const MaskView mask = p.maskToShow;
+    wholeRows_ = isLchColorMode(mode) && !showsGreyMask(mask) &&
+                 mask != MaskView::selectionHighlight && mask != MaskView::hoverHighlight;
 
     const WordDecodeTable& decode = *run.wordDecode;
     read_.layout = layoutOf(*run.source);
     read_.decode = decode.data();
     const LuvHueFilter::Coefficients& filter = run.luvHueFilter.coefficients();
-    read_.luvFilter = mode == kColorModeLChuv && !filter.everything;
+    read_.luvFilter = mode == ColorSpaceModel::LChuv && !filter.everything;
     std::copy(std::begin(filter.u), std::end(filter.u), read_.filterU);
     std::copy(std::begin(filter.v), std::end(filter.v), read_.filterV);
     read_.centreCos = filter.centreCos;
@@ -262,7 +262,7 @@ bool VectorisedRows::readPixel(const void* self, std::int64_t x, std::int64_t y,
     rgba[1] = c.c1;
     rgba[2] = c.c2;
     rgba[3] = c.alpha;
-    return c.alpha != 0.0 && (rows.p_.colorSpaceModel != kColorModeLChuv ||
+    return c.alpha != 0.0 && (rows.p_.colorSpaceModel != ColorSpaceModel::LChuv ||
                               rows.run_.luvHueFilter.mayBeSelected(c.c0, c.c1, c.c2));
 }
 

@@ -21,7 +21,7 @@ VectorisedShift::VectorisedShift(const HueShiftParameters& p, const OutcomeConte
                                  bool keepUnshifted)
 {
     const KVColorGamut* const gamut = context.gamut;
-    select_.lab = p.colorSpaceModel == kColorModeLChab;
+    select_.lab = p.colorSpaceModel == ColorSpaceModel::LChab;
     select_.keepUnshifted = keepUnshifted;
     std::copy(context.M.begin(), context.M.end(), select_.M);
     select_.hueLowerFalloff = p.hueLowerFalloff;

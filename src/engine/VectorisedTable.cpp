@@ -14,9 +14,10 @@ constexpr std::size_t kStretch = 256;
 
 bool VectorisedTable::serves(const HueShiftRun& run, const HueShiftParameters& p)
 {
-    const std::int32_t mask = p.maskToShow;
+    const MaskView mask = p.maskToShow;
     return run.vectorised && batch::vectorised() && isLchColorMode(p.colorSpaceModel) &&
-           !showsGreyMask(mask) && mask != kShowSelectionHighlight && mask != kShowHoverHighlight;
+           !showsGreyMask(mask) && mask != MaskView::selectionHighlight &&
+           mask != MaskView::hoverHighlight;
 }
 
 VectorisedTable::VectorisedTable(const HueShiftRun& run, const HueShiftParameters& p,

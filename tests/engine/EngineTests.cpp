@@ -33,11 +33,12 @@ KVBitmapPtr gradientPicture(std::int64_t bits)
 
 ShiftRequest requestFor(Engine& engine, const KVBitmapPtr& picture)
 {
-    ShiftRequest request{picture, nullptr, test::selectEverything(0), nullptr};
+    ShiftRequest request{picture, nullptr, test::selectEverything(ColorSpaceModel::LChuv), nullptr};
     request.parameters.targetHue = 0.5;
     if (picture->bitsPerSample() == 8) {
         request.colorTable =
-            engine.buildColorTable(picture, request.parameters.imageGamma, 0).take();
+            engine.buildColorTable(picture, request.parameters.imageGamma, ColorSpaceModel::LChuv)
+                .take();
     }
     return request;
 }
@@ -90,10 +91,11 @@ TEST(Engine, AllocationFailuresAreErrorsWithTheirMessage)
     Engine engine({2});
     test::captureDiagnostics();
     failTableAllocationAfter(0);
-    const auto table = engine.buildColorTable(gradientPicture(8), 1.0 / 2.2, 0);
+    const auto table =
+        engine.buildColorTable(gradientPicture(8), 1.0 / 2.2, ColorSpaceModel::LChuv);
     failTableAllocationAfter(-1);
     KVColorGamut::failTableAllocationForTesting(0);
-    const auto gamut = engine.buildGamut(KVColorSpace::deviceRGB(), 0);
+    const auto gamut = engine.buildGamut(KVColorSpace::deviceRGB(), ColorSpaceModel::LChuv);
     KVColorGamut::failTableAllocationForTesting(-1);
     test::capturedDiagnostics();
 
@@ -112,12 +114,16 @@ TEST(Engine, RefusesRequestsItCannotServe)
 {
     Engine engine({1});
     EXPECT_EQ(engine.shift({}).error().code, ErrorCode::invalidRequest);
-    const ShiftRequest withoutTable{gradientPicture(8), nullptr, test::selectEverything(0), {}};
+    const ShiftRequest withoutTable{
+        gradientPicture(8), nullptr, test::selectEverything(ColorSpaceModel::LChuv), {}};
     EXPECT_EQ(engine.shift(withoutTable).error().code, ErrorCode::invalidRequest);
     std::stop_source stopped;
     stopped.request_stop();
-    EXPECT_EQ(engine.buildColorTable(gradientPicture(8), 1.0, 0, stopped.get_token()).error().code,
-              ErrorCode::cancelled);
+    EXPECT_EQ(
+        engine.buildColorTable(gradientPicture(8), 1.0, ColorSpaceModel::LChuv, stopped.get_token())
+            .error()
+            .code,
+        ErrorCode::cancelled);
 }
 
 } // namespace

@@ -46,9 +46,9 @@ KVBitmapPtr rainbow(bool premultiplied)
     return bitmap;
 }
 
-HueShiftParameters shiftOf(std::int32_t mask)
+HueShiftParameters shiftOf(MaskView mask)
 {
-    HueShiftParameters p = test::selectEverything(0);
+    HueShiftParameters p = test::selectEverything(ColorSpaceModel::LChuv);
     p.hueLowerFalloff = 0.2;
     p.hueLower = 0.3;
     p.hueUpper = 0.6;
@@ -67,8 +67,8 @@ HueShiftParameters shiftOf(std::int32_t mask)
 TEST(TableColorWriter, BlocksAndWavesDoNotChangeThePicture)
 {
     for (const bool premultiplied : {false, true}) {
-        for (const std::int32_t mask :
-             {kShowShiftedImage, kShowSelectionHighlight, kShowBlackMask, kShowWhiteMask}) {
+        for (const MaskView mask : {MaskView::shiftedImage, MaskView::selectionHighlight,
+                                    MaskView::blackMask, MaskView::whiteMask}) {
             const KVBitmapPtr source = rainbow(premultiplied);
             const KVBitmapPtr reference = test::runShift(source, shiftOf(mask)).result;
             for (const auto& [block, wave] : {std::pair<std::uint64_t, std::uint64_t>{1, 40},
@@ -83,7 +83,8 @@ TEST(TableColorWriter, BlocksAndWavesDoNotChangeThePicture)
                         test::runShift(source, shiftOf(mask), given, processors).result;
                     ASSERT_EQ(result, given);
                     EXPECT_TRUE(test::sameSamples(result, reference))
-                        << premultiplied << " " << mask << " " << block << " " << wave;
+                        << premultiplied << " " << maskViewNumber(mask) << " " << block << " "
+                        << wave;
                     EXPECT_TRUE(test::sameSamples(
                         test::runShift(source, shiftOf(mask), nullptr, processors).result,
                         reference));
@@ -98,10 +99,11 @@ TEST(TableColorWriter, BlocksAndWavesDoNotChangeThePicture)
 TEST(TableColorWriter, WritesTablesWhoseLocationsDoNotAscend)
 {
     const KVBitmapPtr source = rainbow(false);
-    HueShiftParameters p = shiftOf(kShowShiftedImage);
+    HueShiftParameters p = shiftOf(MaskView::shiftedImage);
     const KVBitmapPtr reference = test::runShift(source, p).result;
 
-    LChColorTable table = createLChColorTableWithImageGamma(source, p.imageGamma, 0);
+    LChColorTable table =
+        createLChColorTableWithImageGamma(source, p.imageGamma, ColorSpaceModel::LChuv);
     std::vector<std::uint32_t> reversed(table.locations.get(),
                                         table.locations.get() + table.locationCount);
     for (std::uint64_t i = 0; i < table.count; ++i) {

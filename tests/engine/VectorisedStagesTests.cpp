@@ -94,7 +94,7 @@ std::vector<test::RecordCase> shiftCases()
     for (const test::RecordCase& c : test::kRecordCases) {
         HueShiftParameters p = test::selectEverything(c.model);
         c.adjust(p);
-        if (isLchColorMode(c.model) && p.maskToShow == kShowShiftedImage) {
+        if (isLchColorMode(c.model) && p.maskToShow == MaskView::shiftedImage) {
             cases.push_back(c);
         }
     }
@@ -214,7 +214,8 @@ TEST(VectorisedReading, FindsTheScalarCandidatesWithTheirColours)
     if (!batch::vectorised()) {
         GTEST_SKIP() << "no AVX2: the scalar steps are the only ones";
     }
-    for (const std::int64_t model : {std::int64_t{0}, std::int64_t{1}, std::int64_t{3}}) {
+    for (const ColorSpaceModel model :
+         {ColorSpaceModel::LChuv, ColorSpaceModel::LChab, ColorSpaceModel::HSB}) {
         for (const auto& range : kRanges) {
             for (const bool premultiplied : {false, true}) {
                 HueShiftParameters record = test::selectEverything(model);
@@ -237,7 +238,7 @@ TEST(VectorisedReading, FindsTheScalarCandidatesWithTheirColours)
                         readLinearFloats(column, y, offsets, c);
                         const bool candidate =
                             c.alpha != 0.0 &&
-                            (model != kColorModeLChuv ||
+                            (model != ColorSpaceModel::LChuv ||
                              prepared->run.luvHueFilter.mayBeSelected(c.c0, c.c1, c.c2));
                         if (!candidate) {
                             continue;
@@ -250,7 +251,8 @@ TEST(VectorisedReading, FindsTheScalarCandidatesWithTheirColours)
                         EXPECT_EQ(bitsOf(linear[j].alpha), bitsOf(c.alpha));
                         ++j;
                     }
-                    ASSERT_EQ(j, count) << model << " " << range[0] << " " << y;
+                    ASSERT_EQ(j, count)
+                        << colorSpaceModelNumber(model) << " " << range[0] << " " << y;
                 }
                 EXPECT_GT(total, 0u);
             }
@@ -302,7 +304,7 @@ TEST(VectorisedGamutLookups, GiveTheGamutsChromas)
     }
     const double kNaN = std::numeric_limits<double>::quiet_NaN();
     const double kInfinity = std::numeric_limits<double>::infinity();
-    for (const std::int64_t model : {std::int64_t{0}, std::int64_t{1}}) {
+    for (const ColorSpaceModel model : {ColorSpaceModel::LChuv, ColorSpaceModel::LChab}) {
         const KVColorGamutPtr gamut = test::sRGBGamut(model);
         const auto paired = pairedChromaTable(gamut);
         std::vector<double> hues = {0.0,
@@ -357,9 +359,9 @@ TEST(VectorisedGamutLookups, GiveTheGamutsChromas)
                                             maxChromas.data());
         for (std::size_t i = 0; i < h.size(); ++i) {
             ASSERT_EQ(bitsOf(chromas[i]), bitsOf(gamut->chromaForHue(h[i], l[i])))
-                << model << " " << h[i] << " " << l[i];
+                << colorSpaceModelNumber(model) << " " << h[i] << " " << l[i];
             ASSERT_EQ(bitsOf(maxChromas[i]), bitsOf(gamut->maxChromaForHue(h[i]).c1))
-                << model << " " << h[i];
+                << colorSpaceModelNumber(model) << " " << h[i];
         }
     }
 }
