@@ -156,7 +156,7 @@ struct SelectConstants {
     const void* context;
 };
 
-// The gamut's chroma table with rows paired (see ChromaTableCache.h).
+// The gamut's chroma table with rows paired (see PairedChromaTable.h).
 struct ChromaTable {
     const double* pairs;
 };

@@ -124,7 +124,8 @@ bool VectorisedRows::available(const HueShiftRun& run)
 
 VectorisedRows::VectorisedRows(const HueShiftRun& run, const HueShiftParameters& p,
                                const OutcomeContext& context)
-    : run_(run), p_(p), arrays_(kStretch), shift_(p, context, run.coverage->present())
+    : run_(run), p_(p), arrays_(kStretch),
+      shift_(p, context, run.pairedChroma, run.coverage->present())
 {
     const ColorSpaceModel mode = p.colorSpaceModel;
     const MaskView mask = p.maskToShow;

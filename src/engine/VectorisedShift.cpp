@@ -2,7 +2,6 @@
 
 #include "colour/ColorBlending.h"
 #include "colour/KVColorGamut.h"
-#include "engine/ChromaTableCache.h"
 #include "engine/SelectionWeights.h"
 #include "engine/ShiftColor.h"
 
@@ -18,6 +17,7 @@ constexpr std::size_t kSlack = 4;
 } // namespace
 
 VectorisedShift::VectorisedShift(const HueShiftParameters& p, const OutcomeContext& context,
+                                 std::shared_ptr<const std::vector<double>> pairedChroma,
                                  bool keepUnshifted)
 {
     const KVColorGamut* const gamut = context.gamut;
@@ -50,7 +50,7 @@ VectorisedShift::VectorisedShift(const HueShiftParameters& p, const OutcomeConte
     paint_.curveGain = p.curveGain;
     std::copy(p.targetBriTenVals.begin(), p.targetBriTenVals.end(), paint_.curve);
     paint_.keepsLightness = keepsLightness(p);
-    chromaTable_ = pairedChromaTable(p.gamut);
+    chromaTable_ = std::move(pairedChroma);
     paint_.chromas = {chromaTable_ != nullptr ? chromaTable_->data() : nullptr};
     select_.chromaPairs = paint_.chromas.pairs;
     paint_.blend = &VectorisedShift::blend;

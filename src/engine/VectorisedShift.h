@@ -19,7 +19,7 @@ public:
     // keepUnshifted: whether the selected colours' unshifted linear colours are kept for a
     // painted coverage to mix in.
     VectorisedShift(const HueShiftParameters& normalised, const OutcomeContext& context,
-                    bool keepUnshifted);
+                    std::shared_ptr<const std::vector<double>> pairedChroma, bool keepUnshifted);
 
     const row_kernel::SelectConstants& select() const { return select_; }
     const row_kernel::PaintConstants& paint() const { return paint_; }

@@ -23,7 +23,7 @@ bool VectorisedTable::serves(const HueShiftRun& run, const HueShiftParameters& p
 VectorisedTable::VectorisedTable(const HueShiftRun& run, const HueShiftParameters& p,
                                  const OutcomeContext& context)
     // The painted coverage is mixed in by the writers, byte by byte.
-    : run_(run), arrays_(kStretch), shift_(p, context, false)
+    : run_(run), arrays_(kStretch), shift_(p, context, run.pairedChroma, false)
 {}
 
 void VectorisedTable::shiftEntries(const ColorTableRef& table, std::uint64_t begin,

@@ -2,8 +2,8 @@
 #include "VectorisedRecords.h"
 #include "colour/ColorMatrices.h"
 #include "engine/BatchMath.h"
-#include "engine/ChromaTableCache.h"
 #include "engine/HueShiftWorkers.h"
+#include "engine/PairedChromaTable.h"
 #include "engine/SelectionWeights.h"
 #include "engine/ShiftBatch.h"
 #include "engine/VectorisedRows.h"
@@ -55,8 +55,11 @@ struct PreparedRun {
         }
         run.selectableHues = selectableHueArc(p);
         run.luvHueFilter = LuvHueFilter(run.selectableHues, run.M);
-        run.wordDecode = wordDecodeTable(offsets.imageGamma);
-        run.wordEncode = wordEncodeTable(offsets.imageGamma);
+        run.wordDecode = std::make_shared<const WordDecodeTable>(offsets.imageGamma);
+        run.wordEncode = std::make_shared<const SampleEncodeTable>(offsets.imageGamma, 65535u);
+        if (p.gamut != nullptr) {
+            run.pairedChroma = makePairedChromaTable(*p.gamut);
+        }
         context = {&p, p.gamut.get(), run.M, run.MI, PartialHighlight::reduceChroma};
     }
 };
@@ -268,7 +271,7 @@ TEST(VectorisedEncoding, StoresTheTablesSamples)
         GTEST_SKIP() << "no AVX2: the scalar steps are the only ones";
     }
     for (const double gamma : {1.0 / 2.2, 1.0, 1.0 / 3.0, 0.8, 2.2, 5.0, 0.02}) {
-        const auto table = wordEncodeTable(gamma);
+        const auto table = std::make_shared<const SampleEncodeTable>(gamma, 65535u);
         const double* thresholds = table->thresholds();
         std::vector<double> values = {0.0,
                                       -0.0,
@@ -306,7 +309,7 @@ TEST(VectorisedGamutLookups, GiveTheGamutsChromas)
     const double kInfinity = std::numeric_limits<double>::infinity();
     for (const ColorSpaceModel model : {ColorSpaceModel::LChuv, ColorSpaceModel::LChab}) {
         const KVColorGamutPtr gamut = test::sRGBGamut(model);
-        const auto paired = pairedChromaTable(gamut);
+        const auto paired = makePairedChromaTable(*gamut);
         std::vector<double> hues = {0.0,
                                     -0.0,
                                     kPi,
