@@ -22,9 +22,9 @@
 namespace tintorra {
 namespace {
 
-using testing_support::lchToLinearRgb;
-using testing_support::linearRgbToLch;
-using testing_support::Rgb;
+using testSupport::lchToLinearRgb;
+using testSupport::linearRgbToLch;
+using testSupport::Rgb;
 
 constexpr double kPi = std::numbers::pi;
 

@@ -132,11 +132,11 @@ TEST_P(VectorisedStages, SelectAndPaintAsTheScalarFunctions)
         arrays.candidates().b[j] = colours[j].c2;
         arrays.candidates().alpha[j] = colours[j].alpha;
     }
-    row_kernel::SelectConstants constants = rows.selectConstants();
+    rowKernel::SelectConstants constants = rows.selectConstants();
     constants.keepUnshifted = true;
-    const std::size_t selected = row_kernel::avx2::selectCandidates(
+    const std::size_t selected = rowKernel::avx2::selectCandidates(
         constants, arrays.candidates(), n, arrays.weights(), arrays.selected());
-    row_kernel::avx2::paintShifted(rows.paintConstants(), arrays.selected(), selected);
+    rowKernel::avx2::paintShifted(rows.paintConstants(), arrays.selected(), selected);
 
     ShiftBatch batch;
     batch.reserve(n);
@@ -290,8 +290,8 @@ TEST(VectorisedEncoding, StoresTheTablesSamples)
             values.push_back(0.5 * (thresholds[k] + thresholds[k + 1 <= 65535 ? k + 1 : k]));
         }
         std::vector<std::uint32_t> samples(values.size());
-        row_kernel::avx2::encodeSamples(VectorisedRows::encodingOf(*table), values.data(),
-                                        values.size(), samples.data());
+        rowKernel::avx2::encodeSamples(VectorisedRows::encodingOf(*table), values.data(),
+                                       values.size(), samples.data());
         for (std::size_t i = 0; i < values.size(); ++i) {
             ASSERT_EQ(samples[i], (*table)(values[i])) << gamma << " " << values[i];
         }
@@ -356,10 +356,10 @@ TEST(VectorisedGamutLookups, GiveTheGamutsChromas)
 
         std::vector<double> chromas(h.size());
         std::vector<double> maxChromas(h.size());
-        row_kernel::avx2::chromasForHues({paired->data()}, h.data(), l.data(), h.size(),
-                                         chromas.data());
-        row_kernel::avx2::maxChromasForHues(&gamut->tableMaxChroma(0).c1, h.data(), h.size(),
-                                            maxChromas.data());
+        rowKernel::avx2::chromasForHues({paired->data()}, h.data(), l.data(), h.size(),
+                                        chromas.data());
+        rowKernel::avx2::maxChromasForHues(&gamut->tableMaxChroma(0).c1, h.data(), h.size(),
+                                           maxChromas.data());
         for (std::size_t i = 0; i < h.size(); ++i) {
             ASSERT_EQ(bitsOf(chromas[i]), bitsOf(gamut->chromaForHue(h[i], l[i])))
                 << colorSpaceModelNumber(model) << " " << h[i] << " " << l[i];
