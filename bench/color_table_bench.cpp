@@ -88,6 +88,9 @@ void BM_ColorTable(benchmark::State& state)
                             "TINTORRA_BENCH_IMAGE to its eveningglow-6000x4000-8.ppm");
         return;
     }
+    // The memory an engine keeps for its tables.
+    static const auto memory = std::make_shared<TableMemory>();
+    const UseTableMemory use(memory);
     if (!cold) {
         // A first build leaves its blocks for the timed ones.
         benchmark::DoNotOptimize(createLChColorTableWithImageGamma(bitmap, 1.0 / 2.2, mode).count);
@@ -96,7 +99,7 @@ void BM_ColorTable(benchmark::State& state)
     std::uint64_t colors = 0;
     for (auto _ : state) {
         if (cold) {
-            releaseRetainedTableMemory();
+            memory->release();
         }
         copySeconds += referenceCopy().seconds();
         const auto start = std::chrono::steady_clock::now();

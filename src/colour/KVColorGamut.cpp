@@ -18,12 +18,10 @@ namespace tintorra {
 
 namespace {
 
-std::atomic<long> failingTableAllocation{-1};
-
 template <class T>
-T* allocateZeroed(std::size_t count, long allocationIndex)
+T* allocateZeroed(std::size_t count, long allocationIndex, long failingAllocation)
 {
-    if (allocationIndex == failingTableAllocation.load(std::memory_order_relaxed)) {
+    if (allocationIndex == failingAllocation) {
         return nullptr;
     }
     return new (std::nothrow) T[count]();
@@ -80,6 +78,26 @@ KVColorGamut::KVColorGamut(const KVColorSpace& colorSpace, ColorSpaceModel color
     : KVColorGamut(&colorSpace, colorSpaceModel)
 {}
 
+KVColorGamut::KVColorGamut(const KVColorSpace& colorSpace, ColorSpaceModel colorSpaceModel,
+                           long failingAllocationForTesting)
+{
+    initVars();
+    matrixFromColorSpace(M, &colorSpace);
+    failingAllocation_ = failingAllocationForTesting;
+    initWithMatrix(colorSpaceModel);
+    failingAllocation_ = -1;
+}
+
+KVColorGamut::KVColorGamut(const ColorSpaceChromaticities& chromaticities,
+                           ColorSpaceModel colorSpaceModel, long failingAllocationForTesting)
+{
+    initVars();
+    M = matrixFromChromaticities(chromaticities);
+    failingAllocation_ = failingAllocationForTesting;
+    initWithMatrix(colorSpaceModel);
+    failingAllocation_ = -1;
+}
+
 KVColorGamut::KVColorGamut(const ColorSpaceChromaticities& chromaticities,
                            ColorSpaceModel colorSpaceModel)
 {
@@ -113,23 +131,18 @@ void KVColorGamut::initVars()
     MI = {};
 }
 
-void KVColorGamut::failTableAllocationForTesting(long allocationIndex)
-{
-    failingTableAllocation.store(allocationIndex, std::memory_order_relaxed);
-}
-
-KVColorGamut::ChromaRows KVColorGamut::allocateMatrix()
+KVColorGamut::ChromaRows KVColorGamut::allocateMatrix() const
 {
     constexpr std::size_t rows = kHueCount;
     constexpr std::size_t columns = kLightnessCount;
-    double** rowArray = allocateZeroed<double*>(rows, 1);
+    double** rowArray = allocateZeroed<double*>(rows, 1, failingAllocation_);
     if (rowArray == nullptr) {
         diagnostic("Memory allocation failed while allocating for matrix[].\n");
         return nullptr;
     }
     ChromaRows matrix(rowArray);
     for (std::size_t i = 0; i < rows; ++i) {
-        matrix[i] = allocateZeroed<double>(columns, 2 + static_cast<long>(i));
+        matrix[i] = allocateZeroed<double>(columns, 2 + static_cast<long>(i), failingAllocation_);
         if (matrix[i] == nullptr) {
             diagnostic("Memory allocation failed while allocating matrix[%lu][%lu]\n",
                        static_cast<unsigned long>(i), static_cast<unsigned long>(columns));
@@ -143,7 +156,8 @@ bool KVColorGamut::allocateTables()
 {
     maxChromasLUT_.reset();
     chromasLUT_.reset();
-    std::unique_ptr<ColorComponents[]> records(allocateZeroed<ColorComponents>(kHueCount, 0));
+    std::unique_ptr<ColorComponents[]> records(
+        allocateZeroed<ColorComponents>(kHueCount, 0, failingAllocation_));
     if (records) {
         // Zeroed records, alpha included, until the rows are filled.
         std::fill_n(records.get(), kHueCount, ColorComponents{0.0, 0.0, 0.0, 0.0});

@@ -36,6 +36,13 @@ public:
     KVColorGamut(const KVColorSpace* colorSpace, ColorSpaceModel colorSpaceModel);
     KVColorGamut(const KVColorSpace& colorSpace, ColorSpaceModel colorSpaceModel);
     KVColorGamut(const ColorSpaceChromaticities& chromaticities, ColorSpaceModel colorSpaceModel);
+    // The same, with allocation number `failingAllocationForTesting` of the build made to fail
+    // (0 is the record table, 1 the row array, 2 + i row i; -1 none), for exercising the failure
+    // path. Later builds of the gamut allocate normally.
+    KVColorGamut(const KVColorSpace& colorSpace, ColorSpaceModel colorSpaceModel,
+                 long failingAllocationForTesting);
+    KVColorGamut(const ColorSpaceChromaticities& chromaticities, ColorSpaceModel colorSpaceModel,
+                 long failingAllocationForTesting);
     ~KVColorGamut();
 
     KVColorGamut(const KVColorGamut&) = delete;
@@ -105,10 +112,6 @@ public:
     void testChromaLUT(std::size_t hueStride = 1, std::size_t lightnessStride = 1) const;
     void testMaxChromaLUT() const;
 
-    // Makes allocation number `allocationIndex` of the next table builds fail (0 is the record
-    // table, 1 the row array, 2 + i row i); -1 turns this off. For exercising the failure path.
-    static void failTableAllocationForTesting(long allocationIndex);
-
 private:
     struct RowArrayDeleter {
         void operator()(double** rows) const;
@@ -121,7 +124,7 @@ private:
     void fillTables(ChromaOfRow chromaOfRow);
     // kHueCount zeroed rows of kLightnessCount doubles; nothing (after saying so) when any
     // allocation fails.
-    static ChromaRows allocateMatrix();
+    ChromaRows allocateMatrix() const;
 
     std::size_t divisionsPerChannel_ = 20;
     std::size_t pointsPerChannel_ = 21;
@@ -138,6 +141,7 @@ private:
     Matrix3 MI{};
     ChromaSearchCoefficients precalc_table{};
     ColorSpaceModel colorSpaceModel_ = ColorSpaceModel::LChuv;
+    long failingAllocation_ = -1;
 };
 
 using KVColorGamutPtr = std::shared_ptr<const KVColorGamut>;

@@ -5,6 +5,7 @@
 #include "engine/HueShiftWorkers.h"
 #include "engine/PaintCoverage.h"
 #include "engine/SelectionWeights.h"
+#include "engine/ShiftCaches.h"
 #include "engine/ShiftOutcome.h"
 #include "image/PixelAccess.h"
 
@@ -49,7 +50,8 @@ bool usableColorTable(const ColorTableRef& table, ColorSpaceModel colorSpaceMode
 }
 
 KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftParameters p,
-                  unsigned processorCount, EngineKernels kernels, RunControl* control)
+                  unsigned processorCount, EngineKernels kernels, RunControl* control,
+                  ShiftCaches& caches, const TableWriteLimits& writeLimits)
 {
     const std::lock_guard<std::recursive_mutex> lock(source->lock());
 
@@ -104,11 +106,15 @@ KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftP
     run.selectableHues = selectableHueArc(p);
     run.luvHueFilter = LuvHueFilter(run.selectableHues, run.M);
     if (byColorTable) {
-        run.byteEncode = byteEncodeTable(destinationRecord->imageGamma);
+        run.byteEncode = caches.byteEncodeTable(destinationRecord->imageGamma);
     } else if (sourceOffsets.bitsPerSample == 16) {
-        run.wordDecode = wordDecodeTable(sourceOffsets.imageGamma);
-        run.wordEncode = wordEncodeTable(destinationRecord->imageGamma);
+        run.wordDecode = caches.wordDecodeTable(sourceOffsets.imageGamma);
+        run.wordEncode = caches.wordEncodeTable(destinationRecord->imageGamma);
     }
+    if (run.vectorised) {
+        run.pairedChroma = caches.pairedChromaTable(p.gamut);
+    }
+    run.writeLimits = writeLimits;
 
     const std::uint64_t items =
         byColorTable ? p.colorTable.count : static_cast<std::uint64_t>(sourceOffsets.pixelsHigh);
@@ -159,13 +165,16 @@ namespace detail {
 
 KVBitmapPtr hueShift(const KVBitmapPtr& source, const KVBitmapPtr& destination,
                      HueShiftParameters parameters, unsigned processorCount, EngineKernels kernels,
-                     RunControl* control)
+                     RunControl* control, const RunResources& resources)
 {
     if (source == nullptr) {
         return nullptr;
     }
     try {
-        return shift(source, destination, std::move(parameters), processorCount, kernels, control);
+        ShiftCaches ownCaches;
+        return shift(source, destination, std::move(parameters), processorCount, kernels, control,
+                     resources.caches != nullptr ? *resources.caches : ownCaches,
+                     resources.writeLimits);
     } catch (...) {
         return nullptr;
     }

@@ -2,6 +2,7 @@
 
 #include "engine/HueShiftParameters.h"
 #include "engine/RunControl.h"
+#include "engine/TableWriteLimits.h"
 #include "image/KVBitmap.h"
 
 namespace tintorra {
@@ -35,13 +36,22 @@ KVBitmapPtr hueShift(const KVBitmapPtr& source, const KVBitmapPtr& destination,
 // or the plain scalar steps everywhere (the two give the same pictures, bit for bit).
 enum class EngineKernels { best, plain };
 
+class ShiftCaches;
+
 namespace detail {
+// What an engine lends each of its runs.
+struct RunResources {
+    // Tables reused from run to run; without them a run makes its own.
+    ShiftCaches* caches = nullptr;
+    TableWriteLimits writeLimits;
+};
+
 // The engine object's entry: the same with a choice of kernels and a control that the workers
 // consult between pieces of work. A run stopped midway returns its half-written destination;
 // the engine object never hands that out.
 KVBitmapPtr hueShift(const KVBitmapPtr& source, const KVBitmapPtr& destination,
                      HueShiftParameters parameters, unsigned processorCount, EngineKernels kernels,
-                     RunControl* control);
+                     RunControl* control, const RunResources& resources = {});
 } // namespace detail
 
 } // namespace tintorra

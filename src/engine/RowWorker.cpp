@@ -28,8 +28,8 @@ public:
             readLinearFloats(x, y, s_, c);
             return c;
         }
-        using pixel_detail::loadWord;
-        const std::uint8_t* const pixel = pixel_detail::pixelAddress(x, y, s_);
+        using pixelDetail::loadWord;
+        const std::uint8_t* const pixel = pixelDetail::pixelAddress(x, y, s_);
         const std::uint16_t alpha = s_.hasAlpha ? loadWord(pixel + s_.alphaOffset) : 65535;
         // A premultiplied sample that is not opaque is divided before the power: no lookup.
         if (s_.premultiplied && alpha != 65535) {
@@ -61,14 +61,14 @@ public:
             writeLinearFloats(x, y, d_, c);
             return;
         }
-        using pixel_detail::storeWord;
-        std::uint8_t* const pixel = pixel_detail::pixelAddress(x, y, d_);
+        using pixelDetail::storeWord;
+        std::uint8_t* const pixel = pixelDetail::pixelAddress(x, y, d_);
         const SampleEncodeTable& encode = *table_;
         storeWord(pixel + d_.redOffset, static_cast<std::uint16_t>(encode(c.c0)));
         storeWord(pixel + d_.greenOffset, static_cast<std::uint16_t>(encode(c.c1)));
         storeWord(pixel + d_.blueOffset, static_cast<std::uint16_t>(encode(c.c2)));
         if (d_.hasAlpha) {
-            storeWord(pixel + d_.alphaOffset, pixel_detail::encodeWord(c.alpha));
+            storeWord(pixel + d_.alphaOffset, pixelDetail::encodeWord(c.alpha));
         }
     }
 

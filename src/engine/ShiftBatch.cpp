@@ -167,7 +167,7 @@ void paintSelectedLch(ShiftBatch& s, std::size_t count, const OutcomeContext& co
         const ColorComponents cartesian{c.c0, c.c1 * s.c[k], c.c1 * s.b[k], c.alpha};
         const ColorComponents xyz =
             mode == ColorSpaceModel::LChuv ? luvToXyz(cartesian) : labToXyz(cartesian);
-        s.rgb[k] = outcome_detail::unitColor(xyzToRgb(xyz, context.MI));
+        s.rgb[k] = outcomeDetail::unitColor(xyzToRgb(xyz, context.MI));
     }
 }
 
@@ -199,7 +199,7 @@ void paintSelectedCylinders(ShiftBatch& s, std::size_t count, const OutcomeConte
             return HclComponents{h.c0, h.c1, h.c2, h.alpha, h.c1};
         });
     for (std::size_t k = 0; k < count; ++k) {
-        s.rgb[k] = outcome_detail::cylinderToLinearRgb(s.cylinder[s.selected[k]], mode);
+        s.rgb[k] = outcomeDetail::cylinderToLinearRgb(s.cylinder[s.selected[k]], mode);
     }
 }
 

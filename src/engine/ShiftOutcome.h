@@ -31,7 +31,7 @@ struct OutcomeContext {
     PartialHighlight partialHighlight = PartialHighlight::halveLightness;
 };
 
-namespace outcome_detail {
+namespace outcomeDetail {
 
 // 0..1, with NaN (only reachable from nonsense parameters) written as 0 rather than left to an
 // undefined integer conversion.
@@ -64,7 +64,7 @@ inline ColorComponents cylinderToLinearRgb(const HclComponents& c, ColorSpaceMod
     }
 }
 
-} // namespace outcome_detail
+} // namespace outcomeDetail
 
 // Linear RGB into the record's LCh mode (0 over Luv, 1 over Lab).
 inline ColorComponents lchFromLinearRgb(const ColorComponents& rgb, ColorSpaceModel mode,
@@ -99,8 +99,7 @@ inline ShiftOutcome lchOutcome(const ColorComponents& lch, const OutcomeContext&
     const ColorComponents result =
         highlight ? lchHighlightColor(lch.c2, full, context.partialHighlight, context.gamut)
                   : shiftLchColor(lch, selection, p, context.gamut);
-    return {selection.weight,
-            outcome_detail::lchToLinearRgb(result, p.colorSpaceModel, context.MI)};
+    return {selection.weight, outcomeDetail::lchToLinearRgb(result, p.colorSpaceModel, context.MI)};
 }
 
 // An HCL, HSB or HSL colour through selection, shift or highlight, back to linear RGB.
@@ -131,7 +130,7 @@ inline ShiftOutcome cylinderOutcome(const HclComponents& colour, const OutcomeCo
             }
         }
     }
-    return {selection.weight, outcome_detail::cylinderToLinearRgb(result, p.colorSpaceModel)};
+    return {selection.weight, outcomeDetail::cylinderToLinearRgb(result, p.colorSpaceModel)};
 }
 
 } // namespace tintorra

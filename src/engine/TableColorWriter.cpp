@@ -215,7 +215,7 @@ void writeTableColors(const HueShiftRun& run, const HueShiftParameters& p,
     const std::uint64_t imageBytes = sampleBytes(d);
     const auto rowBytes = static_cast<std::uint64_t>(d.bytesPerRow);
     const std::uint64_t blockBytes =
-        std::max<std::uint64_t>(1, tableWriteLimits().blockBytes / rowBytes) * rowBytes;
+        std::max<std::uint64_t>(1, run.writeLimits.blockBytes / rowBytes) * rowBytes;
     const std::uint64_t blocks = (imageBytes + blockBytes - 1) / blockBytes;
     const Divider blockOf(blockBytes);
     const bool copyByBlock = !run.destinationHoldsSource && !d.isPlanar;
@@ -226,8 +226,8 @@ void writeTableColors(const HueShiftRun& run, const HueShiftParameters& p,
     // Waves of consecutive blocks keep the sorted writes within the budget when the pixels are
     // spread evenly; each colour's locations ascend, so a cursor per colour carries over.
     const std::uint64_t waves = std::max<std::uint64_t>(
-        1, std::min<std::uint64_t>(blocks, (totalPixels + tableWriteLimits().wavePixels - 1) /
-                                               tableWriteLimits().wavePixels));
+        1, std::min<std::uint64_t>(blocks, (totalPixels + run.writeLimits.wavePixels - 1) /
+                                               run.writeLimits.wavePixels));
     std::vector<std::uint32_t>& cursor = scratch.cursor;
     cursor.assign(colors.size(), 0);
     std::vector<std::vector<std::vector<Record>>>& buckets = scratch.buckets;
@@ -319,12 +319,6 @@ void writeTableColors(const HueShiftRun& run, const HueShiftParameters& p,
             }
         }
     }
-}
-
-TableWriteLimits& tableWriteLimits()
-{
-    static TableWriteLimits limits;
-    return limits;
 }
 
 } // namespace tintorra

@@ -33,7 +33,7 @@ bool isSurfaceRgb(const std::string& line, const std::string& prefix)
         std::sscanf(line.c_str() + at + prefix.size(), "%lf, %lf, %lf", &r, &g, &b) != 3) {
         return false;
     }
-    const testing_support::Rgb rgb{r, g, b};
+    const testSupport::Rgb rgb{r, g, b};
     return rgb.within(0.0, 1.0) && (rgb.smallest() < 0.01 || rgb.largest() > 0.99);
 }
 

@@ -22,9 +22,9 @@
 namespace tintorra {
 namespace {
 
-using testing_support::lchToLinearRgb;
-using testing_support::linearRgbToLch;
-using testing_support::Rgb;
+using testSupport::lchToLinearRgb;
+using testSupport::linearRgbToLch;
+using testSupport::Rgb;
 
 constexpr double kPi = std::numbers::pi;
 
@@ -200,18 +200,13 @@ void PrintTo(const AllocationCase& c, std::ostream* os)
     *os << "{failing=" << c.failing << "}";
 }
 
-class KVColorGamutAllocation : public ::testing::TestWithParam<AllocationCase> {
-protected:
-    void TearDown() override { KVColorGamut::failTableAllocationForTesting(-1); }
-};
+class KVColorGamutAllocation : public ::testing::TestWithParam<AllocationCase> {};
 
 TEST_P(KVColorGamutAllocation, LeavesBothTablesAbsentAndSaysWhy)
 {
-    KVColorGamut::failTableAllocationForTesting(GetParam().failing);
     test::captureDiagnostics();
-    const KVColorGamut gamut(sRGBChromaticities(), ColorSpaceModel::LChuv);
+    const KVColorGamut gamut(sRGBChromaticities(), ColorSpaceModel::LChuv, GetParam().failing);
     const std::string said = test::capturedDiagnostics();
-    KVColorGamut::failTableAllocationForTesting(-1);
 
     EXPECT_FALSE(gamut.hasTables());
     EXPECT_EQ(said, std::string(GetParam().diagnostics) +
@@ -229,11 +224,9 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(KVColorGamutAllocationRecovery, NextBuildSucceedsOnceAllocationWorksAgain)
 {
-    KVColorGamut::failTableAllocationForTesting(5);
     test::captureDiagnostics();
-    KVColorGamut gamut(sRGBChromaticities(), ColorSpaceModel::LChuv);
+    KVColorGamut gamut(sRGBChromaticities(), ColorSpaceModel::LChuv, 5);
     test::capturedDiagnostics();
-    KVColorGamut::failTableAllocationForTesting(-1);
     ASSERT_FALSE(gamut.hasTables());
     gamut.buildChromaLUTsExact();
     ASSERT_TRUE(gamut.hasTables());

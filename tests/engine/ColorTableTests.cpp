@@ -410,20 +410,20 @@ TEST(ColorTable, ReportsEachAllocationThatFails)
     };
     for (long successful = 0; successful < static_cast<long>(std::size(messages)); ++successful) {
         SCOPED_TRACE(successful);
-        failTableAllocationAfter(successful);
+        const UseTableMemory failing(
+            std::make_shared<TableMemory>(TableMemoryOptions{.failAllocationAfter = successful}));
         test::captureDiagnostics();
         const LChColorTable table = detail::buildColorTable(bitmap, 1.0, ColorSpaceModel::LChuv, 1);
         const std::string printed = test::capturedDiagnostics();
-        failTableAllocationAfter(-1);
         EXPECT_TRUE(table.empty());
         EXPECT_EQ(table.colors, nullptr);
         EXPECT_EQ(table.locations, nullptr);
         EXPECT_EQ(printed, messages[successful]);
     }
     // With every allocation granted the table is complete.
-    failTableAllocationAfter(static_cast<long>(std::size(messages)));
+    const UseTableMemory granting(std::make_shared<TableMemory>(
+        TableMemoryOptions{.failAllocationAfter = static_cast<long>(std::size(messages))}));
     const LChColorTable table = detail::buildColorTable(bitmap, 1.0, ColorSpaceModel::LChuv, 1);
-    failTableAllocationAfter(-1);
     EXPECT_FALSE(table.empty());
 }
 

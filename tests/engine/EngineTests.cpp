@@ -88,15 +88,16 @@ INSTANTIATE_TEST_SUITE_P(Depths, EngineRuns, testing::Values(8, 16),
 // Running out of memory is an error that says so, never an empty table or a missing gamut.
 TEST(Engine, AllocationFailuresAreErrorsWithTheirMessage)
 {
-    Engine engine({2});
+    Engine engine(
+        {.threads = 2, .tableMemory = {.failAllocationAfter = 0}, .failGamutAllocation = 0});
+    // Another engine's injected failures are its own.
+    Engine healthy({.threads = 2});
     test::captureDiagnostics();
-    failTableAllocationAfter(0);
     const auto table =
         engine.buildColorTable(gradientPicture(8), 1.0 / 2.2, ColorSpaceModel::LChuv);
-    failTableAllocationAfter(-1);
-    KVColorGamut::failTableAllocationForTesting(0);
     const auto gamut = engine.buildGamut(KVColorSpace::deviceRGB(), ColorSpaceModel::LChuv);
-    KVColorGamut::failTableAllocationForTesting(-1);
+    EXPECT_TRUE(healthy.buildColorTable(gradientPicture(8), 1.0 / 2.2, ColorSpaceModel::LChuv));
+    EXPECT_TRUE(healthy.buildGamut(KVColorSpace::deviceRGB(), ColorSpaceModel::LChuv));
     test::capturedDiagnostics();
 
     ASSERT_FALSE(table.ok());
@@ -107,6 +108,28 @@ TEST(Engine, AllocationFailuresAreErrorsWithTheirMessage)
     EXPECT_EQ(gamut.error().code, ErrorCode::outOfMemory);
     EXPECT_EQ(gamut.error().message, "There is not enough memory for the gamut tables; close "
                                      "other documents or programs and try again.");
+}
+
+// Each engine keeps the large blocks of its own tables, and a table that outlives its engine
+// still frees its memory.
+TEST(Engine, KeepsTableMemoryOfItsOwnAndNoLongerThanItLives)
+{
+    const KVBitmapPtr picture = test::makeRgbBitmap(1500, 1500, 8, false);
+    ColorTablePtr survivor;
+    Engine other({.threads = 1});
+    {
+        Engine engine({.threads = 1});
+        survivor = engine.buildColorTable(picture, 1.0, ColorSpaceModel::LChuv).take();
+        ASSERT_NE(survivor, nullptr);
+        // The grouping's temporaries came back to this engine and to no other.
+        EXPECT_GT(engine.retainedTableMemory(), 0u);
+        EXPECT_EQ(other.retainedTableMemory(), 0u);
+        engine.releaseRetainedTableMemory();
+        EXPECT_EQ(engine.retainedTableMemory(), 0u);
+    }
+    EXPECT_EQ(survivor->count, 1u);
+    survivor.reset();
+    EXPECT_EQ(other.retainedTableMemory(), 0u);
 }
 
 // Requests the engine cannot serve are refused before any work.

@@ -110,7 +110,8 @@ struct ShiftRun {
 };
 
 inline ShiftRun runShift(const KVBitmapPtr& source, HueShiftParameters p,
-                         const KVBitmapPtr& destination = nullptr, unsigned processors = 0)
+                         const KVBitmapPtr& destination = nullptr, unsigned processors = 0,
+                         const TableWriteLimits& writeLimits = {})
 {
     ShiftRun run;
     if (source->bitsPerSample() == 8) {
@@ -118,7 +119,8 @@ inline ShiftRun runShift(const KVBitmapPtr& source, HueShiftParameters p,
         p.colorTable = ColorTableRef::of(run.table);
     }
     test::captureDiagnostics();
-    run.result = hueShift(source, destination, std::move(p), processors);
+    run.result = tintorra::detail::hueShift(source, destination, std::move(p), processors,
+                                            EngineKernels::best, nullptr, {nullptr, writeLimits});
     test::capturedDiagnostics();
     return run;
 }

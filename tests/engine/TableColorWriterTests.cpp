@@ -14,20 +14,6 @@
 namespace tintorra {
 namespace {
 
-// Small blocks and waves for the duration of a test.
-class SmallTableWrites {
-public:
-    SmallTableWrites(std::uint64_t blockBytes, std::uint64_t wavePixels)
-        : saved_(tableWriteLimits())
-    {
-        tableWriteLimits() = {blockBytes, wavePixels};
-    }
-    ~SmallTableWrites() { tableWriteLimits() = saved_; }
-
-private:
-    TableWriteLimits saved_;
-};
-
 KVBitmapPtr rainbow(bool premultiplied)
 {
     const KVBitmapPtr bitmap = test::makeRgbBitmap(37, 23, 8, true, premultiplied);
@@ -75,18 +61,18 @@ TEST(TableColorWriter, BlocksAndWavesDoNotChangeThePicture)
                                               {300, 7},
                                               {10000, 1},
                                               {150, 100000}}) {
-                const SmallTableWrites limits(block, wave);
+                const TableWriteLimits limits{block, wave};
                 for (const unsigned processors : {1u, 3u}) {
                     const KVBitmapPtr given = source->copy();
                     std::memset(given->bitmapData(), 0x5A, given->sampleBytes());
                     const KVBitmapPtr result =
-                        test::runShift(source, shiftOf(mask), given, processors).result;
+                        test::runShift(source, shiftOf(mask), given, processors, limits).result;
                     ASSERT_EQ(result, given);
                     EXPECT_TRUE(test::sameSamples(result, reference))
                         << premultiplied << " " << maskViewNumber(mask) << " " << block << " "
                         << wave;
                     EXPECT_TRUE(test::sameSamples(
-                        test::runShift(source, shiftOf(mask), nullptr, processors).result,
+                        test::runShift(source, shiftOf(mask), nullptr, processors, limits).result,
                         reference));
                 }
             }
@@ -115,11 +101,11 @@ TEST(TableColorWriter, WritesTablesWhoseLocationsDoNotAscend)
     p.colorTable.locations = reversed.data();
     for (const auto& [block, wave] :
          {std::pair<std::uint64_t, std::uint64_t>{1, 40}, {1u << 18, 8u << 20}}) {
-        const SmallTableWrites limits(block, wave);
         const KVBitmapPtr given = source->copy();
         std::memset(given->bitmapData(), 0, given->sampleBytes());
         test::captureDiagnostics();
-        const KVBitmapPtr result = hueShift(source, given, p, 2);
+        const KVBitmapPtr result = detail::hueShift(source, given, p, 2, EngineKernels::best,
+                                                    nullptr, {nullptr, {block, wave}});
         test::capturedDiagnostics();
         EXPECT_TRUE(test::sameSamples(result, reference)) << block;
     }
