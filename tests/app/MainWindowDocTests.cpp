@@ -1,9 +1,12 @@
 #include "DocumentTestSupport.h"
 #include "app/DocumentReading.h"
 #include "app/MainWindowDoc.h"
+#include "app/SaveDialog.h"
 #include "imageio/ImageFile.h"
+#include "ui/KVSettings.h"
 
 #include <QColorSpace>
+#include <QFileDialog>
 #include <QMessageBox>
 #include <QMimeData>
 #include <QPushButton>
@@ -417,6 +420,35 @@ private slots:
         QVERIFY(test::samePixels(fixture.document.imageReps()[0], original, 0));
         QCOMPARE(fixture.document.undoStack()->count(), 0);
         QVERIFY(!fixture.document.isModified());
+    }
+
+    // The save dialog offers the document and the four formats, starts on the document's type,
+    // keeps the name's extension in step with the chosen format and remembers a plain format's
+    // tag for copying and dragging out.
+    void saveDialogRemembersTheFormat()
+    {
+        const std::unique_ptr<QFileDialog> dialog =
+            makeSaveDialog(nullptr, QStringLiteral("photo (hue-shifted).tiff"), kOwnType);
+        QCOMPARE(dialog->nameFilters().size(), 5);
+        QCOMPARE(dialog->selectedNameFilter(), saveFormats().front().filter);
+        const SaveFormat png = *saveFormatForType(QStringLiteral("public.png"));
+        dialog->selectNameFilter(png.filter);
+        emit dialog->filterSelected(png.filter);
+        QCOMPARE(dialog->defaultSuffix(), QStringLiteral("png"));
+        QVERIFY(
+            dialog->selectedFiles().front().endsWith(QStringLiteral("photo (hue-shifted).png")));
+
+        KVSettings::standard().remove(kSaveAsFileTypeTagKey);
+        const SaveFormat jpeg = *saveFormatForType(QStringLiteral("public.jpeg"));
+        const SaveTarget target = saveTargetForAcceptedDialog(
+            folder_.filePath(QStringLiteral("x.jpeg")), jpeg.filter, 0.7);
+        QCOMPARE(target.type, QStringLiteral("public.jpeg"));
+        QCOMPARE(target.options.quality, 0.7);
+        QCOMPARE(KVSettings::standard().intValue(kSaveAsFileTypeTagKey), 2);
+        saveTargetForAcceptedDialog(folder_.filePath(QStringLiteral("x.tiff")),
+                                    saveFormats().front().filter, 0.9);
+        QCOMPARE(KVSettings::standard().intValue(kSaveAsFileTypeTagKey), 2);
+        QCOMPARE(initialSaveFolder(), folder_.path());
     }
 
     // Nothing to save without a source image; a type without an encoder is refused.
