@@ -1,23 +1,19 @@
 #pragma once
 
-#include "controls/KVHueShiftParameterSet.h"
-#include "editor/LiveShifter.h"
 #include "engine/Engine.h"
-#include "ui/KVLChSpectrumView.h"
 
-#include <QLabel>
 #include <QMainWindow>
-#include <thread>
+#include <cstdint>
+
+class QLabel;
+class QUndoStack;
 
 namespace tintorra {
 
-class KVCircularSlider;
-class KVTenSegmentSlider;
+class TintorraVC;
 
-// The editor's controls on their own, bound to a live parameter set: the selection's hue,
-// saturation and brightness ranges, the target hue, the brightness curve and the spectrogram of
-// an image, with the image shifted live beside them. It stands in for the document window until
-// that window exists.
+// The editing panel beside the image it shifts, with the spectrogram under the image. It stands
+// in for the document window until that window exists.
 class ControlsWindow : public QMainWindow {
     Q_OBJECT
 
@@ -25,35 +21,25 @@ public:
     ControlsWindow(Engine& engine, KVBitmapPtr image, QWidget* parent = nullptr);
     ~ControlsWindow() override;
 
-private:
-    void buildControls();
-    // Builds the gamut, colour table and spectrum of the image on a thread of its own and hands
-    // them to the main thread when done.
-    void describeImageInBackground();
-    void showImageDescription(KVColorGamutPtr gamut, ColorTablePtr table, LChSpectrumPtr spectrum);
-    void parametersChanged();
-    // Asks for the image shifted with the current parameters; the newest answer is shown.
-    void requestShift();
-    void showShifted(std::uint64_t request, const QImage& preview);
+    TintorraVC* editor() const { return editor_; }
+    QUndoStack* undoStack() const { return undoStack_; }
 
-    Engine& engine_;
-    KVBitmapPtr image_;
-    KVHueShiftParameterSet parameters_;
-    KVCircularSlider* sourceHue_ = nullptr;
-    KVCircularSlider* targetHue_ = nullptr;
-    KVCircularSlider* sourceSaturation_ = nullptr;
-    KVCircularSlider* sourceBrightness_ = nullptr;
-    KVTenSegmentSlider* brightnessCurve_ = nullptr;
-    KVLChSpectrumView* spectrum_ = nullptr;
-    QLabel* summary_ = nullptr;
+protected:
+    // The picture answers the pointer as the document window's image view will: the readout
+    // follows it, and a click with a tool on uses the tool.
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+private:
+    // The source pixel under a point of the picture, or (-1, -1).
+    QPoint pixelAt(QPointF point) const;
+    // Scales the picture off the main thread; the newest one asked for is shown.
+    void showPicture(const KVBitmapPtr& bitmap);
+
+    QUndoStack* undoStack_ = nullptr;
+    TintorraVC* editor_ = nullptr;
     QLabel* preview_ = nullptr;
-    KVColorGamutPtr gamut_;
-    ColorTablePtr table_;
-    LChSpectrumPtr spectrumData_;
-    std::uint64_t shownRequest_ = 0;
-    // Declared last: its thread delivers into the members above until it is gone.
-    LiveShifter shifter_;
-    std::jthread describing_;
+    std::uint64_t picturesAsked_ = 0;
+    std::uint64_t pictureShown_ = 0;
 };
 
 } // namespace tintorra

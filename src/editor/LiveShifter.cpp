@@ -25,6 +25,15 @@ std::uint64_t LiveShifter::submit(ShiftRequest request)
         number = ++lastNumber_;
         waiting_ = std::move(request);
         waitingNumber_ = number;
+        if (abandonsStaleRuns_ && busy_ && expectedRunSeconds_ > 0.0) {
+            const auto now = std::chrono::steady_clock::now();
+            const std::chrono::duration<double> running = now - runStarted_;
+            const std::chrono::duration<double> sinceDelivery = now - lastDelivery_;
+            if (running.count() < 0.5 * expectedRunSeconds_ &&
+                sinceDelivery.count() < expectedRunSeconds_) {
+                running_.request_stop();
+            }
+        }
     }
     changed_.notify_all();
     return number;
@@ -36,6 +45,19 @@ void LiveShifter::withdrawAll()
     waiting_.reset();
     running_.request_stop();
     changed_.wait(lock, [&] { return !busy_; });
+}
+
+void LiveShifter::abandonAll()
+{
+    const std::lock_guard lock(mutex_);
+    waiting_.reset();
+    running_.request_stop();
+}
+
+void LiveShifter::setAbandonsStaleRuns(bool abandons)
+{
+    const std::lock_guard lock(mutex_);
+    abandonsStaleRuns_ = abandons;
 }
 
 void LiveShifter::serve(std::stop_token stop)
@@ -52,15 +74,27 @@ void LiveShifter::serve(std::stop_token stop)
         running_ = std::stop_source();
         const std::stop_token runStop = running_.get_token();
         busy_ = true;
+        runStarted_ = std::chrono::steady_clock::now();
         lock.unlock();
 
         Result<KVBitmapPtr> result = engine_.shift(request, runStop);
+        const std::chrono::duration<double> took = std::chrono::steady_clock::now() - runStarted_;
         // A stopped run's picture is half done; nobody may see it.
-        if (!runStop.stop_requested()) {
+        const bool finished = !runStop.stop_requested();
+        if (finished) {
             deliver_(number, std::move(result));
         }
 
         lock.lock();
+        if (finished) {
+            lastDelivery_ = std::chrono::steady_clock::now();
+            // Weighted towards the latest runs: the selection, and with it the work, changes.
+            constexpr double kLatestWeight = 0.5;
+            expectedRunSeconds_ =
+                expectedRunSeconds_ == 0.0
+                    ? took.count()
+                    : kLatestWeight * took.count() + (1.0 - kLatestWeight) * expectedRunSeconds_;
+        }
         busy_ = false;
         changed_.notify_all();
     }

@@ -3,6 +3,7 @@
 #include "common/Error.h"
 #include "engine/Engine.h"
 
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
@@ -36,6 +37,16 @@ public:
     // Drops what waits and stops what runs (for a picture that is being replaced); returns
     // once nothing of theirs will be delivered.
     void withdrawAll();
+    // The same without waiting: what waits is dropped and what runs is asked to stop. A result
+    // that was already on its way may still be delivered; its number tells it apart.
+    void abandonAll();
+
+    // When on, a request that arrives while the running shift is in the first half of its
+    // expected time (the average of the last finished shifts) stops that shift: its picture
+    // would be stale, and starting afresh shows the newest one soonest. A shift past halfway is
+    // left to finish, and so is any shift while no picture has been delivered for as long as a
+    // shift takes, so that a stream of changes still shows pictures as it goes.
+    void setAbandonsStaleRuns(bool abandons);
 
 private:
     void serve(std::stop_token stop);
@@ -50,6 +61,11 @@ private:
     // The running shift's own stop, so that withdrawing stops it without ending the thread.
     std::stop_source running_;
     bool busy_ = false;
+    bool abandonsStaleRuns_ = false;
+    std::chrono::steady_clock::time_point runStarted_;
+    std::chrono::steady_clock::time_point lastDelivery_;
+    // Seconds; 0 until a shift has finished.
+    double expectedRunSeconds_ = 0.0;
     std::jthread thread_;
 };
 

@@ -7,8 +7,9 @@
 namespace tintorra {
 
 // The bytes of a bitmap's samples. A new buffer reads as zeros without being written: large
-// blocks come straight from the system as zero pages, so decoding a photograph into one touches
-// each page once instead of clearing it first and writing it again.
+// blocks come straight from the system as zero pages (huge ones where the kernel allows), so
+// decoding a photograph into one touches each page once instead of clearing it first and
+// writing it again.
 class SampleBuffer {
 public:
     SampleBuffer() = default;
@@ -27,7 +28,8 @@ public:
 
 private:
     struct Free {
-        void operator()(std::uint8_t* bytes) const;
+        std::size_t bytes = 0;
+        void operator()(std::uint8_t* memory) const;
     };
     std::unique_ptr<std::uint8_t[], Free> bytes_;
     std::size_t size_ = 0;

@@ -1,9 +1,11 @@
 #include "app/ControlsWindow.h"
 #include "ui/KVCircularSlider.h"
 #include "ui/KVLChSpectrumView.h"
+#include "ui/TintorraVC.h"
 
 #include <QLabel>
 #include <QTest>
+#include <QUndoStack>
 #include <algorithm>
 
 using namespace tintorra;
@@ -49,38 +51,34 @@ private slots:
     }
 
     // Moving the target shows the image shifted: the red half turns towards cyan, the blue half
-    // stays as it was.
+    // stays as it was; undo brings back the first picture.
     void previewShowsTheShiftedImage()
     {
         Engine engine({2});
         ControlsWindow window(engine, twoColourImage());
-        auto* source = window.findChild<KVCircularSlider*>(QStringLiteral("sourceHue"));
-        auto* target = window.findChild<KVCircularSlider*>(QStringLiteral("targetHue"));
+        auto* source = window.findChild<KVCircularSlider*>(QStringLiteral("hueSlider"));
+        auto* target = window.findChild<KVCircularSlider*>(QStringLiteral("targetHueSlider"));
         auto* preview = window.findChild<QLabel*>(QStringLiteral("preview"));
         QVERIFY(source != nullptr && target != nullptr && preview != nullptr);
-        const auto pixel = [&](int x) { return preview->pixmap().toImage().pixelColor(x, 0); };
-        QCOMPARE(pixel(0), QColor(220, 40, 30));
+        const auto pixel = [&](bool left) {
+            const QImage picture = preview->pixmap().toImage();
+            return picture.pixelColor(left ? 0 : picture.width() - 1, picture.height() / 2);
+        };
+        // The first shifted picture, with the parameters the panel starts with.
+        TintorraVC* editor = window.editor();
+        QTRY_VERIFY(editor->shownShift() > 0 &&
+                    editor->shownShift() == editor->lastRequestedShift());
+        const std::uint8_t* first = editor->destinationRep()->bitmapData();
+        const QColor initial(first[0], first[1], first[2]);
+        QTRY_COMPARE(pixel(true), initial);
         source->setMiddleValue(0.03);
         target->setMiddleValue(0.5);
-        QTRY_VERIFY(pixel(0).green() > pixel(0).red() && pixel(0).blue() > pixel(0).red());
-        QCOMPARE(pixel(31), QColor(30, 40, 220));
-    }
-
-    // What the rings say reaches the parameter set the window shows.
-    void ringsDriveTheParameterSet()
-    {
-        Engine engine({1});
-        ControlsWindow window(engine, twoColourImage());
-        auto* source = window.findChild<KVCircularSlider*>(QStringLiteral("sourceHue"));
-        auto* target = window.findChild<KVCircularSlider*>(QStringLiteral("targetHue"));
-        auto* summary = window.findChild<QLabel*>(QStringLiteral("summary"));
-        QVERIFY(source != nullptr && target != nullptr && summary != nullptr);
-        source->setMiddleValue(0.25);
-        target->setMiddleValue(0.5);
-        QVERIFY2(summary->text().contains(QStringLiteral("hue 90.0° (80.0° to 100.0°")),
-                 qPrintable(summary->text()));
-        QVERIFY2(summary->text().contains(QStringLiteral("Target hue: 180.0°")),
-                 qPrintable(summary->text()));
+        QTRY_VERIFY(pixel(true).green() > pixel(true).red() &&
+                    pixel(true).blue() > pixel(true).red());
+        QCOMPARE(pixel(false), QColor(30, 40, 220));
+        window.undoStack()->undo();
+        window.undoStack()->undo();
+        QTRY_COMPARE(pixel(true), initial);
     }
 };
 

@@ -1,0 +1,56 @@
+#include "common/LargeMemory.h"
+
+#include <cstdint>
+#include <sys/mman.h>
+
+namespace tintorra {
+
+namespace {
+
+constexpr std::size_t kHugePage = std::size_t{2} << 20;
+
+constexpr std::size_t roundUp(std::size_t bytes, std::size_t step)
+{
+    return (bytes + step - 1) / step * step;
+}
+
+} // namespace
+
+void* allocateLargeMemory(std::size_t bytes)
+{
+    if (bytes == 0 || bytes > SIZE_MAX - 2 * kHugePage) {
+        return nullptr;
+    }
+    const std::size_t size = roundUp(bytes, kHugePage);
+    // mmap aligns to 4 KB only: map one huge page more and give back the ragged ends.
+    const std::size_t mapped = size + kHugePage;
+    void* region =
+        mmap(nullptr, mapped, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (region == MAP_FAILED) {
+        return nullptr;
+    }
+    const auto start = reinterpret_cast<std::uintptr_t>(region);
+    const std::uintptr_t aligned = roundUp(start, kHugePage);
+    if (aligned > start) {
+        munmap(region, aligned - start);
+    }
+    const std::uintptr_t end = start + mapped;
+    if (end > aligned + size) {
+        munmap(reinterpret_cast<void*>(aligned + size), end - (aligned + size));
+    }
+    void* memory = reinterpret_cast<void*>(aligned);
+#ifdef MADV_HUGEPAGE
+    // Only advice: where the kernel keeps huge pages off, the block works with small ones.
+    madvise(memory, size, MADV_HUGEPAGE);
+#endif
+    return memory;
+}
+
+void freeLargeMemory(void* memory, std::size_t bytes)
+{
+    if (memory != nullptr) {
+        munmap(memory, roundUp(bytes, kHugePage));
+    }
+}
+
+} // namespace tintorra
