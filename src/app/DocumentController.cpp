@@ -28,7 +28,9 @@ QString canonical(const QString& path)
 
 DocumentController::DocumentController(WindowFactory makeWindow, QObject* parent)
     : QObject(parent), makeWindow_(std::move(makeWindow))
-{}
+{
+    qRegisterMetaType<MainWindowDoc*>();
+}
 
 DocumentController::~DocumentController()
 {

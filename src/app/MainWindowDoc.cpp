@@ -169,6 +169,12 @@ bool MainWindowDoc::isTintorraTIFF() const
     return tintorra::isTintorraTIFF(fileType_.toStdString(), artistTag_);
 }
 
+bool MainWindowDoc::hasOwnDocumentFile() const
+{
+    return (artistTag_ && !artistTag_->empty()) ||
+           (!fileName_.isEmpty() && fileType_ == qstring(TintorraTIFFType));
+}
+
 void MainWindowDoc::synchronizeFileURLAndFileType()
 {
     // A plain image file leaves the document untitled, so that the first save asks for a name

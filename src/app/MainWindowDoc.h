@@ -3,6 +3,7 @@
 #include "app/BackgroundJobs.h"
 #include "app/DocumentAlerts.h"
 #include "app/DocumentReading.h"
+#include "app/KVFileDropView.h"
 #include "imageio/DocumentFile.h"
 
 #include <QObject>
@@ -18,7 +19,6 @@ class QMimeData;
 namespace tintorra {
 
 class DocumentWindow;
-class KVFileDropView;
 
 // The actions of a document window whose state the document decides.
 enum class DocumentAction { save, saveAs, revert, copy, paste };
@@ -29,7 +29,7 @@ enum class DocumentAction { save, saveAs, revert, copy, paste };
 // the program's own document, takes images dropped or pasted onto it, and names an unsaved
 // result after its source file. It is modified while its undo stack is away from the clean
 // state, or when a shift of a plain image file has not been saved yet.
-class MainWindowDoc : public QObject {
+class MainWindowDoc : public QObject, public KVFileDropDelegate {
     Q_OBJECT
 
 public:
@@ -63,6 +63,10 @@ public:
     void propagateImageReps();
 
     bool isTintorraTIFF() const;
+    // True when the document is a file of the program's own kind: read from one (it had
+    // parameters) or saved as one. Every document has the program's type, so the type alone
+    // cannot tell a reopened document from a plain image file turned untitled.
+    bool hasOwnDocumentFile() const;
     // The parameter string read from the program's own file.
     const std::optional<std::string>& artistTag() const { return artistTag_; }
     // The document's own file (empty while untitled) and its type.
@@ -107,8 +111,8 @@ public:
     bool shouldCloseWindow();
 
     // The drop view's questions (a view of the window, or no view for a paste).
-    bool dropViewCanTakeData(KVFileDropView* view, const QMimeData* data);
-    void dropViewTakeData(KVFileDropView* view, const QMimeData* data);
+    bool dropViewCanTakeData(KVFileDropView* view, const QMimeData* data) override;
+    void dropViewTakeData(KVFileDropView* view, const QMimeData* data) override;
 
 signals:
     void displayNameChanged();
