@@ -22,6 +22,7 @@
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QMenuBar>
+#include <QScreen>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QSplitter>
@@ -117,7 +118,7 @@ MainWindowWC::MainWindowWC(Engine& engine, MainWindowDoc& document, DocumentCont
     connect(&controller_, &DocumentController::recentDocumentsChanged, this,
             &MainWindowWC::buildRecentMenu);
 
-    resize(1200, 820);
+    placeOnScreen();
     synchronizeWindowTitleWithDocumentName();
     updateActions();
 }
@@ -127,6 +128,25 @@ MainWindowWC::~MainWindowWC()
     // The key monitor and the pop-ups go first: they point into the views.
     keyMonitor_->setActive(false);
     document_.setWindowController(nullptr);
+}
+
+void MainWindowWC::placeOnScreen()
+{
+    // Large enough for a photograph and the panel, never larger than the screen; a new window
+    // steps down and right from the active one so that both stay visible.
+    const QWidget* active = QApplication::activeWindow();
+    const QScreen* screen = active ? active->screen() : QGuiApplication::primaryScreen();
+    const QRect available = screen ? screen->availableGeometry() : QRect(0, 0, 1280, 800);
+    const QSize size(std::min(1200, available.width() * 9 / 10),
+                     std::min(820, available.height() * 9 / 10));
+    resize(size);
+    QPoint origin = available.topLeft() + QPoint((available.width() - size.width()) / 2,
+                                                 (available.height() - size.height()) / 2);
+    if (active && active != this)
+        origin = active->pos() + QPoint(28, 28);
+    if (!available.contains(QRect(origin, size)))
+        origin = available.topLeft();
+    move(origin);
 }
 
 void MainWindowWC::buildViews()

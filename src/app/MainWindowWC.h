@@ -106,6 +106,7 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
+    void placeOnScreen();
     void buildViews();
     QWidget* buildSourcePane();
     QWidget* buildOutputPane();
