@@ -1,5 +1,6 @@
 // tintorra: Tintorra's desktop program.
 #include "app/ControlsWindow.h"
+#include "app/WidgetMap.h"
 #include "engine/Engine.h"
 #include "imageio/ImageFile.h"
 
@@ -31,6 +32,8 @@ int main(int argc, char* argv[])
     QApplication::setOrganizationName(QStringLiteral("velmora"));
     QApplication::setApplicationName(QStringLiteral("Tintorra"));
     QApplication::setApplicationDisplayName(QStringLiteral("Tintorra"));
+    QGuiApplication::setDesktopFileName(QStringLiteral("com.velmora.Tintorra"));
+    tintorra::WidgetMap::installFromEnvironment();
 
     const QStringList arguments = QApplication::arguments();
     auto image = arguments.size() > 1 ? tintorra::readImageFile(arguments.at(1).toStdString())
