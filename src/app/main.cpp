@@ -1,8 +1,11 @@
 // tintorra: Tintorra's desktop program.
 #include "app/ControlsWindow.h"
+#include "app/DesktopRecentFiles.h"
+#include "app/KVWelcomeAssistant.h"
 #include "app/WidgetMap.h"
 #include "engine/Engine.h"
 #include "imageio/ImageFile.h"
+#include "ui/KVSettings.h"
 
 #include <QApplication>
 #include <QFile>
@@ -45,8 +48,16 @@ int main(int argc, char* argv[])
         return 1;
     }
 
+    if (arguments.size() > 1) {
+        tintorra::DesktopRecentFiles().addFile(arguments.at(1));
+    }
+
     tintorra::Engine engine;
     tintorra::ControlsWindow window(engine, image.take());
     window.show();
+    tintorra::KVWelcomeAssistant::registerDefaults();
+    if (tintorra::KVSettings::standard().boolValue(tintorra::kShowWelcomeWindowKey)) {
+        tintorra::KVWelcomeAssistant::sharedAssistant(QStringLiteral("Welcome to Tintorra"));
+    }
     return QApplication::exec();
 }
