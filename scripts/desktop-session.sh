@@ -39,7 +39,7 @@ start_program() {
     shift
     export XDG_CONFIG_HOME=$work/config XDG_DATA_HOME=$work/data
     mkdir -p "$XDG_CONFIG_HOME/velmora" "$XDG_DATA_HOME"
-    printf '[General]\nshowWelcomeWindow=false\n' > "$XDG_CONFIG_HOME/velmora/Tintorra.conf"
+    printf '[General]\nshowWelcomeWindow=false\n' > "$XDG_CONFIG_HOME/velmora/Tintorra.ini"
     TINTORRA_WIDGET_MAP=$work/widgets "$program" "$@" > "$work/program.log" 2>&1 &
     app_pid=$!
     timeout 20 xdotool search --sync --onlyvisible --pid "$app_pid" > "$work/windows" ||
