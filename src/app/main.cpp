@@ -1,14 +1,16 @@
 // tintorra: Tintorra's desktop program.
+#include "app/DesktopRecentFiles.h"
 #include "app/DocumentController.h"
+#include "app/KVWelcomeAssistant.h"
 #include "app/MainWindowDoc.h"
 #include "app/MainWindowWC.h"
-#include "common/Diagnostics.h"
+#include "app/WidgetMap.h"
 #include "engine/Engine.h"
+#include "ui/KVSettings.h"
 #include "ui/TintorraVC.h"
 
 #include <QApplication>
 #include <QFile>
-#include <cstdio>
 
 namespace {
 
@@ -27,10 +29,11 @@ int main(int argc, char* argv[])
     QApplication::setOrganizationName(QStringLiteral("velmora"));
     QApplication::setApplicationName(QStringLiteral("Tintorra"));
     QApplication::setApplicationDisplayName(QStringLiteral("Tintorra"));
-    tintorra::setDiagnosticsSink(
-        [](std::string_view text) { std::fprintf(stderr, "%.*s", int(text.size()), text.data()); });
+    QGuiApplication::setDesktopFileName(QStringLiteral("com.velmora.Tintorra"));
+    tintorra::WidgetMap::installFromEnvironment();
     tintorra::TintorraVC::registerDefaults();
     tintorra::MainWindowWC::registerDefaults();
+    tintorra::KVWelcomeAssistant::registerDefaults();
 
     tintorra::Engine engine;
     tintorra::DocumentController* controller = nullptr;
@@ -41,15 +44,22 @@ int main(int argc, char* argv[])
 
     // A program without a window would have nothing to quit it.
     QObject::connect(&documents, &tintorra::DocumentController::openFailed, [&documents] {
-        if (documents.documents().isEmpty() && !documents.isOpening())
+        if (documents.documents().isEmpty() && !documents.isOpening()) {
             documents.newDocument();
+        }
     });
     const QStringList files = QApplication::arguments().mid(1);
     if (files.isEmpty()) {
-        if (!documents.openImageData(sampleImageBytes()))
+        if (!documents.openImageData(sampleImageBytes())) {
             documents.newDocument();
+        }
     }
-    for (const QString& file : files)
+    for (const QString& file : files) {
         documents.openDocument(file);
+        tintorra::DesktopRecentFiles().addFile(file);
+    }
+    if (tintorra::KVSettings::standard().boolValue(tintorra::kShowWelcomeWindowKey)) {
+        tintorra::KVWelcomeAssistant::sharedAssistant(QStringLiteral("Welcome to Tintorra"));
+    }
     return QApplication::exec();
 }
