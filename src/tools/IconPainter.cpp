@@ -168,7 +168,7 @@ void writeWedgePath(std::ostream& out, double from, double to, double inner, dou
 std::string tintorraIconSvg()
 {
     const KVColorSpace space = sRGBColorSpace();
-    const KVColorGamut gamut(&space, kColorModeLChuv);
+    const KVColorGamut gamut(&space, ColorSpaceModel::LChuv);
     Palette palette{gamut, {}, smoothedPeakLightness(gamut)};
     gamut.copy_XYZ_to_RGB_matrix(palette.MI);
 

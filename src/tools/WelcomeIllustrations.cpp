@@ -63,7 +63,7 @@ struct WelcomeIllustrations::State {
     KVBitmapPtr mask;
     QString parameterString;
 
-    KVBitmapPtr run(std::int64_t maskToShow, QString* encoded = nullptr)
+    KVBitmapPtr run(MaskView maskToShow, QString* encoded = nullptr)
     {
         KVHueShiftParameterSet set = parameters;
         set.setMaskToShow(maskToShow);
@@ -90,7 +90,7 @@ WelcomeIllustrations::WelcomeIllustrations() : state_(std::make_unique<State>())
     if (!s.source) {
         fail("no memory for the sample image");
     }
-    const auto model = static_cast<long>(s.parameters.colorSpaceModel());
+    const ColorSpaceModel model = s.parameters.colorSpaceModel();
     auto gamut = s.engine.buildGamut(s.source->colorSpace(), model);
     auto table = s.engine.buildColorTable(s.source, 1.0 / s.parameters.displayGamma(), model);
     if (!gamut || !table) {
@@ -99,8 +99,8 @@ WelcomeIllustrations::WelcomeIllustrations() : state_(std::make_unique<State>())
     s.gamut = gamut.take();
     s.table = table.take();
     s.spectrum = std::make_shared<const LChSpectrum>(createLChSpectrumFromLChColorTable(*s.table));
-    s.shifted = s.run(0, &s.parameterString);
-    s.mask = s.run(2);
+    s.shifted = s.run(MaskView::shiftedImage, &s.parameterString);
+    s.mask = s.run(MaskView::blackMask);
 }
 
 WelcomeIllustrations::~WelcomeIllustrations() = default;
