@@ -61,7 +61,7 @@ echo "e2e: starting $tintorra on $photo"
 start_program "$tintorra" "$photo"
 
 # The target hue ring, by the name the program gives it, dragged a third of the way round.
-target_widget=${TINTORRA_E2E_TARGET_WIDGET:-targetHue}
+target_widget=${TINTORRA_E2E_TARGET_WIDGET:-targetHueSlider}
 rect=$(widget_rect "$target_widget") || exit 1
 read -r x y w h <<<"$rect"
 echo "e2e: dragging the target hue ring at $x,$y (${w}x$h) from 0 to 120 degrees"

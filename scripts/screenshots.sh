@@ -42,7 +42,7 @@ fi
 wait_for 20 test -s "$work/widgets" || fail "the program never listed its widgets"
 rm -f "$work/widgets"
 xdotool windowmove --sync "$window" 0 0 windowsize --sync "$window" 1366 768 2>/dev/null || true
-rect=$(widget_rect "${TINTORRA_E2E_TARGET_WIDGET:-targetHue}") || exit 1
+rect=$(widget_rect "${TINTORRA_E2E_TARGET_WIDGET:-targetHueSlider}") || exit 1
 read -r x y w h <<<"$rect"
 drag_ring "$x" "$y" "$w" "$h" 0 150
 # The shifted image arrives from the engine's threads.

@@ -294,6 +294,7 @@ void MainWindowWC::buildMenus()
     };
 
     QMenu* file = menuBar()->addMenu(tr("&File"));
+    file->setObjectName(QStringLiteral("fileMenu"));
     add(file, QStringLiteral("new"), tr("&New"), QKeySequence::New,
         [this] { controller_.newDocument(); });
     add(file, QStringLiteral("open"), tr("&Open\u2026"), QKeySequence::Open,

@@ -1,27 +1,14 @@
 // tintorra: Tintorra's desktop program.
-#include "app/DesktopRecentFiles.h"
+#include "app/AppDelegate.h"
 #include "app/DocumentController.h"
 #include "app/KVWelcomeAssistant.h"
 #include "app/MainWindowDoc.h"
 #include "app/MainWindowWC.h"
 #include "app/WidgetMap.h"
 #include "engine/Engine.h"
-#include "ui/KVSettings.h"
 #include "ui/TintorraVC.h"
 
 #include <QApplication>
-#include <QFile>
-
-namespace {
-
-// The picture shown when no file is named: the application icon at full size.
-QByteArray sampleImageBytes()
-{
-    QFile file(QStringLiteral(":/sample/tintorra-1024.png"));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-} // namespace
 
 int main(int argc, char* argv[])
 {
@@ -31,16 +18,22 @@ int main(int argc, char* argv[])
     QApplication::setApplicationDisplayName(QStringLiteral("Tintorra"));
     QGuiApplication::setDesktopFileName(QStringLiteral("com.velmora.Tintorra"));
     tintorra::WidgetMap::installFromEnvironment();
+    tintorra::AppDelegate::registerDefaults();
     tintorra::TintorraVC::registerDefaults();
     tintorra::MainWindowWC::registerDefaults();
     tintorra::KVWelcomeAssistant::registerDefaults();
 
     tintorra::Engine engine;
     tintorra::DocumentController* controller = nullptr;
+    tintorra::AppDelegate* delegate = nullptr;
     tintorra::DocumentController documents([&](tintorra::MainWindowDoc& document) {
-        return new tintorra::MainWindowWC(engine, document, *controller);
+        auto* window = new tintorra::MainWindowWC(engine, document, *controller);
+        delegate->addApplicationMenus(*window);
+        return window;
     });
     controller = &documents;
+    tintorra::AppDelegate appDelegate(documents);
+    delegate = &appDelegate;
 
     // A program without a window would have nothing to quit it.
     QObject::connect(&documents, &tintorra::DocumentController::openFailed, [&documents] {
@@ -48,18 +41,6 @@ int main(int argc, char* argv[])
             documents.newDocument();
         }
     });
-    const QStringList files = QApplication::arguments().mid(1);
-    if (files.isEmpty()) {
-        if (!documents.openImageData(sampleImageBytes())) {
-            documents.newDocument();
-        }
-    }
-    for (const QString& file : files) {
-        documents.openDocument(file);
-        tintorra::DesktopRecentFiles().addFile(file);
-    }
-    if (tintorra::KVSettings::standard().boolValue(tintorra::kShowWelcomeWindowKey)) {
-        tintorra::KVWelcomeAssistant::sharedAssistant(QStringLiteral("Welcome to Tintorra"));
-    }
+    appDelegate.applicationDidFinishLaunching(QApplication::arguments().mid(1));
     return QApplication::exec();
 }
