@@ -1,11 +1,11 @@
 #include "cli/ParameterOptions.h"
 
 #include "cli/CliFailure.h"
-#include "cli/NamedHues.h"
 #include "cli/StandardStreams.h"
 #include "controls/KVCircularSliderModel.h"
 #include "controls/KVTenSegmentValues.h"
 #include "controls/ParameterEncoding.h"
+#include "editor/SavedSelectionSets.h"
 #include "imageio/ImageFile.h"
 
 #include <algorithm>
