@@ -7,6 +7,7 @@
 #include "engine/HueShift.h"
 #include "engine/HueShiftParameters.h"
 #include "engine/RunControl.h"
+#include "engine/ShiftFootprint.h"
 #include "image/KVBitmap.h"
 
 #include <memory>
@@ -35,6 +36,11 @@ struct ShiftRequest {
     // The source's colour table in the record's colour mode; needed for 8-bit images. The
     // record's own table reference is taken from it.
     ColorTablePtr colorTable;
+    // What the destination holds, as the shift that wrote it described it (shiftTracked), if
+    // nothing else has written into it and the source's samples are unchanged since. An 8-bit
+    // shift of the same source through the same table then writes only what changes, with the
+    // same result. Ignored when it describes another destination, source or table.
+    ShiftFootprintPtr destinationFootprint = nullptr;
 };
 
 // The pixel engine as one object: it owns the threads that every job of the process runs on and
@@ -61,7 +67,14 @@ public:
     Result<KVBitmapPtr> shift(const ShiftRequest& request, std::stop_token stop = {},
                               const ProgressCallback& progress = {});
 
+    // The same, also describing what it wrote, for a later request into the returned bitmap.
+    Result<TrackedShift> shiftTracked(const ShiftRequest& request, std::stop_token stop = {},
+                                      const ProgressCallback& progress = {});
+
 private:
+    Result<KVBitmapPtr> run(const ShiftRequest& request, std::stop_token stop,
+                            const ProgressCallback& progress, detail::TableFootprints* footprints);
+
     WorkerPool pool_;
     EngineKernels kernels_;
 };

@@ -49,8 +49,13 @@ bool usableColorTable(const ColorTableRef& table, std::int64_t colorSpaceModel)
 }
 
 KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftParameters p,
-                  unsigned processorCount, EngineKernels kernels, RunControl* control)
+                  unsigned processorCount, EngineKernels kernels, RunControl* control,
+                  detail::TableFootprints* footprints)
 {
+    if (footprints != nullptr) {
+        footprints->tracked = false;
+        footprints->written.clear();
+    }
     const std::lock_guard<std::recursive_mutex> lock(source->lock());
 
     PixelManipulationOffsets sourceOffsets;
@@ -131,10 +136,17 @@ KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftP
         tasks[i].index = i;
     }
 
+    // A bitmap of an earlier run, of this source and table, differs from the source only where
+    // that run wrote; a grey mask writes every pixel, so neither it nor its successor is tracked.
+    const bool trackable = footprints != nullptr && byColorTable && destination != source &&
+                           !sourceOffsets.isPlanar && !showsGreyMask(p.maskToShow) && threads != 0;
+    const TableFootprint* holds =
+        trackable && copySourceSamples ? footprints->destinationHolds : nullptr;
+
     // Planes lie apart, so the writers' row by row copying cannot serve them: copy at once.
     // A grey mask from the table writes every pixel but its alpha, which must be the source's.
-    run.destinationHoldsSource = !copySourceSamples;
-    if (copySourceSamples &&
+    run.destinationHoldsSource = !copySourceSamples || holds != nullptr;
+    if (copySourceSamples && holds == nullptr &&
         (sourceOffsets.isPlanar || threads == 0 || (byColorTable && showsGreyMask(p.maskToShow)))) {
         std::memcpy(destination->bitmapData(), source->bitmapData(), source->sampleBytes());
         run.destinationHoldsSource = true;
@@ -146,7 +158,19 @@ KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftP
     if (byColorTable) {
         std::vector<std::vector<TableColor>> toWrite(threads);
         runWorkers(threads, [&](unsigned i) { colorTableWorker(tasks[i], toWrite[i]); });
+        if (trackable) {
+            footprints->written = footprintOf(toWrite);
+        }
+        if (holds != nullptr) {
+            const std::vector<std::vector<TableColor>> restore{
+                entriesToRestore(*holds, footprints->written)};
+            writeTableColors(run, p, restore, threads, TableWrite::sourceSamples);
+        }
         writeTableColors(run, p, toWrite, threads);
+        // The workers and the writer end early on a stop: what they left is not described.
+        if (trackable) {
+            footprints->tracked = !run.stopRequested();
+        }
     } else {
         runWorkers(threads, [&](unsigned i) { rowWorker(tasks[i]); });
     }
@@ -161,12 +185,24 @@ KVBitmapPtr hueShift(const KVBitmapPtr& source, const KVBitmapPtr& destination,
                      HueShiftParameters parameters, unsigned processorCount, EngineKernels kernels,
                      RunControl* control)
 {
+    return hueShift(source, destination, std::move(parameters), processorCount, kernels, control,
+                    nullptr);
+}
+
+KVBitmapPtr hueShift(const KVBitmapPtr& source, const KVBitmapPtr& destination,
+                     HueShiftParameters parameters, unsigned processorCount, EngineKernels kernels,
+                     RunControl* control, TableFootprints* footprints)
+{
     if (source == nullptr) {
         return nullptr;
     }
     try {
-        return shift(source, destination, std::move(parameters), processorCount, kernels, control);
+        return shift(source, destination, std::move(parameters), processorCount, kernels, control,
+                     footprints);
     } catch (...) {
+        if (footprints != nullptr) {
+            footprints->tracked = false;
+        }
         return nullptr;
     }
 }

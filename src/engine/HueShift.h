@@ -2,6 +2,7 @@
 
 #include "engine/HueShiftParameters.h"
 #include "engine/RunControl.h"
+#include "engine/TableFootprint.h"
 #include "image/KVBitmap.h"
 
 namespace tintorra {
@@ -42,6 +43,24 @@ namespace detail {
 KVBitmapPtr hueShift(const KVBitmapPtr& source, const KVBitmapPtr& destination,
                      HueShiftParameters parameters, unsigned processorCount, EngineKernels kernels,
                      RunControl* control);
+
+// What a run into a bitmap kept from an earlier run knows of it, and learns of its own result.
+struct TableFootprints {
+    // In: what the given destination holds, or null when unknown: the footprint of an earlier
+    // run of the same source through the same table, whose samples are unchanged since. An
+    // 8-bit run then writes only its own colours and gives the source's samples back to the
+    // entries that run wrote and this one does not, instead of copying the whole source.
+    const TableFootprint* destinationHolds = nullptr;
+    // Out: whether `written` describes the returned bitmap: an 8-bit run, finished, into a
+    // bitmap other than the source (not planar), showing no grey mask.
+    bool tracked = false;
+    TableFootprint written;
+};
+
+// The same, reading and describing footprints; a run stopped midway describes nothing.
+KVBitmapPtr hueShift(const KVBitmapPtr& source, const KVBitmapPtr& destination,
+                     HueShiftParameters parameters, unsigned processorCount, EngineKernels kernels,
+                     RunControl* control, TableFootprints* footprints);
 } // namespace detail
 
 } // namespace tintorra

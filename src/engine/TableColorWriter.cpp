@@ -38,8 +38,9 @@ private:
 
 class PixelWriter {
 public:
-    PixelWriter(const HueShiftRun& run, const HueShiftParameters& p)
-        : d_(*run.destination), coverage_(*run.coverage),
+    PixelWriter(const HueShiftRun& run, const HueShiftParameters& p, TableWrite what)
+        : d_(*run.destination), source_(run.source->bitmapData), coverage_(*run.coverage),
+          restore_(what == TableWrite::sourceSamples),
           greyMask_(p.maskToShow == kShowBlackMask || p.maskToShow == kShowWhiteMask),
           white_(p.maskToShow == kShowWhiteMask),
           maskLimitedByCoverage_(p.paintMaskLimitsMasks != 0 && run.coverage->present()),
@@ -55,6 +56,12 @@ public:
     // whose offsets live in locals: a byte store could alias any member read through `this`.
     void writeAll(const std::vector<Record>& records) const
     {
+        if (restore_) {
+            for (const Record& record : records) {
+                restorePixel(record.location);
+            }
+            return;
+        }
         if (greyMask_ || coverage_.present()) {
             for (const Record& record : records) {
                 write(record);
@@ -86,13 +93,20 @@ public:
 
     void write(const Record& record) const
     {
+        if (restore_) {
+            restorePixel(record.location);
+            return;
+        }
         std::uint8_t* const p = d_.bitmapData + record.location;
         if (greyMask_) {
             writeMask(p, record.location, record.color.r);
             return;
         }
+        // Mixed with the source's samples, not the destination's: a destination kept from an
+        // earlier shift may hold that shift's colour here.
         const unsigned m = coverage(record.location);
         if (m == 0) {
+            restorePixel(record.location);
             return;
         }
         if (m == 255) {
@@ -100,9 +114,10 @@ public:
             p[d_.greenOffset] = record.color.g;
             p[d_.blueOffset] = record.color.b;
         } else {
-            p[d_.redOffset] = mixByCoverage(p[d_.redOffset], record.color.r, m);
-            p[d_.greenOffset] = mixByCoverage(p[d_.greenOffset], record.color.g, m);
-            p[d_.blueOffset] = mixByCoverage(p[d_.blueOffset], record.color.b, m);
+            const std::uint8_t* const s = source_ + record.location;
+            p[d_.redOffset] = mixByCoverage(s[d_.redOffset], record.color.r, m);
+            p[d_.greenOffset] = mixByCoverage(s[d_.greenOffset], record.color.g, m);
+            p[d_.blueOffset] = mixByCoverage(s[d_.blueOffset], record.color.b, m);
         }
         if (d_.hasAlpha) {
             p[d_.alphaOffset] = record.color.a;
@@ -110,6 +125,15 @@ public:
     }
 
 private:
+    void restorePixel(std::uint32_t location) const
+    {
+        std::uint8_t* const to = d_.bitmapData + location;
+        const std::uint8_t* const from = source_ + location;
+        if (to != from) {
+            std::memcpy(to, from, static_cast<std::size_t>(d_.bytesPerPixel));
+        }
+    }
+
     unsigned coverage(std::uint32_t location) const
     {
         if (!coverage_.present()) {
@@ -141,7 +165,9 @@ private:
     }
 
     const PixelManipulationOffsets& d_;
+    const std::uint8_t* source_;
     const PaintCoverage& coverage_;
+    bool restore_;
     bool greyMask_;
     bool white_;
     bool maskLimitedByCoverage_;
@@ -178,11 +204,12 @@ struct WriteScratch {
 } // namespace
 
 void writeTableColors(const HueShiftRun& run, const HueShiftParameters& p,
-                      const std::vector<std::vector<TableColor>>& toWrite, unsigned threads)
+                      const std::vector<std::vector<TableColor>>& toWrite, unsigned threads,
+                      TableWrite what)
 {
     const ColorTableRef& table = p.colorTable;
     const PixelManipulationOffsets& d = *run.destination;
-    const PixelWriter writer(run, p);
+    const PixelWriter writer(run, p, what);
     threads = std::max(1u, threads);
 
     thread_local WriteScratch scratch;
