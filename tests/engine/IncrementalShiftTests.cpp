@@ -1,5 +1,6 @@
 #include "HueShiftTestSupport.h"
 #include "engine/Engine.h"
+#include "engine/HueShiftWorkers.h"
 #include "engine/ShiftOutcome.h"
 
 #include <gtest/gtest.h>
@@ -32,13 +33,15 @@ KVBitmapPtr manyColoursPicture(bool alpha)
     return picture;
 }
 
-// Painted over the picture's left part, partly (so that colours blend with the source) and wholly.
-KVBitmapPtr exclusionMask()
+// Painted over the picture's left part (or, repainted, its right part), partly (so that colours
+// blend with the source) and wholly.
+KVBitmapPtr exclusionMask(bool repainted = false)
 {
     const KVBitmapPtr mask = KVBitmap::deviceWhite8Rep(kWide, kHigh);
     for (std::int64_t y = 0; y < kHigh; ++y) {
         for (std::int64_t x = 0; x < kWide / 2; ++x) {
-            mask->bitmapData()[y * mask->bytesPerRow() + x] = x < kWide / 4 ? 255 : 100;
+            const std::int64_t column = repainted ? kWide - 1 - x : x;
+            mask->bitmapData()[y * mask->bytesPerRow() + column] = x < kWide / 4 ? 255 : 100;
         }
     }
     return mask;
@@ -55,7 +58,7 @@ void selectHues(HueShiftParameters& p, double lower, double upper)
 }
 
 // A slider session: new targets, selections that grow and shrink (entries to give back), a grey
-// mask shown and left, a highlight, and a selection of nothing.
+// mask shown and left, a highlight, a selection of nothing, and the paint brush at work.
 const std::vector<Change>& session()
 {
     static const std::vector<Change> changes{
@@ -68,6 +71,9 @@ const std::vector<Change>& session()
         [](HueShiftParameters& p) { p.maskToShow = kShowSelectionHighlight; },
         [](HueShiftParameters& p) { p.maskToShow = 0, p.satLower = p.satLowerFalloff = 1.0; },
         [](HueShiftParameters& p) { p.satLower = p.satLowerFalloff = 0.0, p.targetSat = 0.5; },
+        [](HueShiftParameters& p) { p.exclusionMask = exclusionMask(true); },
+        [](HueShiftParameters& p) { p.targetHue = 0.1; },
+        [](HueShiftParameters& p) { p.exclusionMask = nullptr; },
     };
     return changes;
 }
@@ -90,6 +96,9 @@ class IncrementalShifts : public testing::TestWithParam<IncrementalCase> {};
 TEST_P(IncrementalShifts, EqualFullShiftsAtEveryStep)
 {
     test::captureDiagnostics();
+    // Blocks of a few rows and waves of a few hundred pixels, as a large picture has them.
+    const TableWriteLimits saved = tableWriteLimits();
+    tableWriteLimits() = {kWide * 4 * 3, 300};
     Engine engine({2});
     const KVBitmapPtr source = manyColoursPicture(GetParam().alpha);
     HueShiftParameters p = test::selectEverything(kColorModeLChuv);
@@ -113,6 +122,7 @@ TEST_P(IncrementalShifts, EqualFullShiftsAtEveryStep)
         const KVBitmapPtr full = engine.shift({source, nullptr, p, table}).take();
         EXPECT_TRUE(test::sameSamples(tracked.image, full)) << "step " << step;
     }
+    tableWriteLimits() = saved;
     test::capturedDiagnostics();
 }
 
