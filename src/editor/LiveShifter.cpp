@@ -1,6 +1,15 @@
 #include "editor/LiveShifter.h"
 
+#include <algorithm>
+
 namespace tintorra {
+
+namespace {
+
+// Enough for the pictures an editor shows, writes and keeps waiting, and one to spare.
+constexpr std::size_t kKeptFootprints = 4;
+
+} // namespace
 
 LiveShifter::LiveShifter(Engine& engine, Delivery deliver)
     : engine_(engine), deliver_(std::move(deliver)),
@@ -60,6 +69,31 @@ void LiveShifter::setAbandonsStaleRuns(bool abandons)
     abandonsStaleRuns_ = abandons;
 }
 
+ShiftFootprintPtr LiveShifter::takeFootprint(const KVBitmapPtr& destination)
+{
+    ShiftFootprintPtr found;
+    if (destination == nullptr) {
+        return found;
+    }
+    std::erase_if(footprints_, [&](const ShiftFootprintPtr& footprint) {
+        const KVBitmapPtr written = footprint->destination.lock();
+        if (written == destination) {
+            found = footprint;
+        }
+        return written == nullptr || written == destination;
+    });
+    return found;
+}
+
+void LiveShifter::keepFootprint(ShiftFootprintPtr footprint)
+{
+    takeFootprint(footprint->destination.lock());
+    if (footprints_.size() == kKeptFootprints) {
+        footprints_.erase(footprints_.begin());
+    }
+    footprints_.push_back(std::move(footprint));
+}
+
 void LiveShifter::serve(std::stop_token stop)
 {
     std::unique_lock lock(mutex_);
@@ -77,12 +111,21 @@ void LiveShifter::serve(std::stop_token stop)
         runStarted_ = std::chrono::steady_clock::now();
         lock.unlock();
 
-        Result<KVBitmapPtr> result = engine_.shift(request, runStop);
+        // Forgotten whatever becomes of this run: a stopped one leaves the destination unknown.
+        ShiftFootprintPtr footprint = takeFootprint(request.destination);
+        if (request.destinationFootprint == nullptr) {
+            request.destinationFootprint = std::move(footprint);
+        }
+        Result<TrackedShift> result = engine_.shiftTracked(request, runStop);
         const std::chrono::duration<double> took = std::chrono::steady_clock::now() - runStarted_;
+        if (result && result.value().footprint != nullptr) {
+            keepFootprint(result.value().footprint);
+        }
         // A stopped run's picture is half done; nobody may see it.
         const bool finished = !runStop.stop_requested();
         if (finished) {
-            deliver_(number, std::move(result));
+            deliver_(number, result ? Result<KVBitmapPtr>(result.take().image)
+                                    : Result<KVBitmapPtr>(result.error()));
         }
 
         lock.lock();

@@ -11,6 +11,7 @@
 #include <optional>
 #include <stop_token>
 #include <thread>
+#include <vector>
 
 namespace tintorra {
 
@@ -19,6 +20,11 @@ namespace tintorra {
 // only the newest of them runs next. Every request gets a number that grows with each submission;
 // results are delivered in that order, each newer than the last, and the last one delivered is
 // always that of the newest request (unless it was withdrawn).
+//
+// The shifter remembers what it wrote into the destinations it was given: a request into one of
+// them (of the same source and table) writes only what changed since. A destination handed to
+// the shifter must therefore be written by nobody else, and the source's samples must not change
+// while its pictures are in use.
 class LiveShifter {
 public:
     // Called on the shifter's thread with the request's number and its result. A request that
@@ -50,6 +56,9 @@ public:
 
 private:
     void serve(std::stop_token stop);
+    // What the shifter last wrote into `destination`, forgotten now that it is written again.
+    ShiftFootprintPtr takeFootprint(const KVBitmapPtr& destination);
+    void keepFootprint(ShiftFootprintPtr footprint);
 
     Engine& engine_;
     Delivery deliver_;
@@ -66,6 +75,8 @@ private:
     std::chrono::steady_clock::time_point lastDelivery_;
     // Seconds; 0 until a shift has finished.
     double expectedRunSeconds_ = 0.0;
+    // Of the latest pictures; touched only on the shifter's thread.
+    std::vector<ShiftFootprintPtr> footprints_;
     std::jthread thread_;
 };
 
