@@ -127,6 +127,9 @@ void runShifts(benchmark::State& state, const KVBitmapPtr& image, HueShiftParame
         const auto start = std::chrono::steady_clock::now();
         const double cpuStart = threadCpuSeconds();
         footprints.destinationHolds = reuse == 2 && footprints.tracked ? &holds : nullptr;
+        if (footprints.destinationHolds == nullptr) {
+            footprints.plan = nullptr;
+        }
         KVBitmapPtr result =
             detail::hueShift(image, destination, parameters, processors, EngineKernels::best,
                              nullptr, reuse == 2 ? &footprints : nullptr);

@@ -91,6 +91,7 @@ Result<TrackedShift> Engine::shiftTracked(const ShiftRequest& request, std::stop
         given->destination.lock() == request.destination &&
         given->source.lock() == request.source && given->colorTable.lock() == request.colorTable) {
         footprints.destinationHolds = &given->written;
+        footprints.plan = given->plan;
     }
     Result<KVBitmapPtr> shifted = run(request, std::move(stop), progress, &footprints);
     if (!shifted) {
@@ -98,8 +99,9 @@ Result<TrackedShift> Engine::shiftTracked(const ShiftRequest& request, std::stop
     }
     TrackedShift tracked{shifted.take(), nullptr};
     if (footprints.tracked) {
-        tracked.footprint = std::make_shared<const ShiftFootprint>(ShiftFootprint{
-            request.source, tracked.image, request.colorTable, std::move(footprints.written)});
+        tracked.footprint = std::make_shared<const ShiftFootprint>(
+            ShiftFootprint{request.source, tracked.image, request.colorTable,
+                           std::move(footprints.written), std::move(footprints.plan)});
     }
     return tracked;
 }

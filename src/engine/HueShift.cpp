@@ -52,7 +52,9 @@ KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftP
                   unsigned processorCount, EngineKernels kernels, RunControl* control,
                   detail::TableFootprints* footprints)
 {
+    TableWritePlanPtr givenPlan;
     if (footprints != nullptr) {
+        givenPlan = std::move(footprints->plan);
         footprints->tracked = false;
         footprints->written.clear();
     }
@@ -166,7 +168,20 @@ KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftP
                 entriesToRestore(*holds, footprints->written)};
             writeTableColors(run, p, restore, threads, TableWrite::sourceSamples);
         }
-        writeTableColors(run, p, toWrite, threads);
+        TableWritePlanPtr plan;
+        if (trackable && !run.stopRequested()) {
+            plan = std::move(givenPlan);
+            if (plan == nullptr || plan->entries != footprints->written ||
+                plan->blockBytes != tableWriteBlockBytes(*destinationRecord)) {
+                plan = planTableWrites(run, p.colorTable, footprints->written, threads);
+            }
+        }
+        if (plan != nullptr) {
+            writeTableColorsByPlan(run, p, *plan, toWrite, threads);
+            footprints->plan = std::move(plan);
+        } else {
+            writeTableColors(run, p, toWrite, threads);
+        }
         // The workers and the writer end early on a stop: what they left is not described.
         if (trackable) {
             footprints->tracked = !run.stopRequested();

@@ -3,6 +3,7 @@
 #include "engine/HueShiftParameters.h"
 #include "engine/RunControl.h"
 #include "engine/TableFootprint.h"
+#include "engine/TableWritePlan.h"
 #include "image/KVBitmap.h"
 
 namespace tintorra {
@@ -51,6 +52,9 @@ struct TableFootprints {
     // 8-bit run then writes only its own colours and gives the source's samples back to the
     // entries that run wrote and this one does not, instead of copying the whole source.
     const TableFootprint* destinationHolds = nullptr;
+    // In: the write plan of an earlier run through the same table, reused when this run writes
+    // the same entries into a bitmap of the same layout. Out: this run's plan, when it has one.
+    TableWritePlanPtr plan;
     // Out: whether `written` describes the returned bitmap: an 8-bit run, finished, into a
     // bitmap other than the source (not planar), showing no grey mask.
     bool tracked = false;

@@ -2,6 +2,7 @@
 
 #include "engine/ColorTable.h"
 #include "engine/TableFootprint.h"
+#include "engine/TableWritePlan.h"
 #include "image/KVBitmap.h"
 
 #include <memory>
@@ -17,6 +18,9 @@ struct ShiftFootprint {
     std::weak_ptr<KVBitmap> destination;
     std::weak_ptr<const LChColorTable> colorTable;
     TableFootprint written;
+    // How those entries' pixels were written, for a later shift that writes them again; absent
+    // for selections of many pixels.
+    TableWritePlanPtr plan = nullptr;
 };
 
 using ShiftFootprintPtr = std::shared_ptr<const ShiftFootprint>;

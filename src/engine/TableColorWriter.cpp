@@ -1,6 +1,7 @@
 #include "common/ParallelLoops.h"
 #include "engine/HueShiftWorkers.h"
 #include "engine/SelectionMasks.h"
+#include "engine/TableWritePlan.h"
 
 #include <algorithm>
 #include <cstring>
@@ -346,6 +347,41 @@ void writeTableColors(const HueShiftRun& run, const HueShiftParameters& p,
             }
         }
     }
+}
+
+void writeTableColorsByPlan(const HueShiftRun& run, const HueShiftParameters& p,
+                            const TableWritePlan& plan,
+                            const std::vector<std::vector<TableColor>>& toWrite, unsigned threads)
+{
+    std::vector<PixelChars> colors;
+    colors.reserve(plan.entries.size());
+    for (const auto& list : toWrite) {
+        for (const TableColor& color : list) {
+            colors.push_back(color.color);
+        }
+    }
+    const PixelWriter writer(run, p, TableWrite::colors);
+    const std::uint64_t imageBytes = sampleBytes(*run.destination);
+    const std::uint64_t blocks = plan.blockBegin.size() - 1;
+    const auto writers =
+        static_cast<unsigned>(std::clamp<std::uint64_t>(blocks, 1, std::max(1u, threads)));
+    runWorkers(writers, [&](unsigned t) {
+        std::vector<Record> records;
+        for (std::uint64_t b = blocks * t / writers; b < blocks * (t + 1) / writers; ++b) {
+            if (run.stopRequested()) {
+                return;
+            }
+            if (!run.destinationHoldsSource) {
+                copySamples(run, b * plan.blockBytes,
+                            std::min(imageBytes, (b + 1) * plan.blockBytes));
+            }
+            records.clear();
+            for (std::uint64_t i = plan.blockBegin[b]; i < plan.blockBegin[b + 1]; ++i) {
+                records.push_back({plan.pixels[i].location, colors[plan.pixels[i].color]});
+            }
+            writer.writeAll(records);
+        }
+    });
 }
 
 TableWriteLimits& tableWriteLimits()
