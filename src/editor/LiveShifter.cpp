@@ -34,7 +34,7 @@ std::uint64_t LiveShifter::submit(ShiftRequest request)
         number = ++lastNumber_;
         waiting_ = std::move(request);
         waitingNumber_ = number;
-        if (abandonsStaleRuns_ && busy_ && expectedRunSeconds_ > 0.0) {
+        if (abandonsStaleRuns_ && busy_ && !runBuildsOnFootprint_ && expectedRunSeconds_ > 0.0) {
             const auto now = std::chrono::steady_clock::now();
             const std::chrono::duration<double> running = now - runStarted_;
             const std::chrono::duration<double> sinceDelivery = now - lastDelivery_;
@@ -107,15 +107,16 @@ void LiveShifter::serve(std::stop_token stop)
         const std::uint64_t number = waitingNumber_;
         running_ = std::stop_source();
         const std::stop_token runStop = running_.get_token();
-        busy_ = true;
-        runStarted_ = std::chrono::steady_clock::now();
-        lock.unlock();
-
         // Forgotten whatever becomes of this run: a stopped one leaves the destination unknown.
         ShiftFootprintPtr footprint = takeFootprint(request.destination);
         if (request.destinationFootprint == nullptr) {
             request.destinationFootprint = std::move(footprint);
         }
+        runBuildsOnFootprint_ = request.destinationFootprint != nullptr;
+        busy_ = true;
+        runStarted_ = std::chrono::steady_clock::now();
+        lock.unlock();
+
         Result<TrackedShift> result = engine_.shiftTracked(request, runStop);
         const std::chrono::duration<double> took = std::chrono::steady_clock::now() - runStarted_;
         if (result && result.value().footprint != nullptr) {

@@ -51,7 +51,9 @@ public:
     // expected time (the average of the last finished shifts) stops that shift: its picture
     // would be stale, and starting afresh shows the newest one soonest. A shift past halfway is
     // left to finish, and so is any shift while no picture has been delivered for as long as a
-    // shift takes, so that a stream of changes still shows pictures as it goes.
+    // shift takes, so that a stream of changes still shows pictures as it goes. A shift that
+    // writes only what changed in a picture of its own is never stopped: it is short, and a
+    // stop would leave that picture to be rewritten whole next time.
     void setAbandonsStaleRuns(bool abandons);
 
 private:
@@ -71,6 +73,8 @@ private:
     std::stop_source running_;
     bool busy_ = false;
     bool abandonsStaleRuns_ = false;
+    // Whether the running shift builds on what the shifter wrote into its destination before.
+    bool runBuildsOnFootprint_ = false;
     std::chrono::steady_clock::time_point runStarted_;
     std::chrono::steady_clock::time_point lastDelivery_;
     // Seconds; 0 until a shift has finished.
