@@ -32,6 +32,11 @@ std::uint64_t LiveShifter::submit(ShiftRequest request)
     {
         const std::lock_guard lock(mutex_);
         number = ++lastNumber_;
+        // The replaced request never runs: a request without a destination of its own takes its
+        // destination, rather than a fresh copy of the source, when both are of one source.
+        if (request.destination == nullptr && waiting_ && waiting_->source == request.source) {
+            request.destination = std::move(waiting_->destination);
+        }
         waiting_ = std::move(request);
         waitingNumber_ = number;
         if (abandonsStaleRuns_ && busy_ && !runBuildsOnFootprint_ && expectedRunSeconds_ > 0.0) {

@@ -37,7 +37,8 @@ public:
     LiveShifter(const LiveShifter&) = delete;
     LiveShifter& operator=(const LiveShifter&) = delete;
 
-    // Queues a shift in place of any that waits; returns its number.
+    // Queues a shift in place of any that waits; returns its number. A request without a
+    // destination takes over that of the request it replaces.
     std::uint64_t submit(ShiftRequest request);
 
     // Drops what waits and stops what runs (for a picture that is being replaced); returns

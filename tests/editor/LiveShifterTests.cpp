@@ -122,6 +122,24 @@ TEST(LiveShifter, WithdrawnWorkDeliversNothing)
     EXPECT_TRUE(deliveries.numbers.empty());
 }
 
+// A request that replaces a waiting one without a destination of its own writes into the
+// replaced request's destination instead of a fresh copy.
+TEST(LiveShifter, AReplacedRequestHandsOnItsDestination)
+{
+    Engine engine({2});
+    const KVBitmapPtr source = picture(2048);
+    const KVBitmapPtr kept = source->copy();
+    Deliveries deliveries;
+    LiveShifter shifter(engine, deliveries.sink());
+    shifter.submit(requestTowards(source, 0.25)); // runs long enough for the next two to meet
+    ShiftRequest replaced = requestTowards(source, 0.5);
+    replaced.destination = kept;
+    shifter.submit(replaced);
+    ASSERT_TRUE(deliveries.waitFor(shifter.submit(requestTowards(source, 0.75))));
+    const std::lock_guard lock(deliveries.mutex);
+    EXPECT_EQ(deliveries.last, kept);
+}
+
 // An 8-bit picture with many colours, each on pixels all over it.
 KVBitmapPtr manyColoursPicture(std::int64_t side)
 {
