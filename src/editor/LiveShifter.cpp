@@ -117,7 +117,8 @@ void LiveShifter::serve(std::stop_token stop)
         if (request.destinationFootprint == nullptr) {
             request.destinationFootprint = std::move(footprint);
         }
-        runBuildsOnFootprint_ = request.destinationFootprint != nullptr;
+        runBuildsOnFootprint_ = request.destinationFootprint != nullptr &&
+                                request.destinationFootprint->plan != nullptr;
         busy_ = true;
         runStarted_ = std::chrono::steady_clock::now();
         lock.unlock();

@@ -53,8 +53,9 @@ public:
     // would be stale, and starting afresh shows the newest one soonest. A shift past halfway is
     // left to finish, and so is any shift while no picture has been delivered for as long as a
     // shift takes, so that a stream of changes still shows pictures as it goes. A shift that
-    // writes only what changed in a picture of its own is never stopped: it is short, and a
-    // stop would leave that picture to be rewritten whole next time.
+    // writes only what changed in a picture of its own, by a plan of a selection of moderate
+    // size, is never stopped: it is short, and a stop would leave that picture to be rewritten
+    // whole next time.
     void setAbandonsStaleRuns(bool abandons);
 
 private:
@@ -74,7 +75,8 @@ private:
     std::stop_source running_;
     bool busy_ = false;
     bool abandonsStaleRuns_ = false;
-    // Whether the running shift builds on what the shifter wrote into its destination before.
+    // Whether the running shift builds on what the shifter wrote into its destination before,
+    // with a write plan.
     bool runBuildsOnFootprint_ = false;
     std::chrono::steady_clock::time_point runStarted_;
     std::chrono::steady_clock::time_point lastDelivery_;
