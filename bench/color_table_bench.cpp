@@ -79,7 +79,7 @@ BENCHMARK(BM_Memcpy96MB)->Unit(benchmark::kMillisecond)->UseRealTime();
 // rebuild after a change of colour mode does.
 void BM_ColorTable(benchmark::State& state)
 {
-    const long mode = state.range(0);
+    const ColorSpaceModel mode = colorSpaceModelFromNumber(state.range(0)).value();
     const auto threads = static_cast<unsigned>(state.range(1));
     const bool cold = state.range(4) != 0;
     const KVBitmapPtr bitmap = benchImage(state.range(2) != 0, state.range(3) != 0);
@@ -88,6 +88,9 @@ void BM_ColorTable(benchmark::State& state)
                             "TINTORRA_BENCH_IMAGE to its eveningglow-6000x4000-8.ppm");
         return;
     }
+    // The memory an engine keeps for its tables.
+    static const auto memory = std::make_shared<TableMemory>();
+    const UseTableMemory use(memory);
     if (!cold) {
         // A first build leaves its blocks for the timed ones.
         benchmark::DoNotOptimize(createLChColorTableWithImageGamma(bitmap, 1.0 / 2.2, mode).count);
@@ -96,7 +99,7 @@ void BM_ColorTable(benchmark::State& state)
     std::uint64_t colors = 0;
     for (auto _ : state) {
         if (cold) {
-            releaseRetainedTableMemory();
+            memory->release();
         }
         copySeconds += referenceCopy().seconds();
         const auto start = std::chrono::steady_clock::now();
@@ -146,7 +149,8 @@ void BM_HueSpectrum(benchmark::State& state)
                             "TINTORRA_BENCH_IMAGE to its eveningglow-6000x4000-8.ppm");
         return;
     }
-    const LChColorTable table = createLChColorTableWithImageGamma(bitmap, 1.0 / 2.2, 0);
+    const LChColorTable table =
+        createLChColorTableWithImageGamma(bitmap, 1.0 / 2.2, ColorSpaceModel::LChuv);
     double seconds = 0.0, copySeconds = 0.0;
     for (auto _ : state) {
         copySeconds += referenceCopy().seconds();

@@ -241,7 +241,7 @@ void printStream(const char* name, const StreamFigures& f, double yardstick)
 double synchronousShiftMilliseconds(Engine& engine, const KVBitmapPtr& image,
                                     const KVHueShiftParameterSet& parameters)
 {
-    const long model = static_cast<long>(parameters.colorSpaceModel());
+    const ColorSpaceModel model = parameters.colorSpaceModel();
     auto gamut = engine.buildGamut(image->colorSpace(), model).take();
     ColorTablePtr table =
         engine.buildColorTable(image, 1.0 / parameters.displayGamma(), model).take();
@@ -314,7 +314,8 @@ int main(int argc, char* argv[])
     // About a tenth of the colours: a hue window around the hue of the image's first colour,
     // widened until it holds 10 %.
     ColorTablePtr table =
-        engine.buildColorTable(image, 1.0 / vc.parameters().displayGamma(), 0).take();
+        engine.buildColorTable(image, 1.0 / vc.parameters().displayGamma(), ColorSpaceModel::LChuv)
+            .take();
     const double centre = hueFraction(table->colors[table->count / 3].hue);
     double low = 0.0, high = 0.5;
     for (int i = 0; i < 30; ++i) {

@@ -52,13 +52,13 @@ double hueOfRow(std::size_t row)
 // The full build as the program runs it: allocation, both tables, rows over all cores.
 void BM_BuildExact(benchmark::State& state)
 {
-    const long model = state.range(0);
+    const ColorSpaceModel model = colorSpaceModelFromNumber(state.range(0)).value();
     const QuietStandardError quiet;
     for (auto _ : state) {
         const KVColorGamut gamut(sRGBChromaticities(), model);
         benchmark::DoNotOptimize(gamut.tableChroma(100, 100));
     }
-    state.SetLabel(model == 1 ? "sRGB Lab" : "sRGB Luv");
+    state.SetLabel(model == ColorSpaceModel::LChab ? "sRGB Lab" : "sRGB Luv");
 }
 BENCHMARK(BM_BuildExact)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond);
 
@@ -118,7 +118,7 @@ BENCHMARK(BM_SearchTableRows)
 void BM_BuildHull(benchmark::State& state)
 {
     const QuietStandardError quiet;
-    KVColorGamut gamut(sRGBChromaticities(), 0);
+    KVColorGamut gamut(sRGBChromaticities(), ColorSpaceModel::LChuv);
     for (auto _ : state) {
         gamut.buildRGBColors();
         gamut.buildLuvColors();
@@ -131,7 +131,8 @@ BENCHMARK(BM_BuildHull)->Unit(benchmark::kMillisecond);
 void BM_ChromaForHue(benchmark::State& state)
 {
     const QuietStandardError quiet;
-    const KVColorGamut gamut(sRGBChromaticities(), state.range(0));
+    const KVColorGamut gamut(sRGBChromaticities(),
+                             colorSpaceModelFromNumber(state.range(0)).value());
     // Scattered hues (negative ones too) and lightnesses, so that neither the branches nor the
     // cache see a pattern.
     std::vector<double> hues(4096);

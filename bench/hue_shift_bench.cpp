@@ -21,6 +21,7 @@
 #include "engine/HueShift.h"
 #include "engine/HueShiftParameters.h"
 #include "engine/SelectionWeights.h"
+#include "engine/ShiftCaches.h"
 
 #include <algorithm>
 #include <map>
@@ -38,7 +39,7 @@ struct Prepared {
     double tenthPixels = 0.0;
 };
 
-HueShiftParameters shiftTowards(std::int64_t mode, double lower, double upper,
+HueShiftParameters shiftTowards(ColorSpaceModel mode, double lower, double upper,
                                 const KVColorGamutPtr& gamut)
 {
     HueShiftParameters p;
@@ -54,15 +55,15 @@ HueShiftParameters shiftTowards(std::int64_t mode, double lower, double upper,
     return p;
 }
 
-double hueOfEntry(const color_table_lch_entry_info& e, std::int64_t mode)
+double hueOfEntry(const color_table_lch_entry_info& e, ColorSpaceModel mode)
 {
     return isLchColorMode(mode) ? hueFraction(e.hue) : static_cast<double>(e.hue);
 }
 
 // The 8-bit photograph's colour table in a mode, the gamut, and both selections; built once.
-const Prepared* prepared(std::int64_t mode, bool withAlpha)
+const Prepared* prepared(ColorSpaceModel mode, bool withAlpha)
 {
-    static std::map<std::pair<std::int64_t, bool>, std::unique_ptr<Prepared>> cache;
+    static std::map<std::pair<ColorSpaceModel, bool>, std::unique_ptr<Prepared>> cache;
     auto& slot = cache[{mode, withAlpha}];
     if (slot) {
         return slot.get();
@@ -98,7 +99,7 @@ const Prepared* prepared(std::int64_t mode, bool withAlpha)
                 ? lchSelection({e.lightness, e.chroma, e.hue, e.alpha}, normalised, p.gamut.get())
                       .weight
                 : cylinderSelection({e.hue, e.chroma, e.lightness, e.alpha,
-                                     mode == kColorModeHCL ? e.saturation : e.chroma},
+                                     mode == ColorSpaceModel::HCL ? e.saturation : e.chroma},
                                     normalised)
                       .weight;
         if (w > 0.0) {
@@ -110,6 +111,21 @@ const Prepared* prepared(std::int64_t mode, bool withAlpha)
     p.tenthPixels =
         100.0 * static_cast<double>(pixels) / static_cast<double>(p.table.locationCount);
     return slot.get();
+}
+
+// The tables an engine keeps from one shift to the next.
+ShiftCaches& engineCaches()
+{
+    static ShiftCaches caches;
+    return caches;
+}
+
+KVBitmapPtr shiftAsTheEngineDoes(const KVBitmapPtr& image, const KVBitmapPtr& destination,
+                                 const HueShiftParameters& parameters, unsigned processors,
+                                 detail::TableFootprints* footprints = nullptr)
+{
+    return detail::hueShift(image, destination, parameters, processors, EngineKernels::best,
+                            nullptr, {&engineCaches(), {}}, footprints);
 }
 
 // Wall time as multiples of the memcpy (M), and the shifting thread's CPU time as multiples of
@@ -130,9 +146,8 @@ void runShifts(benchmark::State& state, const KVBitmapPtr& image, HueShiftParame
         if (footprints.destinationHolds == nullptr) {
             footprints.plan = nullptr;
         }
-        KVBitmapPtr result =
-            detail::hueShift(image, destination, parameters, processors, EngineKernels::best,
-                             nullptr, reuse == 2 ? &footprints : nullptr);
+        KVBitmapPtr result = shiftAsTheEngineDoes(image, destination, parameters, processors,
+                                                  reuse == 2 ? &footprints : nullptr);
         holds.swap(footprints.written);
         cpuSeconds += threadCpuSeconds() - cpuStart;
         seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
@@ -153,7 +168,7 @@ void runShifts(benchmark::State& state, const KVBitmapPtr& image, HueShiftParame
 // per processor).
 void BM_ReshiftWithTable(benchmark::State& state)
 {
-    const std::int64_t mode = state.range(0);
+    const ColorSpaceModel mode = colorSpaceModelFromNumber(state.range(0)).value();
     const bool alpha = state.range(1) != 0;
     const Prepared* p = prepared(mode, alpha);
     if (p == nullptr) {
@@ -172,7 +187,7 @@ void BM_ReshiftWithTable(benchmark::State& state)
 // Arguments: colour mode, selection (10 or 100), reuse the destination, threads.
 void BM_ShiftSixteenBitRows(benchmark::State& state)
 {
-    const std::int64_t mode = state.range(0);
+    const ColorSpaceModel mode = colorSpaceModelFromNumber(state.range(0)).value();
     const Prepared* p = prepared(mode, false);
     const KVBitmapPtr image = benchImage(true, false);
     if (p == nullptr || !image) {
@@ -242,15 +257,16 @@ void BM_RowKernelPerPixel(benchmark::State& state)
             words[i] = static_cast<std::uint16_t>(lcg >> 16);
         }
     }
-    const std::int64_t mode = state.range(0);
+    const ColorSpaceModel mode = colorSpaceModelFromNumber(state.range(0)).value();
     HueShiftParameters p;
     p.colorSpaceModel = mode;
     if (isLchColorMode(mode)) {
         static KVColorGamutPtr gamuts[2];
-        if (!gamuts[mode]) {
-            gamuts[mode] = std::make_shared<const KVColorGamut>(sRGBChromaticities(), mode);
+        KVColorGamutPtr& gamut = gamuts[colorSpaceModelNumber(mode)];
+        if (!gamut) {
+            gamut = std::make_shared<const KVColorGamut>(sRGBChromaticities(), mode);
         }
-        p.gamut = gamuts[mode];
+        p.gamut = gamut;
     }
     const double width = state.range(1) / 100.0;
     p.hueLowerFalloff = 0.3;
@@ -261,7 +277,7 @@ void BM_RowKernelPerPixel(benchmark::State& state)
     p.targetSat = 0.3;
     const KVBitmapPtr destination = image->copy();
     for (auto _ : state) {
-        benchmark::DoNotOptimize(hueShift(image, destination, p, 1).get());
+        benchmark::DoNotOptimize(shiftAsTheEngineDoes(image, destination, p, 1).get());
     }
     state.counters["ns/pixel"] =
         benchmark::Counter(static_cast<double>(state.iterations()) * 600 * 400,

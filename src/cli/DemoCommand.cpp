@@ -69,21 +69,21 @@ CommandRunner addDemoCommand(CLI::App& tool, const GlobalOptions& global)
 
         const auto png = *outputFormatNamed("png");
         struct View {
-            std::int64_t mask;
+            MaskView mask;
             const char* file;
             const char* what;
         };
         const View views[] = {
-            {0, "shifted.png", "hues 15..75 degrees moved to 250 degrees"},
-            {1, "highlight.png", "the selection highlighted"},
-            {2, "black-mask.png", "the selection as a black mask"},
-            {3, "white-mask.png", "the selection as a white mask"},
+            {MaskView::shiftedImage, "shifted.png", "hues 15..75 degrees moved to 250 degrees"},
+            {MaskView::selectionHighlight, "highlight.png", "the selection highlighted"},
+            {MaskView::blackMask, "black-mask.png", "the selection as a black mask"},
+            {MaskView::whiteMask, "white-mask.png", "the selection as a white mask"},
         };
         KVBitmapPtr shifted;
         for (const View& view : views) {
             const HueShiftParameters record = job.engineRecord(view.mask);
             const KVBitmapPtr result = job.shift(record, nullptr);
-            if (view.mask == 0) {
+            if (view.mask == MaskView::shiftedImage) {
                 shifted = result;
             }
             const auto path = dir / view.file;
@@ -105,10 +105,11 @@ CommandRunner addDemoCommand(CLI::App& tool, const GlobalOptions& global)
         report(plotPath, "the hue spectrum of the sample image (log10 scale)");
 
         const auto documentPath = dir / "document.tiff";
-        writeOutput(documentPath, *outputFormatNamed("document"),
-                    {shifted, image.source, nullptr, nullptr,
-                     hexEncodedStringFromHueShiftParameters(job.engineRecord(0))},
-                    0.9, {});
+        writeOutput(
+            documentPath, *outputFormatNamed("document"),
+            {shifted, image.source, nullptr, nullptr,
+             hexEncodedStringFromHueShiftParameters(job.engineRecord(MaskView::shiftedImage))},
+            0.9, {});
         report(documentPath, "a Tintorra document (shifted, source, parameters)");
         return kExitSuccess;
     };

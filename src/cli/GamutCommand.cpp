@@ -51,7 +51,7 @@ const ColorSpaceChromaticities* workingSpaceLike(const std::string& name)
     return nullptr;
 }
 
-std::unique_ptr<KVColorGamut> gamutFor(const GamutOptions& o, long mode)
+std::unique_ptr<KVColorGamut> gamutFor(const GamutOptions& o, ColorSpaceModel mode)
 {
     if (o.space || (!o.profile && !o.image)) {
         // No space given is sRGB by name, so that both ask for the very same gamut.
@@ -152,7 +152,8 @@ CommandRunner addGamutCommand(CLI::App& tool, const GlobalOptions&)
             failUsage("--lightness " + CLI::detail::to_string(*o.lightness) +
                       " is outside 0..100; give a lightness from 0 (black) to 100 (white)");
         }
-        const long mode = o.mode == "lchab" ? 1 : 0;
+        const ColorSpaceModel mode =
+            o.mode == "lchab" ? ColorSpaceModel::LChab : ColorSpaceModel::LChuv;
         std::unique_ptr<KVColorGamut> gamut;
         {
             gamut = gamutFor(o, mode);

@@ -104,8 +104,7 @@ ShiftJob::ShiftJob(Engine& engine, KVBitmapPtr source, const KVHueShiftParameter
 void ShiftJob::buildColorTable()
 {
     const double imageGamma = 1.0 / parameters_.displayGamma();
-    auto table = engine_.buildColorTable(source_, imageGamma,
-                                         static_cast<long>(parameters_.colorSpaceModel()));
+    auto table = engine_.buildColorTable(source_, imageGamma, parameters_.colorSpaceModel());
     if (!table) {
         failProcessing(table.error().message);
     }
@@ -116,8 +115,7 @@ void ShiftJob::buildColorTable()
 void ShiftJob::buildGamut()
 {
     if (isLchColorMode(parameters_.colorSpaceModel())) {
-        auto gamut = engine_.buildGamut(source_->colorSpace(),
-                                        static_cast<long>(parameters_.colorSpaceModel()));
+        auto gamut = engine_.buildGamut(source_->colorSpace(), parameters_.colorSpaceModel());
         if (!gamut) {
             failProcessing(gamut.error().message);
         }
@@ -131,7 +129,7 @@ void ShiftJob::setMasks(KVBitmapPtr exclusion, KVBitmapPtr inclusion)
     inclusionMask_ = std::move(inclusion);
 }
 
-HueShiftParameters ShiftJob::engineRecord(std::int64_t maskToShow) const
+HueShiftParameters ShiftJob::engineRecord(MaskView maskToShow) const
 {
     KVHueShiftParameterSet set = parameters_;
     set.setMaskToShow(maskToShow);
@@ -168,7 +166,7 @@ ShiftJob::SelectionCount ShiftJob::countSelectedSamples() const
     // The black-mask view is white where the engine selects a pixel; the painted masks are left
     // out, as the table count leaves them out.
     KVHueShiftParameterSet set = parameters_;
-    set.setMaskToShow(2);
+    set.setMaskToShow(MaskView::blackMask);
     HueShiftContext context;
     context.gamut = gamut_;
     context.colorTable = table_.get();
@@ -220,7 +218,8 @@ ShiftJob::SelectionCount ShiftJob::countTableSelection(const HueShiftParameters&
             ColorComponents colour{e.lightness, e.chroma, e.hue, e.alpha};
             weight = selectionWeight(colour, p, false);
         } else {
-            const double saturation = p.colorSpaceModel == kColorModeHCL ? e.saturation : e.chroma;
+            const double saturation =
+                p.colorSpaceModel == ColorSpaceModel::HCL ? e.saturation : e.chroma;
             HclComponents colour{e.hue, e.chroma, e.lightness, e.alpha, saturation};
             weight = selectionWeight(colour, p, false);
         }

@@ -55,8 +55,8 @@ public:
 
     void setMasks(KVBitmapPtr exclusion, KVBitmapPtr inclusion);
 
-    // The engine record for a view (maskToShow 0..3).
-    HueShiftParameters engineRecord(std::int64_t maskToShow) const;
+    // The engine record for a view.
+    HueShiftParameters engineRecord(MaskView maskToShow) const;
 
     // Runs the engine into `destination` (a fresh copy when null) and returns the result; throws
     // when the engine refuses the image.

@@ -154,22 +154,20 @@ void applyHueOptions(const ParameterOptions& options, KVHueShiftParameterSet& se
 
 } // namespace
 
-std::optional<int> colorModeNamed(const std::string& name)
+std::optional<ColorSpaceModel> colorModeNamed(const std::string& name)
 {
     const std::string wanted = lowercase(name);
     for (std::size_t i = 0; i < kModeNames.size(); ++i) {
         if (wanted == kModeNames[i]) {
-            return static_cast<int>(i);
+            return colorSpaceModelFromNumber(static_cast<std::int64_t>(i));
         }
     }
     return std::nullopt;
 }
 
-const char* colorModeName(std::int64_t mode)
+const char* colorModeName(ColorSpaceModel mode)
 {
-    return mode >= 0 && mode < static_cast<std::int64_t>(kModeNames.size())
-               ? kModeNames[static_cast<std::size_t>(mode)]
-               : "unknown";
+    return kModeNames[static_cast<std::size_t>(colorSpaceModelNumber(mode))];
 }
 
 RangeBounds parseRangeBounds(const std::string& text, const std::string& option)
@@ -313,8 +311,8 @@ KVHueShiftParameterSet parameterSetFromOptions(const ParameterOptions& options)
         checkParameterString(*options.params, "--params");
     }
     if (text && !setHueShiftParametersFromHexEncodedString(set, *text)) {
-        failUsage("--params must begin with \"tolm\"; use a string from 'tintorra-cli params "
-                  "encode'");
+        failUsage("the parameter string names a colour mode or mask view that does not exist; use "
+                  "a string from 'tintorra-cli params encode'");
     }
     if (options.mode) {
         const auto mode = colorModeNamed(*options.mode);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "colour/ColorSpaceModel.h"
 #include "controls/KVHueShiftParameterSet.h"
 
 #include <CLI/CLI.hpp>
@@ -36,8 +37,8 @@ void addParameterOptions(CLI::App& command, ParameterOptions& options);
 KVHueShiftParameterSet parameterSetFromOptions(const ParameterOptions& options);
 
 // The colour mode number of a name ("lchuv" 0 ... "hsl" 4); nothing for other names.
-std::optional<int> colorModeNamed(const std::string& name);
-const char* colorModeName(std::int64_t mode);
+std::optional<ColorSpaceModel> colorModeNamed(const std::string& name);
+const char* colorModeName(ColorSpaceModel mode);
 
 // Four numbers "a:b:c:d" (lowerFalloff, lower, upper, upperFalloff); throws a usage failure
 // naming `option` when the text is not four numbers.

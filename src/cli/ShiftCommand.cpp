@@ -36,8 +36,10 @@ struct ShiftOptions {
     unsigned repeat = 0;
 };
 
-const std::map<std::string, std::int64_t> kViews{
-    {"shifted", 0}, {"highlight", 1}, {"black-mask", 2}, {"white-mask", 3}};
+const std::map<std::string, MaskView> kViews{{"shifted", MaskView::shiftedImage},
+                                             {"highlight", MaskView::selectionHighlight},
+                                             {"black-mask", MaskView::blackMask},
+                                             {"white-mask", MaskView::whiteMask}};
 
 // Steps of one image on the progress bar.
 constexpr std::size_t kStepsPerImage = 5;

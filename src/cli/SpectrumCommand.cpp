@@ -49,7 +49,8 @@ void printCsv(const LChSpectrum& spectrum, bool lch)
     }
 }
 
-Json spectrumJson(const std::string& file, std::int64_t mode, const LChSpectrum& spectrum, bool lch)
+Json spectrumJson(const std::string& file, ColorSpaceModel mode, const LChSpectrum& spectrum,
+                  bool lch)
 {
     Json bands = Json::array();
     for (std::size_t i = 0; i < spectrum.count; ++i) {
@@ -105,7 +106,7 @@ CommandRunner addSpectrumCommand(CLI::App& tool, const GlobalOptions&)
                       "' is not a colour mode; use lchuv, lchab, hcl, hsb "
                       "or hsl");
         }
-        const bool lch = *mode <= 1;
+        const bool lch = isLchColorMode(*mode);
         if (o.plot && !lch) {
             failUsage("--plot draws the LCh modes only; use --mode lchuv or lchab");
         }

@@ -96,8 +96,8 @@ ColorComponents bandColour(const LChSpectrumBand& band, const KVColorGamut& gamu
     Matrix3 MI{};
     gamut.copy_XYZ_to_RGB_matrix(MI);
     const ColorComponents lch{band.lightnessMean, band.chromaMean, band.hueMean, 1.0};
-    return encoded(gamut.colorSpaceModel() == kColorModeLChab ? lchabToRgb(lch, MI)
-                                                              : lchuvToRgb(lch, MI));
+    return encoded(gamut.colorSpaceModel() == ColorSpaceModel::LChab ? lchabToRgb(lch, MI)
+                                                                     : lchuvToRgb(lch, MI));
 }
 
 double relativeSaturation(double chroma, double hue, double lightness, const KVColorGamut& gamut)

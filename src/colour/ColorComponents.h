@@ -26,14 +26,4 @@ struct HclComponents {
     friend constexpr bool operator==(const HclComponents&, const HclComponents&) = default;
 };
 
-// The colour mode the engine measures and shifts in. Stored as a plain signed integer in parameter
-// sets and files, so values outside the enumeration can occur and must be handled by the callers.
-enum ColorSpaceModelValue : long {
-    kColorModeLChuv = 0,
-    kColorModeLChab = 1,
-    kColorModeHCL = 2,
-    kColorModeHSB = 3,
-    kColorModeHSL = 4,
-};
-
 } // namespace tintorra

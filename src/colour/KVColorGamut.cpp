@@ -18,12 +18,10 @@ namespace tintorra {
 
 namespace {
 
-std::atomic<long> failingTableAllocation{-1};
-
 template <class T>
-T* allocateZeroed(std::size_t count, long allocationIndex)
+T* allocateZeroed(std::size_t count, long allocationIndex, long failingAllocation)
 {
-    if (allocationIndex == failingTableAllocation.load(std::memory_order_relaxed)) {
+    if (allocationIndex == failingAllocation) {
         return nullptr;
     }
     return new (std::nothrow) T[count]();
@@ -67,20 +65,41 @@ void KVColorGamut::RowArrayDeleter::operator()(double** rows) const
     delete[] rows;
 }
 
-KVColorGamut::KVColorGamut() : KVColorGamut(sRGBChromaticities(), kColorModeLChuv) {}
+KVColorGamut::KVColorGamut() : KVColorGamut(sRGBChromaticities(), ColorSpaceModel::LChuv) {}
 
-KVColorGamut::KVColorGamut(const KVColorSpace* colorSpace, long colorSpaceModel)
+KVColorGamut::KVColorGamut(const KVColorSpace* colorSpace, ColorSpaceModel colorSpaceModel)
 {
     initVars();
     matrixFromColorSpace(M, colorSpace);
     initWithMatrix(colorSpaceModel);
 }
 
-KVColorGamut::KVColorGamut(const KVColorSpace& colorSpace, long colorSpaceModel)
+KVColorGamut::KVColorGamut(const KVColorSpace& colorSpace, ColorSpaceModel colorSpaceModel)
     : KVColorGamut(&colorSpace, colorSpaceModel)
 {}
 
-KVColorGamut::KVColorGamut(const ColorSpaceChromaticities& chromaticities, long colorSpaceModel)
+KVColorGamut::KVColorGamut(const KVColorSpace& colorSpace, ColorSpaceModel colorSpaceModel,
+                           long failingAllocationForTesting)
+{
+    initVars();
+    matrixFromColorSpace(M, &colorSpace);
+    failingAllocation_ = failingAllocationForTesting;
+    initWithMatrix(colorSpaceModel);
+    failingAllocation_ = -1;
+}
+
+KVColorGamut::KVColorGamut(const ColorSpaceChromaticities& chromaticities,
+                           ColorSpaceModel colorSpaceModel, long failingAllocationForTesting)
+{
+    initVars();
+    M = matrixFromChromaticities(chromaticities);
+    failingAllocation_ = failingAllocationForTesting;
+    initWithMatrix(colorSpaceModel);
+    failingAllocation_ = -1;
+}
+
+KVColorGamut::KVColorGamut(const ColorSpaceChromaticities& chromaticities,
+                           ColorSpaceModel colorSpaceModel)
 {
     initVars();
     M = matrixFromChromaticities(chromaticities);
@@ -89,12 +108,13 @@ KVColorGamut::KVColorGamut(const ColorSpaceChromaticities& chromaticities, long 
 
 KVColorGamut::~KVColorGamut() = default;
 
-void KVColorGamut::initWithMatrix(long colorSpaceModel)
+void KVColorGamut::initWithMatrix(ColorSpaceModel colorSpaceModel)
 {
     // A singular matrix leaves the adjugate; profile matrices are never that close to singular,
     // and a zero matrix (non-RGB space) gives zero either way.
     invertMatrix3(MI, M);
-    colorSpaceModel_ = colorSpaceModel == kColorModeLChab ? kColorModeLChab : kColorModeLChuv;
+    colorSpaceModel_ =
+        colorSpaceModel == ColorSpaceModel::LChab ? ColorSpaceModel::LChab : ColorSpaceModel::LChuv;
     buildChromaLUTsExact();
 }
 
@@ -111,23 +131,18 @@ void KVColorGamut::initVars()
     MI = {};
 }
 
-void KVColorGamut::failTableAllocationForTesting(long allocationIndex)
-{
-    failingTableAllocation.store(allocationIndex, std::memory_order_relaxed);
-}
-
-KVColorGamut::ChromaRows KVColorGamut::allocateMatrix()
+KVColorGamut::ChromaRows KVColorGamut::allocateMatrix() const
 {
     constexpr std::size_t rows = kHueCount;
     constexpr std::size_t columns = kLightnessCount;
-    double** rowArray = allocateZeroed<double*>(rows, 1);
+    double** rowArray = allocateZeroed<double*>(rows, 1, failingAllocation_);
     if (rowArray == nullptr) {
         diagnostic("Memory allocation failed while allocating for matrix[].\n");
         return nullptr;
     }
     ChromaRows matrix(rowArray);
     for (std::size_t i = 0; i < rows; ++i) {
-        matrix[i] = allocateZeroed<double>(columns, 2 + static_cast<long>(i));
+        matrix[i] = allocateZeroed<double>(columns, 2 + static_cast<long>(i), failingAllocation_);
         if (matrix[i] == nullptr) {
             diagnostic("Memory allocation failed while allocating matrix[%lu][%lu]\n",
                        static_cast<unsigned long>(i), static_cast<unsigned long>(columns));
@@ -141,7 +156,8 @@ bool KVColorGamut::allocateTables()
 {
     maxChromasLUT_.reset();
     chromasLUT_.reset();
-    std::unique_ptr<ColorComponents[]> records(allocateZeroed<ColorComponents>(kHueCount, 0));
+    std::unique_ptr<ColorComponents[]> records(
+        allocateZeroed<ColorComponents>(kHueCount, 0, failingAllocation_));
     if (records) {
         // Zeroed records, alpha included, until the rows are filled.
         std::fill_n(records.get(), kHueCount, ColorComponents{0.0, 0.0, 0.0, 0.0});
@@ -181,7 +197,7 @@ void KVColorGamut::buildChromaLUTsExact()
         return;
     }
     diagnostic("Building chroma LUT...\n");
-    if (colorSpaceModel_ == kColorModeLChab) {
+    if (colorSpaceModel_ == ColorSpaceModel::LChab) {
         LabMatrixPrecalc();
         fillTables(
             [this](double hue, double* row) { labChromaSearchRow(precalc_table, hue, row); });
@@ -276,7 +292,8 @@ std::string KVColorGamut::description() const
 {
     char text[96];
     std::snprintf(text, sizeof text, "<<%s: %p>> colorSpaceModel: %lu", "KVColorGamut",
-                  static_cast<const void*>(this), static_cast<unsigned long>(colorSpaceModel_));
+                  static_cast<const void*>(this),
+                  static_cast<unsigned long>(colorSpaceModelNumber(colorSpaceModel_)));
     return text;
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "colour/ColorComponents.h"
+#include "colour/ColorSpaceModel.h"
 #include "colour/GamutChromaSearch.h"
 #include "colour/Matrix3.h"
 #include "colour/WorkingSpaces.h"
@@ -32,9 +33,16 @@ public:
     KVColorGamut();
     // The matrix of a colour space (sRGB when there is none; a non-RGB space leaves the matrices
     // zero). Model 1 is Lab; any other value is stored as 0, Luv.
-    KVColorGamut(const KVColorSpace* colorSpace, long colorSpaceModel);
-    KVColorGamut(const KVColorSpace& colorSpace, long colorSpaceModel);
-    KVColorGamut(const ColorSpaceChromaticities& chromaticities, long colorSpaceModel);
+    KVColorGamut(const KVColorSpace* colorSpace, ColorSpaceModel colorSpaceModel);
+    KVColorGamut(const KVColorSpace& colorSpace, ColorSpaceModel colorSpaceModel);
+    KVColorGamut(const ColorSpaceChromaticities& chromaticities, ColorSpaceModel colorSpaceModel);
+    // The same, with allocation number `failingAllocationForTesting` of the build made to fail
+    // (0 is the record table, 1 the row array, 2 + i row i; -1 none), for exercising the failure
+    // path. Later builds of the gamut allocate normally.
+    KVColorGamut(const KVColorSpace& colorSpace, ColorSpaceModel colorSpaceModel,
+                 long failingAllocationForTesting);
+    KVColorGamut(const ColorSpaceChromaticities& chromaticities, ColorSpaceModel colorSpaceModel,
+                 long failingAllocationForTesting);
     ~KVColorGamut();
 
     KVColorGamut(const KVColorGamut&) = delete;
@@ -51,7 +59,7 @@ public:
     void copy_RGB_to_XYZ_matrix(Matrix3& out) const { out = M; }
     void copy_XYZ_to_RGB_matrix(Matrix3& out) const { out = MI; }
 
-    long colorSpaceModel() const { return colorSpaceModel_; }
+    ColorSpaceModel colorSpaceModel() const { return colorSpaceModel_; }
 
     // "<<KVColorGamut: 0x...>> colorSpaceModel: n"
     std::string description() const;
@@ -104,23 +112,19 @@ public:
     void testChromaLUT(std::size_t hueStride = 1, std::size_t lightnessStride = 1) const;
     void testMaxChromaLUT() const;
 
-    // Makes allocation number `allocationIndex` of the next table builds fail (0 is the record
-    // table, 1 the row array, 2 + i row i); -1 turns this off. For exercising the failure path.
-    static void failTableAllocationForTesting(long allocationIndex);
-
 private:
     struct RowArrayDeleter {
         void operator()(double** rows) const;
     };
     using ChromaRows = std::unique_ptr<double*[], RowArrayDeleter>;
 
-    void initWithMatrix(long colorSpaceModel);
+    void initWithMatrix(ColorSpaceModel colorSpaceModel);
     bool allocateTables();
     template <class ChromaOfRow>
     void fillTables(ChromaOfRow chromaOfRow);
     // kHueCount zeroed rows of kLightnessCount doubles; nothing (after saying so) when any
     // allocation fails.
-    static ChromaRows allocateMatrix();
+    ChromaRows allocateMatrix() const;
 
     std::size_t divisionsPerChannel_ = 20;
     std::size_t pointsPerChannel_ = 21;
@@ -136,7 +140,8 @@ private:
     Matrix3 M{};
     Matrix3 MI{};
     ChromaSearchCoefficients precalc_table{};
-    long colorSpaceModel_ = kColorModeLChuv;
+    ColorSpaceModel colorSpaceModel_ = ColorSpaceModel::LChuv;
+    long failingAllocation_ = -1;
 };
 
 using KVColorGamutPtr = std::shared_ptr<const KVColorGamut>;

@@ -27,7 +27,7 @@ void KVColorGamut::testRGBColors() const
     printMatrix(M, "RGB->XYZ matrix");
     printMatrix(MI, "XYZ->RGB matrix (inverse RGB->XYZ)");
     diagnostic("Testing rgb values with threshold of %f...\n", kRoundTripThreshold);
-    const bool lab = colorSpaceModel_ == kColorModeLChab;
+    const bool lab = colorSpaceModel_ == ColorSpaceModel::LChab;
     for (std::size_t i = 0; i < rgbColors_.size(); ++i) {
         const ColorComponents& rgb = rgbColors_[i];
         const ColorComponents back =
@@ -61,7 +61,7 @@ void KVColorGamut::testChromaLUT(std::size_t hueStride, std::size_t lightnessStr
 {
     diagnostic("Testing chroma LUT values...\n");
     if (hasTables()) {
-        const bool lab = colorSpaceModel_ == kColorModeLChab;
+        const bool lab = colorSpaceModel_ == ColorSpaceModel::LChab;
         hueStride = std::max<std::size_t>(hueStride, 1);
         lightnessStride = std::max<std::size_t>(lightnessStride, 1);
         for (std::size_t i = 0; i < kHueCount; i += hueStride) {
@@ -82,7 +82,7 @@ void KVColorGamut::testMaxChromaLUT() const
 {
     diagnostic("Testing maxChroma LUT values...\n");
     if (hasTables()) {
-        const bool lab = colorSpaceModel_ == kColorModeLChab;
+        const bool lab = colorSpaceModel_ == ColorSpaceModel::LChab;
         for (std::size_t i = 0; i < kHueCount; ++i) {
             const ColorComponents& record = maxChromasLUT_[i];
             const ColorComponents lch{record.c0, record.c1, record.c2, 1.0};

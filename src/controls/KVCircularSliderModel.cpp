@@ -105,7 +105,7 @@ void KVCircularSliderModel::setEnabled(bool enabled)
     display();
 }
 
-void KVCircularSliderModel::setColorSpaceModel(long model)
+void KVCircularSliderModel::setColorSpaceModel(ColorSpaceModel model)
 {
     colorSpaceModel_ = model;
     display();

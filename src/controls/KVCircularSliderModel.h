@@ -1,5 +1,6 @@
 #pragma once
 
+#include "colour/ColorSpaceModel.h"
 #include "controls/KVContextMenuItem.h"
 #include "controls/KVSliderBindings.h"
 #include "controls/KVSliderValues.h"
@@ -81,8 +82,8 @@ public:
     void setContinuous(bool continuous) { continuous_ = continuous; }
     double defaultValue() const { return defaultValue_; }
     void setDefaultValue(double value) { defaultValue_ = value; }
-    long colorSpaceModel() const { return colorSpaceModel_; }
-    void setColorSpaceModel(long model);
+    ColorSpaceModel colorSpaceModel() const { return colorSpaceModel_; }
+    void setColorSpaceModel(ColorSpaceModel model);
     const std::string& mouseMovedNotificationKey() const { return mouseMovedNotificationKey_; }
     void setMouseMovedNotificationKey(std::string key)
     {
@@ -227,7 +228,7 @@ private:
     bool enabled_ = true;
     bool continuous_ = true;
     double defaultValue_ = 0.0;
-    long colorSpaceModel_ = 0;
+    ColorSpaceModel colorSpaceModel_ = ColorSpaceModel::LChuv;
     std::string mouseMovedNotificationKey_ = "value";
 
     int controlPart_ = kCircularPartNone;

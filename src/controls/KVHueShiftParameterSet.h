@@ -1,8 +1,10 @@
 #pragma once
 
+#include "colour/ColorSpaceModel.h"
 #include "controls/KVSliderValues.h"
 #include "controls/KVTenSegmentValues.h"
 #include "controls/KVValueDictionary.h"
+#include "controls/MaskView.h"
 
 #include <cstdint>
 
@@ -22,7 +24,7 @@ public:
     // The values of a freshly created set of sliders: the hue ring centred on 0 with 10 degree
     // bounds and fall-offs, straight saturation and brightness sliders over the whole scale,
     // targets 0, the identity curve, display gamma 2.2 (kept, like every display gamma, at
-    // single precision), colour mode 0, both switches off, the shifted image shown.
+    // single precision), LCh over Luv, both switches off, the shifted image shown.
     KVHueShiftParameterSet();
 
     // Selection ranges, as records and in the dictionary form of the sliders. Setting from a
@@ -61,18 +63,16 @@ public:
     double displayGamma() const { return displayGamma_; }
     void setDisplayGamma(double gamma);
 
-    // 0 LChuv, 1 LChab, 2 HCL, 3 HSB, 4 HSL; other values are stored as they come.
-    std::int64_t colorSpaceModel() const { return colorSpaceModel_; }
-    void setColorSpaceModel(std::int64_t model) { colorSpaceModel_ = model; }
+    ColorSpaceModel colorSpaceModel() const { return colorSpaceModel_; }
+    void setColorSpaceModel(ColorSpaceModel model) { colorSpaceModel_ = model; }
 
     bool preserveHue() const { return preserveHue_ != 0; }
     void setPreserveHue(bool preserve) { preserveHue_ = preserve ? 1 : 0; }
     bool blendToFalloffHues() const { return blendToFalloffHues_ != 0; }
     void setBlendToFalloffHues(bool blend) { blendToFalloffHues_ = blend ? 1 : 0; }
 
-    // 0 shifted image, 1 highlight, 2 black mask, 3 white mask, 4 hover highlight.
-    std::int64_t maskToShow() const { return maskToShow_; }
-    void setMaskToShow(std::int64_t mask) { maskToShow_ = mask; }
+    MaskView maskToShow() const { return maskToShow_; }
+    void setMaskToShow(MaskView mask) { maskToShow_ = mask; }
 
     friend bool operator==(const KVHueShiftParameterSet&, const KVHueShiftParameterSet&) = default;
 
@@ -85,10 +85,10 @@ private:
     double targetBriModifier_ = 0.0;
     KVValueDictionary targetBriTenVals_;
     double displayGamma_ = 0.0;
-    std::int64_t colorSpaceModel_ = 0;
+    ColorSpaceModel colorSpaceModel_ = ColorSpaceModel::LChuv;
     std::uint8_t preserveHue_ = 0;
     std::uint8_t blendToFalloffHues_ = 0;
-    std::int64_t maskToShow_ = 0;
+    MaskView maskToShow_ = MaskView::shiftedImage;
 };
 
 // The display gamma a fresh parameter set starts with.

@@ -159,8 +159,7 @@ bool setHueShiftParametersFromHexEncodedString(KVHueShiftParameterSet& set, std:
     if (!decoded || text.empty()) {
         return false;
     }
-    applyDecodedHueShiftParameters(*decoded, set);
-    return true;
+    return applyDecodedHueShiftParameters(*decoded, set);
 }
 
 } // namespace tintorra

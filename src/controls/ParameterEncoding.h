@@ -30,6 +30,7 @@ struct DecodedHueShiftParameters {
     std::uint8_t version = 0;
     // The reciprocal of the display gamma; 0 gives an infinite display gamma.
     double gamma = 0.0;
+    // The colour mode's and the mask view's numbers as written; they may name nothing.
     std::uint8_t colorSpaceModel = 0;
     std::uint8_t preserveHue = 0;
     std::uint8_t blendToFalloffHues = 0;
@@ -47,7 +48,7 @@ struct DecodedHueShiftParameters {
 
 // Reads a parameter string; nothing when it is empty or does not begin with "tolm" (case
 // matters). Everything else is read as far as it goes, with no check of length, version or
-// range:
+// range (applying checks the colour mode and the mask view):
 // - a field is read only while at least two characters remain at its position; otherwise it
 //   keeps the value last read into its slot (one slot for all bytes, one for the four single
 //   doubles, eleven for the curve, four shared by the three ranges; all start at 0);
@@ -59,25 +60,33 @@ std::optional<DecodedHueShiftParameters> decodeHueShiftParameters(std::string_vi
 // Applies decoded values through the target's setters in their fixed order: display gamma
 // (1 / gamma), colour mode, preserve hue, blend to fall-off hues, mask to show, target hue,
 // target saturation, curve, then the three ranges. The target brightness is skipped on purpose.
-// An owner that recomputes on every setter should block recomputation around this call and
-// recompute once afterwards.
+// A colour mode or mask byte that names no mode or view is refused: false, and the target is left
+// untouched. An owner that recomputes on every setter should block recomputation around this
+// call and recompute once afterwards.
 template <typename Target>
-void applyDecodedHueShiftParameters(const DecodedHueShiftParameters& decoded, Target& target)
+bool applyDecodedHueShiftParameters(const DecodedHueShiftParameters& decoded, Target& target)
 {
+    const std::optional<ColorSpaceModel> model = colorSpaceModelFromNumber(decoded.colorSpaceModel);
+    const std::optional<MaskView> mask = maskViewFromNumber(decoded.maskToShow);
+    if (!model || !mask) {
+        return false;
+    }
     target.setDisplayGamma(1.0 / decoded.gamma);
-    target.setColorSpaceModel(static_cast<std::int64_t>(decoded.colorSpaceModel));
+    target.setColorSpaceModel(*model);
     target.setPreserveHue(decoded.preserveHue != 0);
     target.setBlendToFalloffHues(decoded.blendToFalloffHues != 0);
-    target.setMaskToShow(static_cast<std::int64_t>(decoded.maskToShow));
+    target.setMaskToShow(*mask);
     target.setTargetHue(decoded.targetHue);
     target.setTargetSat(decoded.targetSat);
     target.setTargetBriTenVals(decoded.targetBriTenVals);
     target.setSourceHueValues(decoded.sourceHueValues);
     target.setSourceSatValues(decoded.sourceSatValues);
     target.setSourceBriValues(decoded.sourceBriValues);
+    return true;
 }
 
-// Decodes and applies; false (and the set untouched) when the string is not accepted.
+// Decodes and applies; false (and the set untouched) when the string is not accepted or names a
+// colour mode or mask view that does not exist.
 bool setHueShiftParametersFromHexEncodedString(KVHueShiftParameterSet& set, std::string_view text);
 
 } // namespace tintorra

@@ -50,9 +50,9 @@ HueShiftParameters hueShiftParameters(const KVHueShiftParameterSet& set,
     p.preserveHue = set.preserveHue() ? 1 : 0;
     p.colorSpaceModel = set.colorSpaceModel();
     p.blendToFalloffHues = set.blendToFalloffHues() ? 1 : 0;
-    p.maskToShow = static_cast<std::int32_t>(set.maskToShow());
+    p.maskToShow = set.maskToShow();
 
-    if (p.maskToShow == 1) {
+    if (p.maskToShow == MaskView::selectionHighlight) {
         const double opposite = hueOppositeRangeCentre(hue.lower, hue.upper);
         p.targetBri = 1.0;
         p.targetSat = 1.0;

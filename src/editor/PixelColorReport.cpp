@@ -12,7 +12,7 @@ namespace tintorra {
 namespace {
 
 std::optional<double> relativeSaturation(const ColorComponents& lch, const KVColorGamut* gamut,
-                                         long model)
+                                         ColorSpaceModel model)
 {
     if (gamut == nullptr || !gamut->hasTables() || gamut->colorSpaceModel() != model) {
         return std::nullopt;
@@ -72,7 +72,7 @@ std::optional<PixelColorReport> pixelColorReport(const KVBitmapPtr& image, std::
 }
 
 double normalizedHueOfEncodedColor(const ColorComponents& encoded, double imageGamma,
-                                   const KVColorSpace* colorSpace, long colorSpaceModel)
+                                   const KVColorSpace* colorSpace, ColorSpaceModel colorSpaceModel)
 {
     PixelColorReport report;
     report.encodedRgb = encoded;
@@ -102,29 +102,29 @@ void fillModelComponents(PixelColorReport& report, const KVColorSpace* colorSpac
     report.lchab = labToLch(report.lab);
     report.luv = xyzToLuv(xyz);
     report.lchuv = luvToLch(report.luv);
-    report.lchabSaturation = relativeSaturation(report.lchab, gamut, kColorModeLChab);
-    report.lchuvSaturation = relativeSaturation(report.lchuv, gamut, kColorModeLChuv);
+    report.lchabSaturation = relativeSaturation(report.lchab, gamut, ColorSpaceModel::LChab);
+    report.lchuvSaturation = relativeSaturation(report.lchuv, gamut, ColorSpaceModel::LChuv);
 }
 
 } // namespace
 
-double normalizedHueForColorModel(const PixelColorReport& report, long colorSpaceModel)
+double normalizedHueForColorModel(const PixelColorReport& report, ColorSpaceModel colorSpaceModel)
 {
     double hue = 0.0;
     switch (colorSpaceModel) {
-    case kColorModeLChuv:
+    case ColorSpaceModel::LChuv:
         hue = hueFraction(report.lchuv.c2);
         break;
-    case kColorModeLChab:
+    case ColorSpaceModel::LChab:
         hue = hueFraction(report.lchab.c2);
         break;
-    case kColorModeHCL:
+    case ColorSpaceModel::HCL:
         hue = report.hcl.h;
         break;
-    case kColorModeHSB:
+    case ColorSpaceModel::HSB:
         hue = report.hsb.c0;
         break;
-    default:
+    case ColorSpaceModel::HSL:
         hue = report.hsl.c0;
         break;
     }

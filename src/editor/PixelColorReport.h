@@ -1,6 +1,7 @@
 #pragma once
 
 #include "colour/ColorComponents.h"
+#include "colour/ColorSpaceModel.h"
 #include "colour/KVColorGamut.h"
 #include "image/KVBitmap.h"
 
@@ -49,9 +50,9 @@ std::optional<PixelColorReport> pixelColorReport(const KVBitmapPtr& image, std::
 // The hue of an interface colour (its samples as fractions, encoded with `imageGamma`) in a
 // colour model, read as if it were a pixel of an image in `colorSpace` (sRGB when none).
 double normalizedHueOfEncodedColor(const ColorComponents& encoded, double imageGamma,
-                                   const KVColorSpace* colorSpace, long colorSpaceModel);
+                                   const KVColorSpace* colorSpace, ColorSpaceModel colorSpaceModel);
 
 // The pixel's hue in a colour model as a fraction in [0, 1), as the hue sliders take it.
-double normalizedHueForColorModel(const PixelColorReport& report, long colorSpaceModel);
+double normalizedHueForColorModel(const PixelColorReport& report, ColorSpaceModel colorSpaceModel);
 
 } // namespace tintorra

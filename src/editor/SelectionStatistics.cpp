@@ -129,11 +129,11 @@ double saturationGain(const SelectionStatistics& statistics)
     return 1.0 / statistics.meanChromaRatio + 1.0;
 }
 
-double curveGain(const SelectionStatistics& statistics, std::int64_t colorSpaceModel)
+double curveGain(const SelectionStatistics& statistics, ColorSpaceModel colorSpaceModel)
 {
-    // The LCh models (and anything numbered below them) measure lightness on 0..100.
-    const double s =
-        colorSpaceModel < 2 ? statistics.meanLightness / 100.0 : statistics.meanLightness;
+    // The LCh models measure lightness on 0..100.
+    const double s = isLchColorMode(colorSpaceModel) ? statistics.meanLightness / 100.0
+                                                     : statistics.meanLightness;
     return s > 0.0 ? 1.0 / s + 1.0 : 1.0;
 }
 

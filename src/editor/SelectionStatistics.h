@@ -1,5 +1,6 @@
 #pragma once
 
+#include "colour/ColorSpaceModel.h"
 #include "colour/KVColorGamut.h"
 #include "controls/KVSliderValues.h"
 #include "engine/HueShiftParameters.h"
@@ -43,6 +44,6 @@ SelectionStatistics selectionStatistics(const LChSpectrum* spectrum, const KVSli
 double saturationGain(const SelectionStatistics& statistics);
 
 // 1 / s + 1 for a positive mean lightness s (divided by 100 in the LCh modes), else 1.
-double curveGain(const SelectionStatistics& statistics, std::int64_t colorSpaceModel);
+double curveGain(const SelectionStatistics& statistics, ColorSpaceModel colorSpaceModel);
 
 } // namespace tintorra

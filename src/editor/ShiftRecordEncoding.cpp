@@ -11,10 +11,10 @@ std::string hexEncodedStringFromHueShiftParameters(const HueShiftParameters& p)
     out.append(kHueShiftParameterPrefix);
     appendHexByte(out, kHueShiftParameterVersion);
     appendHexDouble(out, p.imageGamma);
-    appendHexByte(out, static_cast<std::uint8_t>(p.colorSpaceModel & 0xFF));
+    appendHexByte(out, static_cast<std::uint8_t>(colorSpaceModelNumber(p.colorSpaceModel)));
     appendHexByte(out, p.preserveHue);
     appendHexByte(out, p.blendToFalloffHues);
-    appendHexByte(out, static_cast<std::uint8_t>(p.maskToShow & 0xFF));
+    appendHexByte(out, static_cast<std::uint8_t>(maskViewNumber(p.maskToShow)));
     appendHexDouble(out, p.targetHue);
     appendHexDouble(out, p.targetSat);
     appendHexDouble(out, p.targetBri);

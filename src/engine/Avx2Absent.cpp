@@ -24,7 +24,7 @@ void sincos(const double*, double*, double*, std::size_t)
 }
 } // namespace batch::avx2
 
-namespace row_kernel::avx2 {
+namespace rowKernel::avx2 {
 std::size_t readCandidates(const ReadConstants&, const std::uint8_t*, std::size_t, std::size_t,
                            std::int64_t, const RowWords&, const Candidates&)
 {
@@ -61,6 +61,6 @@ void maxChromasForHues(const double*, const double*, std::size_t, double*)
 {
     __builtin_trap();
 }
-} // namespace row_kernel::avx2
+} // namespace rowKernel::avx2
 
 } // namespace tintorra

@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <immintrin.h>
 
-namespace tintorra::row_kernel::avx2 {
+namespace tintorra::rowKernel::avx2 {
 namespace {
 
 using Lanes = __m256d;
@@ -498,4 +498,4 @@ inline Lanes fastAtan2(Lanes y, Lanes x)
 }
 
 } // namespace
-} // namespace tintorra::row_kernel::avx2
+} // namespace tintorra::rowKernel::avx2

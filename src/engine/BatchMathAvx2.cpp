@@ -52,10 +52,10 @@ void cbrt(const double* x, double* out, std::size_t n)
 {
     std::size_t i = 0;
     for (; i + kLanes <= n; i += kLanes) {
-        _mm256_storeu_pd(out + i, row_kernel::avx2::cubeRoot(_mm256_loadu_pd(x + i)));
+        _mm256_storeu_pd(out + i, rowKernel::avx2::cubeRoot(_mm256_loadu_pd(x + i)));
     }
     if (i < n) {
-        storeTail(out + i, row_kernel::avx2::cubeRoot(loadTail(x + i, n - i)), n - i);
+        storeTail(out + i, rowKernel::avx2::cubeRoot(loadTail(x + i, n - i)), n - i);
     }
 }
 

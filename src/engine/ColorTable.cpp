@@ -34,23 +34,24 @@ public:
         }
     }
 
-    // Converts `count` colours in mode `colorSpaceModel` (anything but 0 to 3 is HSL), with the
-    // mode's dispatch outside the loop.
-    void convert(long colorSpaceModel, const DistinctColor* colors, std::size_t count,
+    // Converts `count` colours in mode `colorSpaceModel`, with the mode's dispatch outside the
+    // loop.
+    void convert(ColorSpaceModel colorSpaceModel, const DistinctColor* colors, std::size_t count,
                  color_table_lch_entry_info* entries) const
     {
         switch (colorSpaceModel) {
-        case kColorModeLChuv:
-            return convertAll<kColorModeLChuv>(colors, count, entries);
-        case kColorModeLChab:
-            return convertAll<kColorModeLChab>(colors, count, entries);
-        case kColorModeHCL:
-            return convertAll<kColorModeHCL>(colors, count, entries);
-        case kColorModeHSB:
-            return convertAll<kColorModeHSB>(colors, count, entries);
-        default:
-            return convertAll<kColorModeHSL>(colors, count, entries);
+        case ColorSpaceModel::LChuv:
+            return convertAll<ColorSpaceModel::LChuv>(colors, count, entries);
+        case ColorSpaceModel::LChab:
+            return convertAll<ColorSpaceModel::LChab>(colors, count, entries);
+        case ColorSpaceModel::HCL:
+            return convertAll<ColorSpaceModel::HCL>(colors, count, entries);
+        case ColorSpaceModel::HSB:
+            return convertAll<ColorSpaceModel::HSB>(colors, count, entries);
+        case ColorSpaceModel::HSL:
+            break;
         }
+        return convertAll<ColorSpaceModel::HSL>(colors, count, entries);
     }
 
 private:
@@ -70,7 +71,7 @@ private:
         return {linear_[r], linear_[g], linear_[b], a / 255.0};
     }
 
-    template <long kMode>
+    template <ColorSpaceModel kMode>
     void convertAll(const DistinctColor* colors, std::size_t count,
                     color_table_lch_entry_info* entries) const
     {
@@ -80,15 +81,16 @@ private:
             entry.saturation = 0.0f;
             entry.firstLocation = colors[i].firstLocation;
             entry.locationCount = colors[i].locationCount;
-            if constexpr (kMode == kColorModeLChuv || kMode == kColorModeLChab) {
-                const ColorComponents lch = kMode == kColorModeLChuv ? rgbToLchuv(linear, matrix_)
-                                                                     : rgbToLchab(linear, matrix_);
+            if constexpr (kMode == ColorSpaceModel::LChuv || kMode == ColorSpaceModel::LChab) {
+                const ColorComponents lch = kMode == ColorSpaceModel::LChuv
+                                                ? rgbToLchuv(linear, matrix_)
+                                                : rgbToLchab(linear, matrix_);
                 store(entry, lch.c2, lch.c1, lch.c0, lch.alpha);
-            } else if constexpr (kMode == kColorModeHCL) {
+            } else if constexpr (kMode == ColorSpaceModel::HCL) {
                 const HclComponents hcl = rgbToHcl(linear);
                 store(entry, hcl.h, hcl.c, hcl.l, hcl.alpha);
                 entry.saturation = static_cast<float>(hcl.saturation);
-            } else if constexpr (kMode == kColorModeHSB) {
+            } else if constexpr (kMode == ColorSpaceModel::HSB) {
                 const ColorComponents hsb = rgbToHsb(linear);
                 store(entry, hsb.c0, hsb.c1, hsb.c2, hsb.alpha);
             } else {
@@ -156,7 +158,7 @@ bool colorTableCanAddress(std::int64_t pixelsWide, std::int64_t pixelsHigh,
 }
 
 LChColorTable detail::buildColorTable(const KVBitmapPtr& bitmap, double imageGamma,
-                                      long colorSpaceModel, unsigned threads)
+                                      ColorSpaceModel colorSpaceModel, unsigned threads)
 {
     LChColorTable table;
     table.colorSpaceModel = colorSpaceModel;
@@ -214,7 +216,7 @@ LChColorTable detail::buildColorTable(const KVBitmapPtr& bitmap, double imageGam
 }
 
 LChColorTable createLChColorTableWithImageGamma(const KVBitmapPtr& bitmap, double imageGamma,
-                                                long colorSpaceModel)
+                                                ColorSpaceModel colorSpaceModel)
 {
     // Two threads at most: the table is built in the background while the interface runs.
     const std::uint64_t pixels =

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "colour/ColorSpaceModel.h"
 #include "engine/TableAllocation.h"
 #include "image/KVBitmap.h"
 
@@ -37,7 +38,7 @@ static_assert(sizeof(color_table_lch_entry_info) == 28);
 // ascending order, and each group lists its offsets in ascending order. `colors` are sorted by
 // hue, then lightness, then chroma, ascending (equal triples keep the order of their groups).
 struct LChColorTable {
-    long colorSpaceModel = 0;
+    ColorSpaceModel colorSpaceModel = ColorSpaceModel::LChuv;
     std::uint64_t count = 0;
     TableArray<color_table_lch_entry_info> colors;
     TableArray<std::uint32_t> locations;
@@ -56,7 +57,7 @@ struct LChColorTable {
 // whose offsets do not fit in 32 bits, and, with a message on standard error, when memory runs
 // out. Uses up to two threads; the result does not depend on their number.
 LChColorTable createLChColorTableWithImageGamma(const KVBitmapPtr& bitmap, double imageGamma,
-                                                long colorSpaceModel);
+                                                ColorSpaceModel colorSpaceModel);
 
 // True when every pixel of an image of this geometry has a byte offset that fits in 32 bits and
 // the pixel count fits the entries' 32-bit location fields.

@@ -17,14 +17,14 @@ namespace {
 constexpr std::uint64_t kEntriesBetweenChecks = 4096;
 
 // An entry's stored colour in the form the weights are computed on.
-ShiftOutcome entryOutcome(const color_table_lch_entry_info& entry, bool lch, std::int64_t mode,
+ShiftOutcome entryOutcome(const color_table_lch_entry_info& entry, bool lch, ColorSpaceModel mode,
                           const OutcomeContext& context)
 {
     if (lch) {
         return lchOutcome({entry.lightness, entry.chroma, entry.hue, entry.alpha}, context);
     }
     // The table keeps HCL's own saturation; HSB and HSL test their S.
-    const double saturation = mode == kColorModeHCL ? entry.saturation : entry.chroma;
+    const double saturation = mode == ColorSpaceModel::HCL ? entry.saturation : entry.chroma;
     return cylinderOutcome({entry.hue, entry.chroma, entry.lightness, entry.alpha, saturation},
                            context);
 }
@@ -109,7 +109,7 @@ void colorTableWorker(const HueShiftTask& task, std::vector<TableColor>& toWrite
                 } else {
                     // The table keeps HCL's own saturation; HSB and HSL test their S.
                     const double saturation =
-                        p.colorSpaceModel == kColorModeHCL ? entry.saturation : entry.chroma;
+                        p.colorSpaceModel == ColorSpaceModel::HCL ? entry.saturation : entry.chroma;
                     batch.cylinder[j] = {entry.hue, entry.chroma, entry.lightness, entry.alpha,
                                          saturation};
                     selection = cylinderSelection(batch.cylinder[j], p);

@@ -25,10 +25,20 @@ Error unsupportedLayoutError()
 
 } // namespace
 
-Engine::Engine(EngineOptions options) : pool_(options.threads), kernels_(options.kernels) {}
+Engine::Engine(EngineOptions options)
+    : pool_(options.threads), kernels_(options.kernels),
+      tableMemory_(std::make_shared<TableMemory>(options.tableMemory)),
+      caches_(std::make_unique<ShiftCaches>()), tableWrites_(options.tableWrites),
+      failGamutAllocation_(options.failGamutAllocation)
+{}
+
+Engine::~Engine()
+{
+    tableMemory_->close();
+}
 
 Result<ColorTablePtr> Engine::buildColorTable(const KVBitmapPtr& image, double imageGamma,
-                                              long colorSpaceModel, std::stop_token stop)
+                                              ColorSpaceModel colorSpaceModel, std::stop_token stop)
 {
     if (stop.stop_requested()) {
         return cancelledError();
@@ -47,6 +57,7 @@ Result<ColorTablePtr> Engine::buildColorTable(const KVBitmapPtr& image, double i
                      "samples and try again."};
     }
     const UseWorkerPool use(pool_);
+    const UseTableMemory memory(tableMemory_);
     auto table = std::make_shared<LChColorTable>(
         createLChColorTableWithImageGamma(image, imageGamma, colorSpaceModel));
     if (table->empty()) {
@@ -59,14 +70,14 @@ Result<ColorTablePtr> Engine::buildColorTable(const KVBitmapPtr& image, double i
     return ColorTablePtr(std::move(table));
 }
 
-Result<KVColorGamutPtr> Engine::buildGamut(const KVColorSpace& space, long colorSpaceModel,
-                                           std::stop_token stop)
+Result<KVColorGamutPtr> Engine::buildGamut(const KVColorSpace& space,
+                                           ColorSpaceModel colorSpaceModel, std::stop_token stop)
 {
     if (stop.stop_requested()) {
         return cancelledError();
     }
     const UseWorkerPool use(pool_);
-    auto gamut = std::make_shared<const KVColorGamut>(space, colorSpaceModel);
+    auto gamut = std::make_shared<const KVColorGamut>(space, colorSpaceModel, failGamutAllocation_);
     if (!gamut->hasTables()) {
         return outOfMemoryError("the gamut tables");
     }
@@ -127,9 +138,10 @@ Result<KVBitmapPtr> Engine::run(const ShiftRequest& request, std::stop_token sto
     }
     RunControl control(stop, progress);
     const UseWorkerPool use(pool_);
+    const UseTableMemory memory(tableMemory_);
     KVBitmapPtr shifted =
         detail::hueShift(request.source, request.destination, std::move(parameters), 0, kernels_,
-                         &control, footprints);
+                         &control, {caches_.get(), tableWrites_}, footprints);
     if (stop.stop_requested()) {
         return cancelledError();
     }

@@ -7,7 +7,10 @@
 #include "engine/HueShift.h"
 #include "engine/HueShiftParameters.h"
 #include "engine/RunControl.h"
+#include "engine/ShiftCaches.h"
 #include "engine/ShiftFootprint.h"
+#include "engine/TableAllocation.h"
+#include "engine/TableWriteLimits.h"
 #include "image/KVBitmap.h"
 
 #include <memory>
@@ -24,6 +27,13 @@ struct EngineOptions {
     unsigned threads = 0;
     // The plain kernels give the same pictures; tests choose them to compare the two.
     EngineKernels kernels = EngineKernels::best;
+    // How much freed table memory is kept for the next table, and (tests only) an injected
+    // allocation failure.
+    TableMemoryOptions tableMemory{};
+    // Tests only: tiny limits exercise the blocks and waves of the table writes on small images.
+    TableWriteLimits tableWrites{};
+    // Tests only: makes allocation number n of each gamut build fail (see KVColorGamut).
+    long failGamutAllocation = -1;
 };
 
 // One shift: the picture, where it goes, and what the editor built for it.
@@ -43,12 +53,17 @@ struct ShiftRequest {
     ShiftFootprintPtr destinationFootprint = nullptr;
 };
 
-// The pixel engine as one object: it owns the threads that every job of the process runs on and
-// chooses its kernels once. Its calls may come from several threads at once; each takes a stop
+// The pixel engine as one object: it owns the threads that every job of the process runs on, the
+// memory of its tables and the tables its shifts reuse, and chooses its kernels once. Two engines
+// share nothing that changes. Its calls may come from several threads at once; each takes a stop
 // token and hands back a value or an error, and none of them throws or prints.
 class Engine {
 public:
     explicit Engine(EngineOptions options = {});
+    // Gives the kept table memory back; tables still held elsewhere free theirs when they go.
+    ~Engine();
+    Engine(const Engine&) = delete;
+    Engine& operator=(const Engine&) = delete;
 
     unsigned threadCount() const { return pool_.size(); }
     EngineKernels kernels() const { return kernels_; }
@@ -56,10 +71,11 @@ public:
     // The distinct colours of an 8-bit (or, read by its high bytes, 16-bit) image in a colour
     // mode. The stop token is looked at before and after the build.
     Result<ColorTablePtr> buildColorTable(const KVBitmapPtr& image, double imageGamma,
-                                          long colorSpaceModel, std::stop_token stop = {});
+                                          ColorSpaceModel colorSpaceModel,
+                                          std::stop_token stop = {});
 
     // The gamut of an RGB colour space for one of the LCh modes.
-    Result<KVColorGamutPtr> buildGamut(const KVColorSpace& space, long colorSpaceModel,
+    Result<KVColorGamutPtr> buildGamut(const KVColorSpace& space, ColorSpaceModel colorSpaceModel,
                                        std::stop_token stop = {});
 
     // Shifts (or renders a selection mask of) a picture. A run asked to stop ends early with
@@ -71,12 +87,21 @@ public:
     Result<TrackedShift> shiftTracked(const ShiftRequest& request, std::stop_token stop = {},
                                       const ProgressCallback& progress = {});
 
+    // Table memory kept for the next table, and a way to give it back while nothing is being
+    // built for a while (the last document closed).
+    std::size_t retainedTableMemory() const { return tableMemory_->retainedBytes(); }
+    void releaseRetainedTableMemory() { tableMemory_->release(); }
+
 private:
     Result<KVBitmapPtr> run(const ShiftRequest& request, std::stop_token stop,
                             const ProgressCallback& progress, detail::TableFootprints* footprints);
 
     WorkerPool pool_;
     EngineKernels kernels_;
+    std::shared_ptr<TableMemory> tableMemory_;
+    std::unique_ptr<ShiftCaches> caches_;
+    TableWriteLimits tableWrites_;
+    long failGamutAllocation_;
 };
 
 } // namespace tintorra

@@ -4,7 +4,7 @@
 #include "engine/Avx2Lanes.h"
 #include "engine/RowKernel.h"
 
-namespace tintorra::row_kernel::avx2 {
+namespace tintorra::rowKernel::avx2 {
 
 namespace {
 
@@ -48,4 +48,4 @@ void maxChromasForHues(const double* maxChromas, const double* hue, std::size_t 
     }
 }
 
-} // namespace tintorra::row_kernel::avx2
+} // namespace tintorra::rowKernel::avx2

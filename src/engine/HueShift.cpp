@@ -5,6 +5,7 @@
 #include "engine/HueShiftWorkers.h"
 #include "engine/PaintCoverage.h"
 #include "engine/SelectionWeights.h"
+#include "engine/ShiftCaches.h"
 #include "engine/ShiftOutcome.h"
 #include "image/PixelAccess.h"
 
@@ -42,7 +43,7 @@ void runMatrices(const HueShiftParameters& p, const KVBitmap& source, Matrix3& M
 
 // A colour table is usable when it is empty (nothing to shift) or describes colours of the
 // record's mode.
-bool usableColorTable(const ColorTableRef& table, std::int64_t colorSpaceModel)
+bool usableColorTable(const ColorTableRef& table, ColorSpaceModel colorSpaceModel)
 {
     return table.count == 0 || (table.colorSpaceModel == colorSpaceModel &&
                                 table.colors != nullptr && table.locations != nullptr);
@@ -50,6 +51,7 @@ bool usableColorTable(const ColorTableRef& table, std::int64_t colorSpaceModel)
 
 KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftParameters p,
                   unsigned processorCount, EngineKernels kernels, RunControl* control,
+                  ShiftCaches& caches, const TableWriteLimits& writeLimits,
                   detail::TableFootprints* footprints)
 {
     TableWritePlanPtr givenPlan;
@@ -111,11 +113,15 @@ KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftP
     run.selectableHues = selectableHueArc(p);
     run.luvHueFilter = LuvHueFilter(run.selectableHues, run.M);
     if (byColorTable) {
-        run.byteEncode = byteEncodeTable(destinationRecord->imageGamma);
+        run.byteEncode = caches.byteEncodeTable(destinationRecord->imageGamma);
     } else if (sourceOffsets.bitsPerSample == 16) {
-        run.wordDecode = wordDecodeTable(sourceOffsets.imageGamma);
-        run.wordEncode = wordEncodeTable(destinationRecord->imageGamma);
+        run.wordDecode = caches.wordDecodeTable(sourceOffsets.imageGamma);
+        run.wordEncode = caches.wordEncodeTable(destinationRecord->imageGamma);
     }
+    if (run.vectorised) {
+        run.pairedChroma = caches.pairedChromaTable(p.gamut);
+    }
+    run.writeLimits = writeLimits;
 
     const std::uint64_t items =
         byColorTable ? p.colorTable.count : static_cast<std::uint64_t>(sourceOffsets.pixelsHigh);
@@ -172,7 +178,7 @@ KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftP
         if (trackable && !run.stopRequested()) {
             plan = std::move(givenPlan);
             if (plan == nullptr || plan->entries != footprints->written ||
-                plan->blockBytes != tableWriteBlockBytes(*destinationRecord)) {
+                plan->blockBytes != tableWriteBlockBytes(*destinationRecord, run.writeLimits)) {
                 plan = planTableWrites(run, p.colorTable, footprints->written, threads);
             }
         }
@@ -198,22 +204,17 @@ namespace detail {
 
 KVBitmapPtr hueShift(const KVBitmapPtr& source, const KVBitmapPtr& destination,
                      HueShiftParameters parameters, unsigned processorCount, EngineKernels kernels,
-                     RunControl* control)
-{
-    return hueShift(source, destination, std::move(parameters), processorCount, kernels, control,
-                    nullptr);
-}
-
-KVBitmapPtr hueShift(const KVBitmapPtr& source, const KVBitmapPtr& destination,
-                     HueShiftParameters parameters, unsigned processorCount, EngineKernels kernels,
-                     RunControl* control, TableFootprints* footprints)
+                     RunControl* control, const RunResources& resources,
+                     TableFootprints* footprints)
 {
     if (source == nullptr) {
         return nullptr;
     }
     try {
+        ShiftCaches ownCaches;
         return shift(source, destination, std::move(parameters), processorCount, kernels, control,
-                     footprints);
+                     resources.caches != nullptr ? *resources.caches : ownCaches,
+                     resources.writeLimits, footprints);
     } catch (...) {
         if (footprints != nullptr) {
             footprints->tracked = false;

@@ -3,6 +3,7 @@
 #include "engine/HueShiftParameters.h"
 #include "engine/RunControl.h"
 #include "engine/TableFootprint.h"
+#include "engine/TableWriteLimits.h"
 #include "engine/TableWritePlan.h"
 #include "image/KVBitmap.h"
 
@@ -37,13 +38,15 @@ KVBitmapPtr hueShift(const KVBitmapPtr& source, const KVBitmapPtr& destination,
 // or the plain scalar steps everywhere (the two give the same pictures, bit for bit).
 enum class EngineKernels { best, plain };
 
+class ShiftCaches;
+
 namespace detail {
-// The engine object's entry: the same with a choice of kernels and a control that the workers
-// consult between pieces of work. A run stopped midway returns its half-written destination;
-// the engine object never hands that out.
-KVBitmapPtr hueShift(const KVBitmapPtr& source, const KVBitmapPtr& destination,
-                     HueShiftParameters parameters, unsigned processorCount, EngineKernels kernels,
-                     RunControl* control);
+// What an engine lends each of its runs.
+struct RunResources {
+    // Tables reused from run to run; without them a run makes its own.
+    ShiftCaches* caches = nullptr;
+    TableWriteLimits writeLimits;
+};
 
 // What a run into a bitmap kept from an earlier run knows of it, and learns of its own result.
 struct TableFootprints {
@@ -61,10 +64,14 @@ struct TableFootprints {
     TableFootprint written;
 };
 
-// The same, reading and describing footprints; a run stopped midway describes nothing.
+// The engine object's entry: the same with a choice of kernels and a control that the workers
+// consult between pieces of work. A run stopped midway returns its half-written destination;
+// the engine object never hands that out. Given footprints, the run reads and describes them;
+// a run stopped midway describes nothing.
 KVBitmapPtr hueShift(const KVBitmapPtr& source, const KVBitmapPtr& destination,
                      HueShiftParameters parameters, unsigned processorCount, EngineKernels kernels,
-                     RunControl* control, TableFootprints* footprints);
+                     RunControl* control, const RunResources& resources = {},
+                     TableFootprints* footprints = nullptr);
 } // namespace detail
 
 } // namespace tintorra

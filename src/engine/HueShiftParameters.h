@@ -1,7 +1,9 @@
 #pragma once
 
+#include "colour/ColorSpaceModel.h"
 #include "colour/KVColorGamut.h"
 #include "controls/KVTenSegmentValues.h"
+#include "controls/MaskView.h"
 #include "engine/ColorTable.h"
 #include "image/KVBitmap.h"
 
@@ -31,7 +33,7 @@ struct SelectionStatistics {
 // The colour table as the engine reads it. Not owned: the table must stay alive and unchanged
 // while a shift runs.
 struct ColorTableRef {
-    long colorSpaceModel = 0;
+    ColorSpaceModel colorSpaceModel = ColorSpaceModel::LChuv;
     std::uint64_t count = 0;
     const color_table_lch_entry_info* colors = nullptr;
     const std::uint32_t* locations = nullptr;
@@ -88,11 +90,9 @@ struct HueShiftParameters {
     SelectionStatistics statistics;
 
     std::uint8_t preserveHue = 0;
-    std::int64_t colorSpaceModel = 0;
+    ColorSpaceModel colorSpaceModel = ColorSpaceModel::LChuv;
     std::uint8_t blendToFalloffHues = 0;
-    // 0 shifted image, 1 highlight of the selection, 2 black mask, 3 white mask, 4 highlight of
-    // a hovered lightness.
-    std::int32_t maskToShow = 0;
+    MaskView maskToShow = MaskView::shiftedImage;
 
     // For the LCh modes; may be absent.
     KVColorGamutPtr gamut;
@@ -113,11 +113,5 @@ struct HueShiftParameters {
     double saturationToHighlight = 0.0;
     double brightnessToHighlight = 0.0;
 };
-
-// The colour modes whose hue is an angle and which use a gamut.
-constexpr bool isLchColorMode(std::int64_t colorSpaceModel)
-{
-    return colorSpaceModel == 0 || colorSpaceModel == 1;
-}
 
 } // namespace tintorra

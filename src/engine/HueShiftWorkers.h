@@ -7,6 +7,7 @@
 #include "engine/PaintCoverage.h"
 #include "engine/RunControl.h"
 #include "engine/SampleTables.h"
+#include "engine/TableWriteLimits.h"
 #include "image/PixelAccess.h"
 
 #include <atomic>
@@ -36,6 +37,10 @@ struct HueShiftRun {
     std::shared_ptr<const SampleEncodeTable> byteEncode;
     std::shared_ptr<const WordDecodeTable> wordDecode;
     std::shared_ptr<const SampleEncodeTable> wordEncode;
+    // The gamut's chroma table with rows paired, for the four-lane stages; absent without a
+    // gamut.
+    std::shared_ptr<const std::vector<double>> pairedChroma;
+    TableWriteLimits writeLimits;
     // Whether the four-lane stages may run: the processor has them and the engine chose them.
     bool vectorised = true;
     // Asked between pieces of work; absent for runs that can be neither stopped nor followed.
@@ -83,19 +88,6 @@ enum class TableWrite { colors, sourceSamples };
 void writeTableColors(const HueShiftRun& run, const HueShiftParameters& parameters,
                       const std::vector<std::vector<TableColor>>& toWrite, unsigned threads,
                       TableWrite what = TableWrite::colors);
-
-// The pixels of one colour lie all over the image; writing them colour by colour would miss the
-// cache on nearly every pixel. The writes are therefore sorted into blocks of whole rows (about
-// a quarter of the second-level cache each) and applied block by block; a destination that does
-// not yet hold the source gets each block's samples just before the block's writes. At most
-// about `wavePixels` writes are held at once; more are done in waves of consecutive blocks.
-struct TableWriteLimits {
-    std::uint64_t blockBytes = 256u << 10;
-    std::uint64_t wavePixels = 8u << 20;
-};
-
-// The limits in force; tests make them small to exercise blocks and waves on small images.
-TableWriteLimits& tableWriteLimits();
 
 // Other depths: every pixel of the task's rows, left to right.
 void rowWorker(const HueShiftTask& task);

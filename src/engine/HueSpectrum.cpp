@@ -11,11 +11,9 @@ namespace tintorra {
 
 namespace {
 
-double huePeriod(long colorSpaceModel)
+double huePeriod(ColorSpaceModel colorSpaceModel)
 {
-    return colorSpaceModel == kColorModeLChuv || colorSpaceModel == kColorModeLChab
-               ? 2.0 * std::numbers::pi
-               : 1.0;
+    return isLchColorMode(colorSpaceModel) ? 2.0 * std::numbers::pi : 1.0;
 }
 
 // Folds one value into a band's minimum, maximum and count-weighted mean.
@@ -34,7 +32,8 @@ void accumulate(float& minimum, float& maximum, float& mean, double value, bool 
 
 } // namespace
 
-SpectrumPlace spectrumPlaceOfEntry(const color_table_lch_entry_info& entry, long colorSpaceModel)
+SpectrumPlace spectrumPlaceOfEntry(const color_table_lch_entry_info& entry,
+                                   ColorSpaceModel colorSpaceModel)
 {
     if (entry.chroma < kAchromaticChroma) {
         return {kAchromaticBand, 0.0};

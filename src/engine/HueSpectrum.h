@@ -1,5 +1,6 @@
 #pragma once
 
+#include "colour/ColorSpaceModel.h"
 #include "engine/ColorTable.h"
 #include "engine/TableAllocation.h"
 
@@ -49,7 +50,8 @@ struct SpectrumPlace {
     std::size_t band;
     double hue;
 };
-SpectrumPlace spectrumPlaceOfEntry(const color_table_lch_entry_info& entry, long colorSpaceModel);
+SpectrumPlace spectrumPlaceOfEntry(const color_table_lch_entry_info& entry,
+                                   ColorSpaceModel colorSpaceModel);
 
 // Summarises a colour table by hue: 361 bands of pixel counts and of minimum, maximum and mean
 // hue, chroma, lightness and alpha. Fully transparent colours are left out.

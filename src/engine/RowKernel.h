@@ -15,7 +15,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace tintorra::row_kernel {
+namespace tintorra::rowKernel {
 
 // Where the 16-bit samples of a pixel lie, relative to the start of its row.
 struct SampleLayout {
@@ -156,7 +156,7 @@ struct SelectConstants {
     const void* context;
 };
 
-// The gamut's chroma table with rows paired (see ChromaTableCache.h).
+// The gamut's chroma table with rows paired (see PairedChromaTable.h).
 struct ChromaTable {
     const double* pairs;
 };
@@ -247,4 +247,4 @@ void maxChromasForHues(const double* maxChromas, const double* hue, std::size_t 
 
 } // namespace avx2
 
-} // namespace tintorra::row_kernel
+} // namespace tintorra::rowKernel

@@ -7,7 +7,7 @@
 
 #include <sleef.h>
 
-namespace tintorra::row_kernel::avx2 {
+namespace tintorra::rowKernel::avx2 {
 
 namespace {
 
@@ -284,4 +284,4 @@ void paintShifted(const PaintConstants& constants, const SelectedColors& selecte
     }
 }
 
-} // namespace tintorra::row_kernel::avx2
+} // namespace tintorra::rowKernel::avx2

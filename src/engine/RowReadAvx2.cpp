@@ -6,7 +6,7 @@
 
 #include <cstring>
 
-namespace tintorra::row_kernel::avx2 {
+namespace tintorra::rowKernel::avx2 {
 
 namespace {
 
@@ -228,4 +228,4 @@ std::size_t readCandidates(const ReadConstants& k, const std::uint8_t* row, std:
     return count;
 }
 
-} // namespace tintorra::row_kernel::avx2
+} // namespace tintorra::rowKernel::avx2

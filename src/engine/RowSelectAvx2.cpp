@@ -7,7 +7,7 @@
 
 #include <sleef.h>
 
-namespace tintorra::row_kernel::avx2 {
+namespace tintorra::rowKernel::avx2 {
 
 namespace {
 
@@ -113,7 +113,7 @@ Lch labLch(const Xyz& v, const LabRatios& roots)
     return {L, _mm256_sqrt_pd(add(mul(a, a), mul(b, b))), fastAtan2(b, a)};
 }
 
-// selection_detail::rangeFactor.
+// selectionDetail::rangeFactor.
 Factor rangeFactor(Lanes x, double lowerFalloff, double lower, double upper, double upperFalloff)
 {
     const Lanes lf = splat(lowerFalloff);
@@ -138,7 +138,7 @@ Factor rangeFactor(Lanes x, double lowerFalloff, double lower, double upper, dou
                           choose(upperZone, splat(kUpperFalloff), splat(kOutside))))};
 }
 
-// selection_detail::bringHueIntoChain: up to four periods here, further ones by the scalar code.
+// selectionDetail::bringHueIntoChain: up to four periods here, further ones by the scalar code.
 Lanes bringIntoChain(const SelectConstants& k, Lanes hue, LaneMask active)
 {
     const Lanes lowerFalloff = splat(k.hueLowerFalloff);
@@ -355,4 +355,4 @@ std::size_t selectLchCandidates(const SelectConstants& constants, const Candidat
     return selected;
 }
 
-} // namespace tintorra::row_kernel::avx2
+} // namespace tintorra::rowKernel::avx2

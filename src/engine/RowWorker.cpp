@@ -28,8 +28,8 @@ public:
             readLinearFloats(x, y, s_, c);
             return c;
         }
-        using pixel_detail::loadWord;
-        const std::uint8_t* const pixel = pixel_detail::pixelAddress(x, y, s_);
+        using pixelDetail::loadWord;
+        const std::uint8_t* const pixel = pixelDetail::pixelAddress(x, y, s_);
         const std::uint16_t alpha = s_.hasAlpha ? loadWord(pixel + s_.alphaOffset) : 65535;
         // A premultiplied sample that is not opaque is divided before the power: no lookup.
         if (s_.premultiplied && alpha != 65535) {
@@ -61,14 +61,14 @@ public:
             writeLinearFloats(x, y, d_, c);
             return;
         }
-        using pixel_detail::storeWord;
-        std::uint8_t* const pixel = pixel_detail::pixelAddress(x, y, d_);
+        using pixelDetail::storeWord;
+        std::uint8_t* const pixel = pixelDetail::pixelAddress(x, y, d_);
         const SampleEncodeTable& encode = *table_;
         storeWord(pixel + d_.redOffset, static_cast<std::uint16_t>(encode(c.c0)));
         storeWord(pixel + d_.greenOffset, static_cast<std::uint16_t>(encode(c.c1)));
         storeWord(pixel + d_.blueOffset, static_cast<std::uint16_t>(encode(c.c2)));
         if (d_.hasAlpha) {
-            storeWord(pixel + d_.alphaOffset, pixel_detail::encodeWord(c.alpha));
+            storeWord(pixel + d_.alphaOffset, pixelDetail::encodeWord(c.alpha));
         }
     }
 
@@ -108,7 +108,7 @@ void writeSelected(std::int64_t y, std::size_t count, const RowScratch& s,
 }
 
 // Row y's candidates, in order of x, into the scratch; returns their count.
-std::size_t readRow(const HueShiftRun& run, std::int64_t mode, std::int64_t y,
+std::size_t readRow(const HueShiftRun& run, ColorSpaceModel mode, std::int64_t y,
                     const LinearReader& read, RowScratch& s)
 {
     const auto wide = static_cast<std::size_t>(run.source->pixelsWide);
@@ -117,7 +117,7 @@ std::size_t readRow(const HueShiftRun& run, std::int64_t mode, std::int64_t y,
         const ColorComponents linear = read(static_cast<std::int64_t>(x), y);
         // Transparent pixels and (over Luv) hues off the selectable arc have weight 0.
         if (linear.alpha != 0.0 &&
-            (mode != kColorModeLChuv ||
+            (mode != ColorSpaceModel::LChuv ||
              run.luvHueFilter.mayBeSelected(linear.c0, linear.c1, linear.c2))) {
             s.linear[candidates] = linear;
             s.candidate[candidates++] = static_cast<std::uint32_t>(x);
@@ -136,7 +136,7 @@ void shiftCandidates(const HueShiftRun& run, const HueShiftParameters& p,
     const PixelManipulationOffsets& source = *run.source;
     const PixelManipulationOffsets& destination = *run.destination;
     const PaintCoverage& coverage = *run.coverage;
-    const std::int64_t mode = p.colorSpaceModel;
+    const ColorSpaceModel mode = p.colorSpaceModel;
     const bool lch = isLchColorMode(mode);
     const auto wide = static_cast<std::size_t>(source.pixelsWide);
 
@@ -163,7 +163,7 @@ void shiftCandidates(const HueShiftRun& run, const HueShiftParameters& p,
 
     if (showsGreyMask(p.maskToShow)) {
         // Every pixel, stored as samples directly, without gamma: weight 0.5 is 128 of 255.
-        const bool white = p.maskToShow == kShowWhiteMask;
+        const bool white = p.maskToShow == MaskView::whiteMask;
         const bool limited = p.paintMaskLimitsMasks != 0 && coverage.present();
         std::size_t j = 0;
         for (std::size_t x = 0; x < wide; ++x) {

@@ -6,7 +6,7 @@
 
 #include <cstring>
 
-namespace tintorra::row_kernel::avx2 {
+namespace tintorra::rowKernel::avx2 {
 
 namespace {
 
@@ -261,4 +261,4 @@ void writePainted(const WriteConstants& constants, const SelectedColors& selecte
     }
 }
 
-} // namespace tintorra::row_kernel::avx2
+} // namespace tintorra::rowKernel::avx2

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <bit>
 #include <limits>
-#include <mutex>
 
 namespace tintorra {
 
@@ -61,33 +60,6 @@ double smallestValueStoredAs(unsigned code, double imageGamma, unsigned maximum)
         }
     }
     return fromOrdinal(high);
-}
-
-// A few recent tables per kind, keyed by the gamma's bits.
-template <typename Table, typename Make>
-std::shared_ptr<const Table> cachedTable(double imageGamma, unsigned variant, const Make& make)
-{
-    struct Entry {
-        std::uint64_t key;
-        unsigned variant;
-        std::shared_ptr<const Table> table;
-    };
-    static std::mutex mutex;
-    static std::vector<Entry> cache;
-    constexpr std::size_t kKept = 4;
-    const auto key = std::bit_cast<std::uint64_t>(imageGamma);
-    const std::lock_guard<std::mutex> lock(mutex);
-    for (const Entry& entry : cache) {
-        if (entry.key == key && entry.variant == variant) {
-            return entry.table;
-        }
-    }
-    std::shared_ptr<const Table> table = make();
-    if (cache.size() == kKept) {
-        cache.erase(cache.begin());
-    }
-    cache.push_back({key, variant, table});
-    return table;
 }
 
 } // namespace
@@ -195,26 +167,6 @@ void SampleEncodeTable::makeGuessCells(double imageGamma)
             return;
         }
     }
-}
-
-std::shared_ptr<const WordDecodeTable> wordDecodeTable(double imageGamma)
-{
-    return cachedTable<WordDecodeTable>(
-        imageGamma, 0, [&] { return std::make_shared<const WordDecodeTable>(imageGamma); });
-}
-
-std::shared_ptr<const SampleEncodeTable> byteEncodeTable(double imageGamma)
-{
-    return cachedTable<SampleEncodeTable>(imageGamma, 255, [&] {
-        return std::make_shared<const SampleEncodeTable>(imageGamma, 255u);
-    });
-}
-
-std::shared_ptr<const SampleEncodeTable> wordEncodeTable(double imageGamma)
-{
-    return cachedTable<SampleEncodeTable>(imageGamma, 65535, [&] {
-        return std::make_shared<const SampleEncodeTable>(imageGamma, 65535u);
-    });
 }
 
 } // namespace tintorra

@@ -124,9 +124,4 @@ private:
     std::vector<double> thresholds_;
 };
 
-// The tables for a gamma, made once and shared: later runs with the same gamma reuse them.
-std::shared_ptr<const WordDecodeTable> wordDecodeTable(double imageGamma);
-std::shared_ptr<const SampleEncodeTable> byteEncodeTable(double imageGamma);
-std::shared_ptr<const SampleEncodeTable> wordEncodeTable(double imageGamma);
-
 } // namespace tintorra

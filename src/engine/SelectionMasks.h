@@ -10,15 +10,6 @@
 
 namespace tintorra {
 
-// What the engine renders instead of the shifted image (the record's maskToShow).
-enum MaskToShow : std::int32_t {
-    kShowShiftedImage = 0,
-    kShowSelectionHighlight = 1,
-    kShowBlackMask = 2,
-    kShowWhiteMask = 3,
-    kShowHoverHighlight = 4,
-};
-
 // How the two workers show a partially selected pixel in the highlight. They differ on purpose:
 // the colour-table worker halves the highlight's lightness, the row worker takes a fifth of its
 // chroma away.

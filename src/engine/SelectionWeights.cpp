@@ -46,7 +46,7 @@ void normalizeHueShiftParameters(HueShiftParameters& p)
     raiseIntoOrder(p.lightLowerFalloff, p.lightLower, p.lightUpper, p.lightUpperFalloff);
 }
 
-namespace selection_detail {
+namespace selectionDetail {
 
 double bringHueIntoChainSlowly(double hue, const HueShiftParameters& p, double period, bool raise)
 {
@@ -84,7 +84,7 @@ double bringHueIntoChainSlowly(double hue, const HueShiftParameters& p, double p
     return hue;
 }
 
-} // namespace selection_detail
+} // namespace selectionDetail
 
 double selectionWeight(ColorComponents& lch, const HueShiftParameters& p, bool apply)
 {

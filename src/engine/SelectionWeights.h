@@ -25,7 +25,7 @@ struct Selection {
 inline constexpr double kSelectableChroma = 0.01;
 
 // The hue period of a colour mode: a full turn in radians for the LCh modes, 1 otherwise.
-constexpr double hueShiftPeriod(std::int64_t colorSpaceModel)
+constexpr double hueShiftPeriod(ColorSpaceModel colorSpaceModel)
 {
     return isLchColorMode(colorSpaceModel) ? kTwoPi : 1.0;
 }
@@ -37,7 +37,7 @@ constexpr double hueShiftPeriod(std::int64_t colorSpaceModel)
 // bounds are put in order by raising, never lowering, values.
 void normalizeHueShiftParameters(HueShiftParameters& parameters);
 
-namespace selection_detail {
+namespace selectionDetail {
 
 struct RangeFactor {
     double factor;
@@ -91,17 +91,17 @@ inline double bringHueIntoChain(double hue, const HueShiftParameters& p, double 
     return hue;
 }
 
-} // namespace selection_detail
+} // namespace selectionDetail
 
 // The selection of an LCh colour (L, C, h in radians, alpha) under a normalised record.
 inline Selection lchSelection(const ColorComponents& lch, const HueShiftParameters& p,
                               const KVColorGamut* gamut)
 {
-    using selection_detail::rangeFactor;
+    using selectionDetail::rangeFactor;
     if (lch.alpha == 0.0) {
         return {};
     }
-    const double hue = selection_detail::bringHueIntoChain(lch.c2, p, kTwoPi);
+    const double hue = selectionDetail::bringHueIntoChain(lch.c2, p, kTwoPi);
     const auto hueFactor =
         rangeFactor(hue, p.hueLowerFalloff, p.hueLower, p.hueUpper, p.hueUpperFalloff);
     if (hueFactor.zone == SelectionZone::outside) {
@@ -132,11 +132,11 @@ inline Selection lchSelection(const ColorComponents& lch, const HueShiftParamete
 // saturation test the fifth value.
 inline Selection cylinderSelection(const HclComponents& colour, const HueShiftParameters& p)
 {
-    using selection_detail::rangeFactor;
+    using selectionDetail::rangeFactor;
     if (colour.alpha == 0.0) {
         return {};
     }
-    const double hue = selection_detail::bringHueIntoChain(colour.h, p, 1.0);
+    const double hue = selectionDetail::bringHueIntoChain(colour.h, p, 1.0);
     const auto hueFactor =
         rangeFactor(hue, p.hueLowerFalloff, p.hueLower, p.hueUpper, p.hueUpperFalloff);
     if (hueFactor.zone == SelectionZone::outside) {

@@ -16,7 +16,7 @@ void paintedColors(ShiftBatch& s, std::size_t count, const HueShiftParameters& p
                    std::vector<Colour>& colours, const Level& levelOf, const Finish& finish,
                    const Highlight& highlight)
 {
-    if (p.maskToShow == kShowSelectionHighlight) {
+    if (p.maskToShow == MaskView::selectionHighlight) {
         for (std::size_t k = 0; k < count; ++k) {
             const std::uint32_t j = s.selected[k];
             colours[j] = highlight(colours[j], s.selection[k]);
@@ -63,7 +63,7 @@ void ShiftBatch::reserve(std::size_t n)
     c.resize(n);
 }
 
-void lchOfLinearColors(const ColorComponents* linear, std::size_t count, std::int64_t mode,
+void lchOfLinearColors(const ColorComponents* linear, std::size_t count, ColorSpaceModel mode,
                        const Matrix3& M, ShiftBatch& s)
 {
     // Working arrays of this step alone, grown on first use.
@@ -76,7 +76,7 @@ void lchOfLinearColors(const ColorComponents* linear, std::size_t count, std::in
     for (std::size_t j = 0; j < count; ++j) {
         xyz[j] = rgbToXyz(linear[j], M);
     }
-    if (mode == kColorModeLChuv) {
+    if (mode == ColorSpaceModel::LChuv) {
         for (std::size_t j = 0; j < count; ++j) {
             s.a[j] = xyz[j].c1;
         }
@@ -141,7 +141,7 @@ void lchOfLinearColors(const ColorComponents* linear, std::size_t count, std::in
 void paintSelectedLch(ShiftBatch& s, std::size_t count, const OutcomeContext& context)
 {
     const HueShiftParameters& p = *context.parameters;
-    const std::int64_t mode = p.colorSpaceModel;
+    const ColorSpaceModel mode = p.colorSpaceModel;
     const auto highlightOf = [&](const ColorComponents& c, const Selection& selection) {
         return lchHighlightColor(c.c2, selection.weight == 1.0, context.partialHighlight,
                                  context.gamut);
@@ -150,7 +150,7 @@ void paintSelectedLch(ShiftBatch& s, std::size_t count, const OutcomeContext& co
         s, count, p, s.lch, [](const ColorComponents& c) { return c.c0 / 100.0; },
         [&](const ColorComponents& c, const Selection& selection, double first, bool curve,
             double second) {
-            if (p.maskToShow == kShowHoverHighlight && isHoveredLightness(c.c0, p)) {
+            if (p.maskToShow == MaskView::hoverHighlight && isHoveredLightness(c.c0, p)) {
                 return highlightOf(c, selection);
             }
             const double newL = lchShiftedLightness(c.c0, selection, p, first, curve, second);
@@ -166,23 +166,23 @@ void paintSelectedLch(ShiftBatch& s, std::size_t count, const OutcomeContext& co
         const ColorComponents& c = s.lch[s.selected[k]];
         const ColorComponents cartesian{c.c0, c.c1 * s.c[k], c.c1 * s.b[k], c.alpha};
         const ColorComponents xyz =
-            mode == kColorModeLChuv ? luvToXyz(cartesian) : labToXyz(cartesian);
-        s.rgb[k] = outcome_detail::unitColor(xyzToRgb(xyz, context.MI));
+            mode == ColorSpaceModel::LChuv ? luvToXyz(cartesian) : labToXyz(cartesian);
+        s.rgb[k] = outcomeDetail::unitColor(xyzToRgb(xyz, context.MI));
     }
 }
 
 void paintSelectedCylinders(ShiftBatch& s, std::size_t count, const OutcomeContext& context)
 {
     const HueShiftParameters& p = *context.parameters;
-    const std::int64_t mode = p.colorSpaceModel;
-    const bool hcl = mode == kColorModeHCL;
+    const ColorSpaceModel mode = p.colorSpaceModel;
+    const bool hcl = mode == ColorSpaceModel::HCL;
     paintedColors(
         s, count, p, s.cylinder, [](const HclComponents& c) { return c.l; },
         [&](const HclComponents& c, const Selection& selection, double first, bool curve,
             double second) {
             const double newV = cylinderShiftedLevel(c, selection, p, first, curve, second);
             HclComponents result = finishCylinderShift(c, selection, p, newV);
-            if (p.maskToShow == kShowHoverHighlight && isHoveredLightness(c.l, p)) {
+            if (p.maskToShow == MaskView::hoverHighlight && isHoveredLightness(c.l, p)) {
                 result.h = wrapIntoRange(result.h + 0.5, 0.0, 1.0);
                 result.alpha = 1.0;
                 if (hcl) {
@@ -199,7 +199,7 @@ void paintSelectedCylinders(ShiftBatch& s, std::size_t count, const OutcomeConte
             return HclComponents{h.c0, h.c1, h.c2, h.alpha, h.c1};
         });
     for (std::size_t k = 0; k < count; ++k) {
-        s.rgb[k] = outcome_detail::cylinderToLinearRgb(s.cylinder[s.selected[k]], mode);
+        s.rgb[k] = outcomeDetail::cylinderToLinearRgb(s.cylinder[s.selected[k]], mode);
     }
 }
 

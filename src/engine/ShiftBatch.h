@@ -1,6 +1,7 @@
 #pragma once
 
 #include "colour/ColorComponents.h"
+#include "colour/ColorSpaceModel.h"
 #include "colour/Matrix3.h"
 #include "engine/SelectionWeights.h"
 #include "engine/ShiftOutcome.h"
@@ -34,7 +35,7 @@ struct ShiftBatch {
 
 // The first `count` linear colours into the run's LCh colours (`lch`), as rgbToLchuv (mode 0) or
 // rgbToLchab (any other) would convert each, the cube roots and arctangents taken four at a time.
-void lchOfLinearColors(const ColorComponents* linear, std::size_t count, std::int64_t mode,
+void lchOfLinearColors(const ColorComponents* linear, std::size_t count, ColorSpaceModel mode,
                        const Matrix3& M, ShiftBatch& batch);
 
 // Paints the first `count` selected members: the shifted colour, or the highlight the record's

@@ -14,7 +14,7 @@ namespace tintorra {
 // its selection and the normalised record; the engine calls them per distinct colour (8-bit
 // images) or per pixel.
 
-namespace shift_detail {
+namespace shiftDetail {
 
 // value + change, except that a change which cannot be computed (0 x infinity from an
 // unguarded gain) leaves the value as it is.
@@ -72,7 +72,7 @@ inline double gamutChroma(const KVColorGamut* gamut, double hue, double lightnes
     return gamut != nullptr ? gamut->chromaForHue(hue, lightness) : 0.0;
 }
 
-} // namespace shift_detail
+} // namespace shiftDetail
 
 // The lightness steps need up to two powers: the first of a base derived from the lightness
 // (the room above or below it for a brightness change, the lightness itself for the curve), the
@@ -111,7 +111,7 @@ inline double lightnessPowerBase(double level, const HueShiftParameters& p)
 // to 1 / imageGamma); false where the curve leaves the lightness alone.
 inline bool curveOutput(double firstPower, const HueShiftParameters& p, double& y)
 {
-    return p.targetBri == 0.0 && shift_detail::curveAt(p.targetBriTenVals, firstPower * 10.0, y);
+    return p.targetBri == 0.0 && shiftDetail::curveAt(p.targetBriTenVals, firstPower * 10.0, y);
 }
 
 // LCh lightness from the powers: the doubled brightness change, or the curve scaled by
@@ -127,9 +127,9 @@ inline double lchShiftedLightness(double L, const Selection& selection, const Hu
         const double t = p.targetBri * s * w;
         newL = L + 2.0 * 100.0 * firstPower * t;
     } else if (curveApplies) {
-        newL = shift_detail::applyChange(L, (100.0 * secondPower - L) * s * w * p.curveGain);
+        newL = shiftDetail::applyChange(L, (100.0 * secondPower - L) * s * w * p.curveGain);
     }
-    return shift_detail::clampTo(newL, 0.0, 100.0);
+    return shiftDetail::clampTo(newL, 0.0, 100.0);
 }
 
 // The rest of the LCh shift once the new lightness is known: chroma kept at its place between
@@ -139,7 +139,7 @@ inline ColorComponents finishLchShift(const ColorComponents& lch, const Selectio
                                       const HueShiftParameters& p, const KVColorGamut* gamut,
                                       double newL)
 {
-    using namespace shift_detail;
+    using namespace shiftDetail;
     const double L = lch.c0;
     const double C = lch.c1;
     const double h = lch.c2;
@@ -195,7 +195,7 @@ inline double cylinderShiftedLevel(const HclComponents& colour, const Selection&
                                    const HueShiftParameters& p, double firstPower,
                                    bool curveApplies, double secondPower)
 {
-    const bool hcl = p.colorSpaceModel == kColorModeHCL;
+    const bool hcl = p.colorSpaceModel == ColorSpaceModel::HCL;
     const double S = colour.c;
     const double V = colour.l;
     const double w = selection.weight;
@@ -205,9 +205,9 @@ inline double cylinderShiftedLevel(const HclComponents& colour, const Selection&
         newV = hcl ? V + 2.0 * firstPower * t : V + firstPower * t;
     } else if (curveApplies) {
         const double scale = hcl ? colour.saturation : S;
-        newV = shift_detail::applyChange(V, (secondPower - V) * scale * w);
+        newV = shiftDetail::applyChange(V, (secondPower - V) * scale * w);
     }
-    return shift_detail::clampTo(newV, 0.0, 1.0);
+    return shiftDetail::clampTo(newV, 0.0, 1.0);
 }
 
 // The rest of the cylinder shift: the saturation change (raising doubles it, lowering does not;
@@ -215,7 +215,7 @@ inline double cylinderShiftedLevel(const HclComponents& colour, const Selection&
 inline HclComponents finishCylinderShift(const HclComponents& colour, const Selection& selection,
                                          const HueShiftParameters& p, double newV)
 {
-    using namespace shift_detail;
+    using namespace shiftDetail;
     const double S = colour.c;
     const double w = selection.weight;
     double newHue = p.targetHue;

@@ -31,12 +31,7 @@ struct OutcomeContext {
     PartialHighlight partialHighlight = PartialHighlight::halveLightness;
 };
 
-inline bool showsGreyMask(std::int32_t maskToShow)
-{
-    return maskToShow == kShowBlackMask || maskToShow == kShowWhiteMask;
-}
-
-namespace outcome_detail {
+namespace outcomeDetail {
 
 // 0..1, with NaN (only reachable from nonsense parameters) written as 0 rather than left to an
 // undefined integer conversion.
@@ -50,42 +45,42 @@ inline ColorComponents unitColor(const ColorComponents& c)
     return {unitSample(c.c0), unitSample(c.c1), unitSample(c.c2), unitSample(c.alpha)};
 }
 
-inline ColorComponents lchToLinearRgb(const ColorComponents& lch, std::int64_t mode,
+inline ColorComponents lchToLinearRgb(const ColorComponents& lch, ColorSpaceModel mode,
                                       const Matrix3& MI)
 {
-    return unitColor(mode == kColorModeLChuv ? lchuvToRgb(lch, MI) : lchabToRgb(lch, MI));
+    return unitColor(mode == ColorSpaceModel::LChuv ? lchuvToRgb(lch, MI) : lchabToRgb(lch, MI));
 }
 
-inline ColorComponents cylinderToLinearRgb(const HclComponents& c, std::int64_t mode)
+inline ColorComponents cylinderToLinearRgb(const HclComponents& c, ColorSpaceModel mode)
 {
     const ColorComponents components{c.h, c.c, c.l, c.alpha};
     switch (mode) {
-    case kColorModeHCL:
+    case ColorSpaceModel::HCL:
         return unitColor(hclToRgb(components));
-    case kColorModeHSB:
+    case ColorSpaceModel::HSB:
         return unitColor(hsbToRgb(components));
     default:
         return unitColor(hslToRgb(components));
     }
 }
 
-} // namespace outcome_detail
+} // namespace outcomeDetail
 
 // Linear RGB into the record's LCh mode (0 over Luv, 1 over Lab).
-inline ColorComponents lchFromLinearRgb(const ColorComponents& rgb, std::int64_t mode,
+inline ColorComponents lchFromLinearRgb(const ColorComponents& rgb, ColorSpaceModel mode,
                                         const Matrix3& M)
 {
-    return mode == kColorModeLChuv ? rgbToLchuv(rgb, M) : rgbToLchab(rgb, M);
+    return mode == ColorSpaceModel::LChuv ? rgbToLchuv(rgb, M) : rgbToLchab(rgb, M);
 }
 
 // Linear RGB into HCL, HSB or (any other mode) HSL, with the saturation the selection tests as
 // the fifth value: HCL's own, the S of HSB and HSL.
-inline HclComponents cylinderFromLinearRgb(const ColorComponents& rgb, std::int64_t mode)
+inline HclComponents cylinderFromLinearRgb(const ColorComponents& rgb, ColorSpaceModel mode)
 {
-    if (mode == kColorModeHCL) {
+    if (mode == ColorSpaceModel::HCL) {
         return rgbToHcl(rgb);
     }
-    const ColorComponents c = mode == kColorModeHSB ? rgbToHsb(rgb) : rgbToHsl(rgb);
+    const ColorComponents c = mode == ColorSpaceModel::HSB ? rgbToHsb(rgb) : rgbToHsl(rgb);
     return {c.c0, c.c1, c.c2, c.alpha, c.c1};
 }
 
@@ -98,13 +93,13 @@ inline ShiftOutcome lchOutcome(const ColorComponents& lch, const OutcomeContext&
         return {selection.weight, {}};
     }
     const bool full = selection.weight == 1.0;
-    const bool highlight = p.maskToShow == kShowSelectionHighlight ||
-                           (p.maskToShow == kShowHoverHighlight && isHoveredLightness(lch.c0, p));
+    const bool highlight =
+        p.maskToShow == MaskView::selectionHighlight ||
+        (p.maskToShow == MaskView::hoverHighlight && isHoveredLightness(lch.c0, p));
     const ColorComponents result =
         highlight ? lchHighlightColor(lch.c2, full, context.partialHighlight, context.gamut)
                   : shiftLchColor(lch, selection, p, context.gamut);
-    return {selection.weight,
-            outcome_detail::lchToLinearRgb(result, p.colorSpaceModel, context.MI)};
+    return {selection.weight, outcomeDetail::lchToLinearRgb(result, p.colorSpaceModel, context.MI)};
 }
 
 // An HCL, HSB or HSL colour through selection, shift or highlight, back to linear RGB.
@@ -115,10 +110,10 @@ inline ShiftOutcome cylinderOutcome(const HclComponents& colour, const OutcomeCo
     if (showsGreyMask(p.maskToShow) || !(selection.weight > 0.0)) {
         return {selection.weight, {}};
     }
-    const bool hcl = p.colorSpaceModel == kColorModeHCL;
+    const bool hcl = p.colorSpaceModel == ColorSpaceModel::HCL;
     const bool full = selection.weight == 1.0;
     HclComponents result;
-    if (p.maskToShow == kShowSelectionHighlight) {
+    if (p.maskToShow == MaskView::selectionHighlight) {
         if (hcl) {
             result = hclHighlightColor(colour);
         } else {
@@ -127,7 +122,7 @@ inline ShiftOutcome cylinderOutcome(const HclComponents& colour, const OutcomeCo
         }
     } else {
         result = shiftCylinderColor(colour, selection, p);
-        if (p.maskToShow == kShowHoverHighlight && isHoveredLightness(colour.l, p)) {
+        if (p.maskToShow == MaskView::hoverHighlight && isHoveredLightness(colour.l, p)) {
             result.h = wrapIntoRange(result.h + 0.5, 0.0, 1.0);
             result.alpha = 1.0;
             if (hcl) {
@@ -135,7 +130,7 @@ inline ShiftOutcome cylinderOutcome(const HclComponents& colour, const OutcomeCo
             }
         }
     }
-    return {selection.weight, outcome_detail::cylinderToLinearRgb(result, p.colorSpaceModel)};
+    return {selection.weight, outcomeDetail::cylinderToLinearRgb(result, p.colorSpaceModel)};
 }
 
 } // namespace tintorra

@@ -42,8 +42,8 @@ public:
     PixelWriter(const HueShiftRun& run, const HueShiftParameters& p, TableWrite what)
         : d_(*run.destination), source_(run.source->bitmapData), coverage_(*run.coverage),
           restore_(what == TableWrite::sourceSamples),
-          greyMask_(p.maskToShow == kShowBlackMask || p.maskToShow == kShowWhiteMask),
-          white_(p.maskToShow == kShowWhiteMask),
+          greyMask_(p.maskToShow == MaskView::blackMask || p.maskToShow == MaskView::whiteMask),
+          white_(p.maskToShow == MaskView::whiteMask),
           maskLimitedByCoverage_(p.paintMaskLimitsMasks != 0 && run.coverage->present()),
           rowOf_(static_cast<std::uint64_t>(d_.bytesPerRow)),
           lastPixel_(static_cast<std::uint64_t>((d_.pixelsHigh - 1) * d_.bytesPerRow +
@@ -243,7 +243,7 @@ void writeTableColors(const HueShiftRun& run, const HueShiftParameters& p,
     const std::uint64_t imageBytes = sampleBytes(d);
     const auto rowBytes = static_cast<std::uint64_t>(d.bytesPerRow);
     const std::uint64_t blockBytes =
-        std::max<std::uint64_t>(1, tableWriteLimits().blockBytes / rowBytes) * rowBytes;
+        std::max<std::uint64_t>(1, run.writeLimits.blockBytes / rowBytes) * rowBytes;
     const std::uint64_t blocks = (imageBytes + blockBytes - 1) / blockBytes;
     const Divider blockOf(blockBytes);
     const bool copyByBlock = !run.destinationHoldsSource && !d.isPlanar;
@@ -254,8 +254,8 @@ void writeTableColors(const HueShiftRun& run, const HueShiftParameters& p,
     // Waves of consecutive blocks keep the sorted writes within the budget when the pixels are
     // spread evenly; each colour's locations ascend, so a cursor per colour carries over.
     const std::uint64_t waves = std::max<std::uint64_t>(
-        1, std::min<std::uint64_t>(blocks, (totalPixels + tableWriteLimits().wavePixels - 1) /
-                                               tableWriteLimits().wavePixels));
+        1, std::min<std::uint64_t>(blocks, (totalPixels + run.writeLimits.wavePixels - 1) /
+                                               run.writeLimits.wavePixels));
     std::vector<std::uint32_t>& cursor = scratch.cursor;
     cursor.assign(colors.size(), 0);
     std::vector<std::vector<std::vector<Record>>>& buckets = scratch.buckets;
@@ -382,12 +382,6 @@ void writeTableColorsByPlan(const HueShiftRun& run, const HueShiftParameters& p,
             writer.writeAll(records);
         }
     });
-}
-
-TableWriteLimits& tableWriteLimits()
-{
-    static TableWriteLimits limits;
-    return limits;
 }
 
 } // namespace tintorra

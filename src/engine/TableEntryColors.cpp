@@ -7,7 +7,7 @@ namespace tintorra {
 PixelChars encodedColor(ColorComponents c, const PixelManipulationOffsets& destination,
                         const SampleEncodeTable& encode)
 {
-    using pixel_detail::encodeChar;
+    using pixelDetail::encodeChar;
     const bool premultiply = destination.hasAlpha && destination.premultiplied;
     if (!premultiply || c.alpha == 1.0) {
         return {static_cast<std::uint8_t>(encode(c.c0)), static_cast<std::uint8_t>(encode(c.c1)),

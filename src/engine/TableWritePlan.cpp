@@ -6,10 +6,11 @@
 
 namespace tintorra {
 
-std::uint64_t tableWriteBlockBytes(const PixelManipulationOffsets& destination)
+std::uint64_t tableWriteBlockBytes(const PixelManipulationOffsets& destination,
+                                   const TableWriteLimits& limits)
 {
     const auto rowBytes = static_cast<std::uint64_t>(destination.bytesPerRow);
-    return std::max<std::uint64_t>(1, tableWriteLimits().blockBytes / rowBytes) * rowBytes;
+    return std::max<std::uint64_t>(1, limits.blockBytes / rowBytes) * rowBytes;
 }
 
 TableWritePlanPtr planTableWrites(const HueShiftRun& run, const ColorTableRef& table,
@@ -25,7 +26,7 @@ TableWritePlanPtr planTableWrites(const HueShiftRun& run, const ColorTableRef& t
     const PixelManipulationOffsets& d = *run.destination;
     auto plan = std::make_shared<TableWritePlan>();
     plan->entries = entries;
-    plan->blockBytes = tableWriteBlockBytes(d);
+    plan->blockBytes = tableWriteBlockBytes(d, run.writeLimits);
     const std::uint64_t imageBytes = static_cast<std::uint64_t>(d.rep->sampleBytes());
     const std::uint64_t blocks = (imageBytes + plan->blockBytes - 1) / plan->blockBytes;
     const auto lastPixel = static_cast<std::uint64_t>((d.pixelsHigh - 1) * d.bytesPerRow +

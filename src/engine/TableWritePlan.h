@@ -12,6 +12,7 @@ struct ColorTableRef;
 struct HueShiftParameters;
 struct HueShiftRun;
 struct PixelManipulationOffsets;
+struct TableWriteLimits;
 
 // The pixels of a shift's colours sorted into the table writer's blocks of rows, each with the
 // index of its colour. A later shift that writes the same entries again (a slider moving the
@@ -35,8 +36,9 @@ using TableWritePlanPtr = std::shared_ptr<const TableWritePlan>;
 // The most pixels a plan holds (8 bytes each); larger selections are written without one.
 constexpr std::uint64_t kMaxPlannedPixels = 6u << 20;
 
-// The block size the table writer uses on this destination.
-std::uint64_t tableWriteBlockBytes(const PixelManipulationOffsets& destination);
+// The block size the table writer uses on this destination under these limits.
+std::uint64_t tableWriteBlockBytes(const PixelManipulationOffsets& destination,
+                                   const TableWriteLimits& limits);
 
 // The plan of `entries` (the collected colours in order), on up to `threads` threads; null when
 // they hold more pixels than a plan may, or the run was asked to stop.

@@ -18,7 +18,7 @@ namespace {
 // cache while a stage passes over them.
 constexpr std::size_t kStretch = 256;
 
-row_kernel::SampleLayout layoutOf(const PixelManipulationOffsets& offsets)
+rowKernel::SampleLayout layoutOf(const PixelManipulationOffsets& offsets)
 {
     return {offsets.bytesPerPixel, offsets.redOffset, offsets.greenOffset,  offsets.blueOffset,
             offsets.alphaOffset,   offsets.hasAlpha,  offsets.premultiplied};
@@ -42,7 +42,7 @@ struct SampleByte {
 
 // Every byte of four neighbouring pixels, for a layout whose three or four 16-bit samples fill
 // its pixels (in any order); none for other layouts.
-std::optional<std::vector<SampleByte>> bytesOfFourPixels(const row_kernel::SampleLayout& layout)
+std::optional<std::vector<SampleByte>> bytesOfFourPixels(const rowKernel::SampleLayout& layout)
 {
     const int channels = layout.hasAlpha ? 4 : 3;
     if (layout.bytesPerPixel != 2 * channels) {
@@ -70,13 +70,13 @@ std::optional<std::vector<SampleByte>> bytesOfFourPixels(const row_kernel::Sampl
 }
 
 // Four pixels' samples from the words (r0..r3, g0..g3) and (b0..b3, a0..a3).
-std::optional<row_kernel::PixelShuffles> pixelShuffles(const row_kernel::SampleLayout& layout)
+std::optional<rowKernel::PixelShuffles> pixelShuffles(const rowKernel::SampleLayout& layout)
 {
     const auto bytes = bytesOfFourPixels(layout);
     if (!bytes) {
         return std::nullopt;
     }
-    row_kernel::PixelShuffles shuffles{};
+    rowKernel::PixelShuffles shuffles{};
     std::fill(std::begin(shuffles.bytes), std::end(shuffles.bytes), std::uint8_t{0x80});
     for (std::size_t j = 0; j < bytes->size(); ++j) {
         const SampleByte& b = (*bytes)[j];
@@ -89,13 +89,13 @@ std::optional<row_kernel::PixelShuffles> pixelShuffles(const row_kernel::SampleL
 
 // Each channel's samples of four pixels as 32-bit words, from the pixels' first 16 bytes and
 // their last 16.
-std::optional<row_kernel::PixelUnshuffles> pixelUnshuffles(const row_kernel::SampleLayout& layout)
+std::optional<rowKernel::PixelUnshuffles> pixelUnshuffles(const rowKernel::SampleLayout& layout)
 {
     const auto bytes = bytesOfFourPixels(layout);
     if (!bytes) {
         return std::nullopt;
     }
-    row_kernel::PixelUnshuffles unshuffles{};
+    rowKernel::PixelUnshuffles unshuffles{};
     std::fill(std::begin(unshuffles.bytes), std::end(unshuffles.bytes), std::uint8_t{0x80});
     unshuffles.lastOffset = static_cast<std::int64_t>(bytes->size()) - 16;
     for (std::size_t j = 0; j < bytes->size(); ++j) {
@@ -124,18 +124,19 @@ bool VectorisedRows::available(const HueShiftRun& run)
 
 VectorisedRows::VectorisedRows(const HueShiftRun& run, const HueShiftParameters& p,
                                const OutcomeContext& context)
-    : run_(run), p_(p), arrays_(kStretch), shift_(p, context, run.coverage->present())
+    : run_(run), p_(p), arrays_(kStretch),
+      shift_(p, context, run.pairedChroma, run.coverage->present())
 {
-    const std::int64_t mode = p.colorSpaceModel;
-    const std::int32_t mask = p.maskToShow;
-    wholeRows_ = isLchColorMode(mode) && !showsGreyMask(mask) && mask != kShowSelectionHighlight &&
-                 mask != kShowHoverHighlight;
+    const ColorSpaceModel mode = p.colorSpaceModel;
+    const MaskView mask = p.maskToShow;
+    wholeRows_ = isLchColorMode(mode) && !showsGreyMask(mask) &&
+                 mask != MaskView::selectionHighlight && mask != MaskView::hoverHighlight;
 
     const WordDecodeTable& decode = *run.wordDecode;
     read_.layout = layoutOf(*run.source);
     read_.decode = decode.data();
     const LuvHueFilter::Coefficients& filter = run.luvHueFilter.coefficients();
-    read_.luvFilter = mode == kColorModeLChuv && !filter.everything;
+    read_.luvFilter = mode == ColorSpaceModel::LChuv && !filter.everything;
     std::copy(std::begin(filter.u), std::end(filter.u), read_.filterU);
     std::copy(std::begin(filter.v), std::end(filter.v), read_.filterV);
     read_.centreCos = filter.centreCos;
@@ -199,12 +200,12 @@ void VectorisedRows::shiftRow(std::int64_t y)
     const auto wide = static_cast<std::size_t>(source.pixelsWide);
     for (std::size_t first = 0; first < wide; first += kStretch) {
         const std::size_t count = std::min(kStretch, wide - first);
-        const std::size_t candidates = row_kernel::avx2::readCandidates(
+        const std::size_t candidates = rowKernel::avx2::readCandidates(
             read_, from, first, count, y, arrays_.words(), arrays_.candidates());
         const std::size_t selected =
-            row_kernel::avx2::selectCandidates(shift_.select(), arrays_.candidates(), candidates,
-                                               arrays_.weights(), arrays_.selected());
-        row_kernel::avx2::paintShifted(shift_.paint(), arrays_.selected(), selected);
+            rowKernel::avx2::selectCandidates(shift_.select(), arrays_.candidates(), candidates,
+                                              arrays_.weights(), arrays_.selected());
+        rowKernel::avx2::paintShifted(shift_.paint(), arrays_.selected(), selected);
         // Whatever is not written keeps the source's samples, copied while they are still in
         // the cache from the reading. A stretch whose every pixel is selected is written whole
         // where the samples fill the pixels and no coverage keeps any pixel as it was.
@@ -214,7 +215,7 @@ void VectorisedRows::shiftRow(std::int64_t y)
             const auto at = static_cast<std::int64_t>(first) * source.bytesPerPixel;
             std::memcpy(to + at, from + at, count * static_cast<std::size_t>(source.bytesPerPixel));
         }
-        row_kernel::avx2::writePainted(write_, arrays_.selected(), selected, to, y);
+        rowKernel::avx2::writePainted(write_, arrays_.selected(), selected, to, y);
     }
 }
 
@@ -226,9 +227,9 @@ std::size_t VectorisedRows::readRow(std::int64_t y, ColorComponents* linear, std
     std::size_t total = 0;
     for (std::size_t first = 0; first < wide; first += kStretch) {
         const std::size_t count = std::min(kStretch, wide - first);
-        const row_kernel::Candidates& read = arrays_.candidates();
+        const rowKernel::Candidates& read = arrays_.candidates();
         const std::size_t candidates =
-            row_kernel::avx2::readCandidates(read_, from, first, count, y, arrays_.words(), read);
+            rowKernel::avx2::readCandidates(read_, from, first, count, y, arrays_.words(), read);
         for (std::size_t j = 0; j < candidates; ++j) {
             linear[total] = {read.r[j], read.g[j], read.b[j], read.alpha[j]};
             x[total++] = read.x[j];
@@ -237,7 +238,7 @@ std::size_t VectorisedRows::readRow(std::int64_t y, ColorComponents* linear, std
     return total;
 }
 
-row_kernel::Encoding VectorisedRows::encodingOf(const SampleEncodeTable& table)
+rowKernel::Encoding VectorisedRows::encodingOf(const SampleEncodeTable& table)
 {
     const SampleGuessCells cells = table.guessCells();
     return {table.thresholds(),
@@ -262,7 +263,7 @@ bool VectorisedRows::readPixel(const void* self, std::int64_t x, std::int64_t y,
     rgba[1] = c.c1;
     rgba[2] = c.c2;
     rgba[3] = c.alpha;
-    return c.alpha != 0.0 && (rows.p_.colorSpaceModel != kColorModeLChuv ||
+    return c.alpha != 0.0 && (rows.p_.colorSpaceModel != ColorSpaceModel::LChuv ||
                               rows.run_.luvHueFilter.mayBeSelected(c.c0, c.c1, c.c2));
 }
 

@@ -44,11 +44,11 @@ public:
     std::size_t readRow(std::int64_t y, ColorComponents* linear, std::uint32_t* x);
 
     // The stages' view of a 16-bit encoding table, which must outlive it.
-    static row_kernel::Encoding encodingOf(const SampleEncodeTable& table);
+    static rowKernel::Encoding encodingOf(const SampleEncodeTable& table);
 
     // The constants the stages run with, for tests of the stages on their own.
-    const row_kernel::SelectConstants& selectConstants() const { return shift_.select(); }
-    const row_kernel::PaintConstants& paintConstants() const { return shift_.paint(); }
+    const rowKernel::SelectConstants& selectConstants() const { return shift_.select(); }
+    const rowKernel::PaintConstants& paintConstants() const { return shift_.paint(); }
 
 private:
     static bool readPixel(const void* self, std::int64_t x, std::int64_t y, double* rgba);
@@ -59,12 +59,12 @@ private:
     const HueShiftParameters& p_;
     bool wholeRows_ = false;
     std::vector<float> boxBounds_;
-    row_kernel::PixelShuffles shuffles_{};
-    row_kernel::PixelUnshuffles unshuffles_{};
+    rowKernel::PixelShuffles shuffles_{};
+    rowKernel::PixelUnshuffles unshuffles_{};
     StretchArrays arrays_;
     VectorisedShift shift_;
-    row_kernel::ReadConstants read_{};
-    row_kernel::WriteConstants write_{};
+    rowKernel::ReadConstants read_{};
+    rowKernel::WriteConstants write_{};
 };
 
 } // namespace tintorra

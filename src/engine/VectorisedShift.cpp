@@ -2,7 +2,6 @@
 
 #include "colour/ColorBlending.h"
 #include "colour/KVColorGamut.h"
-#include "engine/ChromaTableCache.h"
 #include "engine/SelectionWeights.h"
 #include "engine/ShiftColor.h"
 
@@ -18,10 +17,11 @@ constexpr std::size_t kSlack = 4;
 } // namespace
 
 VectorisedShift::VectorisedShift(const HueShiftParameters& p, const OutcomeContext& context,
+                                 std::shared_ptr<const std::vector<double>> pairedChroma,
                                  bool keepUnshifted)
 {
     const KVColorGamut* const gamut = context.gamut;
-    select_.lab = p.colorSpaceModel == kColorModeLChab;
+    select_.lab = p.colorSpaceModel == ColorSpaceModel::LChab;
     select_.keepUnshifted = keepUnshifted;
     std::copy(context.M.begin(), context.M.end(), select_.M);
     select_.hueLowerFalloff = p.hueLowerFalloff;
@@ -50,7 +50,7 @@ VectorisedShift::VectorisedShift(const HueShiftParameters& p, const OutcomeConte
     paint_.curveGain = p.curveGain;
     std::copy(p.targetBriTenVals.begin(), p.targetBriTenVals.end(), paint_.curve);
     paint_.keepsLightness = keepsLightness(p);
-    chromaTable_ = pairedChromaTable(p.gamut);
+    chromaTable_ = std::move(pairedChroma);
     paint_.chromas = {chromaTable_ != nullptr ? chromaTable_->data() : nullptr};
     select_.chromaPairs = paint_.chromas.pairs;
     paint_.blend = &VectorisedShift::blend;
@@ -60,7 +60,7 @@ VectorisedShift::VectorisedShift(const HueShiftParameters& p, const OutcomeConte
 double VectorisedShift::bringHueIntoChain(const void* record, double hue, bool raise)
 {
     const auto& p = *static_cast<const HueShiftParameters*>(record);
-    return selection_detail::bringHueIntoChainSlowly(hue, p, kTwoPi, raise);
+    return selectionDetail::bringHueIntoChainSlowly(hue, p, kTwoPi, raise);
 }
 
 void VectorisedShift::blend(const void* record, const double* from, int zone, double weight,
@@ -70,9 +70,9 @@ void VectorisedShift::blend(const void* record, const double* from, int zone, do
     const double newHue = shifted[2];
     const ColorComponents start{
         from[0], from[1],
-        shift_detail::blendStartHue(from[2], newHue, static_cast<SelectionZone>(zone), p), from[3]};
+        shiftDetail::blendStartHue(from[2], newHue, static_cast<SelectionZone>(zone), p), from[3]};
     const ColorComponents result = blendColorsLch(
-        shift_detail::blendMode(p), start, {shifted[0], shifted[1], newHue, shifted[3]}, weight);
+        shiftDetail::blendMode(p), start, {shifted[0], shifted[1], newHue, shifted[3]}, weight);
     shifted[0] = result.c0;
     shifted[1] = result.c1;
     shifted[2] = result.c2;

@@ -19,10 +19,10 @@ public:
     // keepUnshifted: whether the selected colours' unshifted linear colours are kept for a
     // painted coverage to mix in.
     VectorisedShift(const HueShiftParameters& normalised, const OutcomeContext& context,
-                    bool keepUnshifted);
+                    std::shared_ptr<const std::vector<double>> pairedChroma, bool keepUnshifted);
 
-    const row_kernel::SelectConstants& select() const { return select_; }
-    const row_kernel::PaintConstants& paint() const { return paint_; }
+    const rowKernel::SelectConstants& select() const { return select_; }
+    const rowKernel::PaintConstants& paint() const { return paint_; }
 
 private:
     static double bringHueIntoChain(const void* record, double hue, bool raise);
@@ -30,8 +30,8 @@ private:
                       double* shifted);
 
     std::shared_ptr<const std::vector<double>> chromaTable_;
-    row_kernel::SelectConstants select_{};
-    row_kernel::PaintConstants paint_{};
+    rowKernel::SelectConstants select_{};
+    rowKernel::PaintConstants paint_{};
 };
 
 // The stages' working arrays for stretches of up to `stretch` colours, each with room for the
@@ -43,18 +43,18 @@ public:
     StretchArrays(const StretchArrays&) = delete;
     StretchArrays& operator=(const StretchArrays&) = delete;
 
-    const row_kernel::RowWords& words() const { return words_; }
-    const row_kernel::Candidates& candidates() const { return candidates_; }
-    const row_kernel::SelectedColors& selected() const { return selected_; }
+    const rowKernel::RowWords& words() const { return words_; }
+    const rowKernel::Candidates& candidates() const { return candidates_; }
+    const rowKernel::SelectedColors& selected() const { return selected_; }
     double* weights() const { return weights_; }
 
 private:
     std::vector<std::uint32_t> wordStore_;
     std::vector<std::uint32_t> indexStore_;
     std::vector<double> doubleStore_;
-    row_kernel::RowWords words_{};
-    row_kernel::Candidates candidates_{};
-    row_kernel::SelectedColors selected_{};
+    rowKernel::RowWords words_{};
+    rowKernel::Candidates candidates_{};
+    rowKernel::SelectedColors selected_{};
     double* weights_ = nullptr;
 };
 

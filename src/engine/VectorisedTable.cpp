@@ -14,22 +14,23 @@ constexpr std::size_t kStretch = 256;
 
 bool VectorisedTable::serves(const HueShiftRun& run, const HueShiftParameters& p)
 {
-    const std::int32_t mask = p.maskToShow;
+    const MaskView mask = p.maskToShow;
     return run.vectorised && batch::vectorised() && isLchColorMode(p.colorSpaceModel) &&
-           !showsGreyMask(mask) && mask != kShowSelectionHighlight && mask != kShowHoverHighlight;
+           !showsGreyMask(mask) && mask != MaskView::selectionHighlight &&
+           mask != MaskView::hoverHighlight;
 }
 
 VectorisedTable::VectorisedTable(const HueShiftRun& run, const HueShiftParameters& p,
                                  const OutcomeContext& context)
     // The painted coverage is mixed in by the writers, byte by byte.
-    : run_(run), arrays_(kStretch), shift_(p, context, false)
+    : run_(run), arrays_(kStretch), shift_(p, context, run.pairedChroma, false)
 {}
 
 void VectorisedTable::shiftEntries(const ColorTableRef& table, std::uint64_t begin,
                                    std::uint64_t end, std::vector<TableColor>& toWrite)
 {
-    const row_kernel::Candidates& in = arrays_.candidates();
-    const row_kernel::SelectedColors& out = arrays_.selected();
+    const rowKernel::Candidates& in = arrays_.candidates();
+    const rowKernel::SelectedColors& out = arrays_.selected();
     const SampleEncodeTable& encode = *run_.byteEncode;
     std::uint64_t from = begin;
     while (from < end) {
@@ -48,9 +49,9 @@ void VectorisedTable::shiftEntries(const ColorTableRef& table, std::uint64_t beg
             in.x[count] = static_cast<std::uint32_t>(i - from);
             ++count;
         }
-        const std::size_t selected = row_kernel::avx2::selectLchCandidates(
+        const std::size_t selected = rowKernel::avx2::selectLchCandidates(
             shift_.select(), in, count, arrays_.weights(), out);
-        row_kernel::avx2::paintShifted(shift_.paint(), out, selected);
+        rowKernel::avx2::paintShifted(shift_.paint(), out, selected);
         for (std::size_t k = 0; k < selected; ++k) {
             const color_table_lch_entry_info& entry = table.colors[from + out.x[k]];
             const ColorComponents painted{out.paintedR[k], out.paintedG[k], out.paintedB[k],

@@ -8,14 +8,14 @@
 
 namespace tintorra {
 
-namespace pixel_detail {
+namespace pixelDetail {
 
 void reportUnsupportedPixelFormat()
 {
     diagnostic("Unsupported pixel format");
 }
 
-} // namespace pixel_detail
+} // namespace pixelDetail
 
 namespace {
 

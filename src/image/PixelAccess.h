@@ -75,7 +75,7 @@ bool initializePixelManipulationOffsets(PixelManipulationOffsets& record, const 
 PixelManipulationOffsets pixelManipulationOffsetsWithImageGamma(const KVBitmapPtr& bitmap,
                                                                 double imageGamma);
 
-namespace pixel_detail {
+namespace pixelDetail {
 
 // Writers meet a depth they cannot encode; kept out of line so the hot path stays small.
 void reportUnsupportedPixelFormat();
@@ -110,14 +110,14 @@ inline std::uint16_t encodeWord(double value)
     return static_cast<std::uint16_t>(static_cast<std::int64_t>(value * 65535.0 + 0.5));
 }
 
-} // namespace pixel_detail
+} // namespace pixelDetail
 
 // The stored samples as bytes; of 16-bit samples the high (second, little-endian) byte. Without
 // alpha the alpha reads 255. Other depths leave `colour` untouched.
 inline void readGammaChars(std::int64_t x, std::int64_t y, const PixelManipulationOffsets& offsets,
                            PixelChars& colour)
 {
-    const std::uint8_t* const pixel = pixel_detail::pixelAddress(x, y, offsets);
+    const std::uint8_t* const pixel = pixelDetail::pixelAddress(x, y, offsets);
     std::uint64_t high = 0;
     if (offsets.bitsPerSample == 16) {
         high = 1;
@@ -135,8 +135,8 @@ inline void readGammaChars(std::int64_t x, std::int64_t y, const PixelManipulati
 inline void readGammaWords(std::int64_t x, std::int64_t y, const PixelManipulationOffsets& offsets,
                            PixelWords& colour)
 {
-    using pixel_detail::loadWord;
-    const std::uint8_t* const pixel = pixel_detail::pixelAddress(x, y, offsets);
+    using pixelDetail::loadWord;
+    const std::uint8_t* const pixel = pixelDetail::pixelAddress(x, y, offsets);
     if (offsets.bitsPerSample == 8) {
         colour.r = static_cast<std::uint16_t>(pixel[offsets.redOffset] << 8);
         colour.g = static_cast<std::uint16_t>(pixel[offsets.greenOffset] << 8);
@@ -156,8 +156,8 @@ inline void readGammaWords(std::int64_t x, std::int64_t y, const PixelManipulati
 inline void readGammaFloats(std::int64_t x, std::int64_t y, const PixelManipulationOffsets& offsets,
                             ColorComponents& colour)
 {
-    using pixel_detail::loadWord;
-    const std::uint8_t* const pixel = pixel_detail::pixelAddress(x, y, offsets);
+    using pixelDetail::loadWord;
+    const std::uint8_t* const pixel = pixelDetail::pixelAddress(x, y, offsets);
     if (offsets.bitsPerSample == 8) {
         colour.c0 = pixel[offsets.redOffset] / 255.0;
         colour.c1 = pixel[offsets.greenOffset] / 255.0;
@@ -197,10 +197,10 @@ inline void readLinearFloats(std::int64_t x, std::int64_t y,
 inline void writeGammaFloats(std::int64_t x, std::int64_t y,
                              const PixelManipulationOffsets& offsets, const ColorComponents& colour)
 {
-    using pixel_detail::encodeChar;
-    using pixel_detail::encodeWord;
-    using pixel_detail::storeWord;
-    std::uint8_t* const pixel = pixel_detail::pixelAddress(x, y, offsets);
+    using pixelDetail::encodeChar;
+    using pixelDetail::encodeWord;
+    using pixelDetail::storeWord;
+    std::uint8_t* const pixel = pixelDetail::pixelAddress(x, y, offsets);
     if (offsets.bitsPerSample == 8) {
         pixel[offsets.redOffset] = encodeChar(colour.c0);
         pixel[offsets.greenOffset] = encodeChar(colour.c1);
@@ -216,7 +216,7 @@ inline void writeGammaFloats(std::int64_t x, std::int64_t y,
             storeWord(pixel + offsets.alphaOffset, encodeWord(colour.alpha));
         }
     } else {
-        pixel_detail::reportUnsupportedPixelFormat();
+        pixelDetail::reportUnsupportedPixelFormat();
     }
 }
 
@@ -244,11 +244,11 @@ inline void copyPixel(std::int64_t x, std::int64_t y, const PixelManipulationOff
                       const PixelManipulationOffsets& destination)
 {
     if (source.bitsPerSample != 8 || destination.bitsPerSample != 8) {
-        pixel_detail::reportUnsupportedPixelFormat();
+        pixelDetail::reportUnsupportedPixelFormat();
         return;
     }
-    const std::uint8_t* const from = pixel_detail::pixelAddress(x, y, source);
-    std::uint8_t* const to = pixel_detail::pixelAddress(x, y, destination);
+    const std::uint8_t* const from = pixelDetail::pixelAddress(x, y, source);
+    std::uint8_t* const to = pixelDetail::pixelAddress(x, y, destination);
     to[destination.redOffset] = from[source.redOffset];
     to[destination.greenOffset] = from[source.greenOffset];
     to[destination.blueOffset] = from[source.blueOffset];

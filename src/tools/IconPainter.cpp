@@ -136,7 +136,7 @@ KVBitmapPtr paintTintorraIcon(int size)
         return nullptr;
     }
     bitmap->setColorSpace(sRGBColorSpace());
-    const KVColorGamut gamut(&bitmap->colorSpace(), kColorModeLChuv);
+    const KVColorGamut gamut(&bitmap->colorSpace(), ColorSpaceModel::LChuv);
     Palette palette{gamut, {}, smoothedPeakLightness(gamut)};
     gamut.copy_XYZ_to_RGB_matrix(palette.MI);
     const PixelManipulationOffsets offsets =

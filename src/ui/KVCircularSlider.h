@@ -52,8 +52,8 @@ public:
     // colours. Without a gamut an LCh-mode ring is drawn neutral.
     const KVColorGamutPtr& colorGamut() const { return gamut_; }
     void setColorGamut(KVColorGamutPtr gamut);
-    long colorSpaceModel() const { return model_.colorSpaceModel(); }
-    void setColorSpaceModel(long model) { model_.setColorSpaceModel(model); }
+    ColorSpaceModel colorSpaceModel() const { return model_.colorSpaceModel(); }
+    void setColorSpaceModel(ColorSpaceModel model) { model_.setColorSpaceModel(model); }
 
     // The ends (and, if valid, the middle) of a straight slider's slot gradient.
     QColor lowerColor() const { return lowerColor_; }

@@ -26,9 +26,9 @@ const QColor kMeanLineColor = QColor::fromRgbF(0.0f, 0.67f, 0.0f);
 const QColor kMaximumLineColor = QColor::fromRgbF(1.0f, 0.5f, 0.0f);
 const QColor kGamutLineColor = QColor::fromRgbF(0.5f, 0.5f, 0.5f);
 
-bool isLChModel(long colorSpaceModel)
+bool isLChModel(ColorSpaceModel colorSpaceModel)
 {
-    return colorSpaceModel == kColorModeLChuv || colorSpaceModel == kColorModeLChab;
+    return colorSpaceModel == ColorSpaceModel::LChuv || colorSpaceModel == ColorSpaceModel::LChab;
 }
 
 // The graph's frame in device pixels.

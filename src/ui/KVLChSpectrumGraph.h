@@ -22,7 +22,7 @@ inline constexpr int kSpectrumGraphTypeCount = 4;
 struct KVSpectrumGraphContent {
     const LChSpectrum* spectrum = nullptr;
     const KVColorGamut* gamut = nullptr;
-    long colorSpaceModel = 0;
+    ColorSpaceModel colorSpaceModel = ColorSpaceModel::LChuv;
     KVSpectrumGraphType graphType = KVSpectrumGraphType::spectrogram;
     bool drawLog = false;
 };

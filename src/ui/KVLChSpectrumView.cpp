@@ -48,7 +48,7 @@ void KVLChSpectrumView::setColorGamut(KVColorGamutPtr gamut)
     invalidateGraph();
 }
 
-void KVLChSpectrumView::setColorSpaceModel(long colorSpaceModel)
+void KVLChSpectrumView::setColorSpaceModel(ColorSpaceModel colorSpaceModel)
 {
     colorSpaceModel_ = colorSpaceModel;
     invalidateGraph();

@@ -35,8 +35,8 @@ public:
     void setSpectrum(LChSpectrumPtr spectrum);
     const KVColorGamutPtr& colorGamut() const { return colorGamut_; }
     void setColorGamut(KVColorGamutPtr gamut);
-    long colorSpaceModel() const { return colorSpaceModel_; }
-    void setColorSpaceModel(long colorSpaceModel);
+    ColorSpaceModel colorSpaceModel() const { return colorSpaceModel_; }
+    void setColorSpaceModel(ColorSpaceModel colorSpaceModel);
     KVSpectrumGraphType graphType() const { return graphType_; }
     void setGraphType(KVSpectrumGraphType graphType);
     bool drawLog() const { return drawLog_; }
@@ -76,7 +76,7 @@ private:
 
     LChSpectrumPtr spectrum_;
     KVColorGamutPtr colorGamut_;
-    long colorSpaceModel_ = kColorModeLChuv;
+    ColorSpaceModel colorSpaceModel_ = ColorSpaceModel::LChuv;
     KVSpectrumGraphType graphType_ = KVSpectrumGraphType::spectrogram;
     bool drawLog_ = false;
 

@@ -63,7 +63,7 @@ QString emptyPixelReadoutHeader()
     return QStringLiteral("x,y\nOp\nr'g'b'\nrgb");
 }
 
-KVPixelReadout pixelReadout(const PixelColorReport& r, long colorSpaceModel)
+KVPixelReadout pixelReadout(const PixelColorReport& r, ColorSpaceModel colorSpaceModel)
 {
     ReadoutBuilder builder;
     builder.row(QStringLiteral("x,y"),
@@ -78,24 +78,24 @@ KVPixelReadout pixelReadout(const PixelColorReport& r, long colorSpaceModel)
     builder.row(QStringLiteral("rgb"),
                 {number3(r.linearRgb.c0), number3(r.linearRgb.c1), number3(r.linearRgb.c2)});
     switch (colorSpaceModel) {
-    case kColorModeLChab:
+    case ColorSpaceModel::LChab:
         builder.row(QStringLiteral("Lab"),
                     {number3(r.lab.c0), number3(r.lab.c1), number3(r.lab.c2)});
         builder.row(QStringLiteral("LChab"), lchCells(r.lchab));
         builder.row(QStringLiteral("Sat"),
                     {percentCell(r.lchabSaturation), QStringLiteral("\n"), QStringLiteral("\n")});
         break;
-    case kColorModeHCL:
+    case ColorSpaceModel::HCL:
         builder.row(QStringLiteral("hcl"), {degreesOfFraction(fractionalPart(r.hcl.h)),
                                             number3(r.hcl.c), number3(r.hcl.l)});
         builder.row(QStringLiteral("Sat"),
                     {percentCell(r.hcl.saturation), QStringLiteral("\n"), QStringLiteral("\n")});
         break;
-    case kColorModeHSB:
+    case ColorSpaceModel::HSB:
         builder.row(QStringLiteral("hsb"), cylinderCells(r.hsb));
         builder.row(QStringLiteral("h's'b'"), cylinderCells(r.encodedHsb));
         break;
-    case kColorModeHSL:
+    case ColorSpaceModel::HSL:
         builder.row(QStringLiteral("hsl"), cylinderCells(r.hsl));
         builder.row(QStringLiteral("h's'l'"), cylinderCells(r.encodedHsl));
         break;
@@ -109,7 +109,7 @@ KVPixelReadout pixelReadout(const PixelColorReport& r, long colorSpaceModel)
     return builder.take();
 }
 
-QString pixelDescription(const PixelColorReport& r, long colorSpaceModel)
+QString pixelDescription(const PixelColorReport& r, ColorSpaceModel colorSpaceModel)
 {
     const auto cylinder = [](const char* format, const ColorComponents& c) {
         return QString::asprintf(format, fractionalPart(c.c0) * 360.0, c.c1, c.c2);
@@ -124,19 +124,19 @@ QString pixelDescription(const PixelColorReport& r, long colorSpaceModel)
     text += QString::asprintf("\nrgb:\t%.3f\t%.3f\t%.3f", r.linearRgb.c0, r.linearRgb.c1,
                               r.linearRgb.c2);
     switch (colorSpaceModel) {
-    case kColorModeLChab:
+    case ColorSpaceModel::LChab:
         text += QString::asprintf("\nLab: %.3f, %.3f, %.1f\u00B0", r.lab.c0, r.lab.c1, r.lab.c2);
         text += lch("\nLChab: %.3f, %.3f, %.1f\u00B0", r.lchab);
         break;
-    case kColorModeHCL:
+    case ColorSpaceModel::HCL:
         text += QString::asprintf("\nhcl:\t%.1f\u00B0\t%.3f\t%.3f", fractionalPart(r.hcl.h) * 360.0,
                                   r.hcl.c, r.hcl.l);
         break;
-    case kColorModeHSB:
+    case ColorSpaceModel::HSB:
         text += cylinder("\nhsb:\t%.1f\u00B0\t%.3f\t%.3f", r.hsb);
         text += cylinder("\nh's'b':\t%.1f\u00B0\t%.3f\t%.3f", r.encodedHsb);
         break;
-    case kColorModeHSL:
+    case ColorSpaceModel::HSL:
         text += cylinder("\nhsl:\t%.1f\u00B0\t%.3f\t%.3f", r.hsl);
         text += cylinder("\nh's'l':\t%.1f\u00B0\t%.3f\t%.3f", r.encodedHsl);
         break;

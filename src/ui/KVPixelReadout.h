@@ -17,11 +17,11 @@ struct KVPixelReadout {
 // The labels shown while the pointer is outside the image.
 QString emptyPixelReadoutHeader();
 
-KVPixelReadout pixelReadout(const PixelColorReport& report, long colorSpaceModel);
+KVPixelReadout pixelReadout(const PixelColorReport& report, ColorSpaceModel colorSpaceModel);
 
 // The same values written out line by line ("x,y: 3,4", "rgba: ...", ...), for the debugging
 // print and the readout's tool tip.
-QString pixelDescription(const PixelColorReport& report, long colorSpaceModel);
+QString pixelDescription(const PixelColorReport& report, ColorSpaceModel colorSpaceModel);
 
 // The image information: size and depth, resolution, size in points, profile; under the header
 // "px\ndpi\npt\nprofile".

@@ -61,10 +61,10 @@ inline QRgb scaledPixel(QRgb pixel, std::uint32_t a)
 
 } // namespace
 
-std::optional<ColorComponents> hueRingColor(double hueFraction, long colorSpaceModel,
+std::optional<ColorComponents> hueRingColor(double hueFraction, ColorSpaceModel colorSpaceModel,
                                             const KVColorGamut* gamut)
 {
-    if (colorSpaceModel == kColorModeLChuv || colorSpaceModel == kColorModeLChab) {
+    if (colorSpaceModel == ColorSpaceModel::LChuv || colorSpaceModel == ColorSpaceModel::LChab) {
         if (gamut == nullptr || !gamut->hasTables()) {
             return std::nullopt;
         }
@@ -72,7 +72,7 @@ std::optional<ColorComponents> hueRingColor(double hueFraction, long colorSpaceM
         gamut->copy_XYZ_to_RGB_matrix(MI);
         const ColorComponents peak = gamut->maxChromaForHue(hueFraction * kTwoPi);
         // The table speaks the gamut's own model, whichever mode the slider was last told.
-        const ColorComponents linear = gamut->colorSpaceModel() == kColorModeLChab
+        const ColorComponents linear = gamut->colorSpaceModel() == ColorSpaceModel::LChab
                                            ? lchabToRgb(peak, MI)
                                            : lchuvToRgb(peak, MI);
         return gammaEncode(linear, kDisplayGamma);

@@ -18,7 +18,7 @@ class KVCircularSliderGeometry;
 // LCh modes the gamut's most chromatic colour of that hue in the gamut's RGB space, encoded with
 // gamma 2.2 as the spectrogram draws its colours; in HCL, HSB and HSL the fully saturated colour
 // of the hue. Nothing when an LCh mode has no gamut to ask.
-std::optional<ColorComponents> hueRingColor(double hueFraction, long colorSpaceModel,
+std::optional<ColorComponents> hueRingColor(double hueFraction, ColorSpaceModel colorSpaceModel,
                                             const KVColorGamut* gamut);
 
 // Everything the still part of a range slider depends on: the hue ring or the straight slot with
@@ -27,7 +27,7 @@ struct KVSliderBackgroundInputs {
     QSize size; // logical points
     qreal devicePixelRatio = 1.0;
     bool circular = true;
-    long colorSpaceModel = kColorModeLChuv;
+    ColorSpaceModel colorSpaceModel = ColorSpaceModel::LChuv;
     KVColorGamutPtr gamut;
     QColor lowerColor;
     QColor middleColor; // invalid: the slot runs straight from lower to upper

@@ -44,15 +44,15 @@ std::optional<ColorComponents> linearRgb(const KVAnythingColor& color, const Mat
 
 } // namespace
 
-long spectrumColorKindForModel(long colorSpaceModel)
+long spectrumColorKindForModel(ColorSpaceModel colorSpaceModel)
 {
     switch (colorSpaceModel) {
-    case kColorModeLChuv:
+    case ColorSpaceModel::LChuv:
         return kSpectrumColorLChuv;
-    case kColorModeLChab:
+    case ColorSpaceModel::LChab:
         return kSpectrumColorLChab;
     default:
-        return colorSpaceModel;
+        return colorSpaceModelNumber(colorSpaceModel);
     }
 }
 
@@ -73,7 +73,7 @@ std::optional<QColor> colorFromAnythingColor(const KVAnythingColor& color, const
 }
 
 std::optional<QColor> colorForLightness(double lightness, double chroma, double hue, double alpha,
-                                        long colorSpaceModel, const Matrix3& MI)
+                                        ColorSpaceModel colorSpaceModel, const Matrix3& MI)
 {
     const long kind = spectrumColorKindForModel(colorSpaceModel);
     const bool lch = kind == kSpectrumColorLChab || kind == kSpectrumColorLChuv;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "colour/ColorComponents.h"
+#include "colour/ColorSpaceModel.h"
 #include "colour/Matrix3.h"
 
 #include <QColor>
@@ -27,7 +28,7 @@ struct KVAnythingColor {
 
 // The kind in which a colour of `colorSpaceModel` is drawn: the LCh modes map onto their kinds,
 // every other mode is passed on as it is.
-long spectrumColorKindForModel(long colorSpaceModel);
+long spectrumColorKindForModel(ColorSpaceModel colorSpaceModel);
 
 // A drawable colour: LCh through XYZ with `MI` (XYZ to RGB), the cylinders directly, then encoded
 // with the display gamma of 2.2. A kind we cannot convert is reported on standard error; RGB is
@@ -35,6 +36,6 @@ long spectrumColorKindForModel(long colorSpaceModel);
 std::optional<QColor> colorFromAnythingColor(const KVAnythingColor& color, const Matrix3& MI);
 
 std::optional<QColor> colorForLightness(double lightness, double chroma, double hue, double alpha,
-                                        long colorSpaceModel, const Matrix3& MI);
+                                        ColorSpaceModel colorSpaceModel, const Matrix3& MI);
 
 } // namespace tintorra

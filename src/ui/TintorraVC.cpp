@@ -346,8 +346,11 @@ void TintorraVC::buildPanel()
     form->addRow(preserveHueBox_);
     form->addRow(blendBox_);
     form->addRow(tr("Gamma"), gammaField_);
-    connect(colorModePopup_, &QComboBox::currentIndexChanged, this,
-            [this](int model) { setColorSpaceModel(model); });
+    connect(colorModePopup_, &QComboBox::currentIndexChanged, this, [this](int model) {
+        if (const auto mode = colorSpaceModelFromNumber(model)) {
+            setColorSpaceModel(*mode);
+        }
+    });
     connect(maskPopup_, &QComboBox::currentIndexChanged, this,
             [this](int view) { setMaskToShow(view); });
     connect(preserveHueBox_, &QCheckBox::toggled, this, &TintorraVC::setPreserveHue);
@@ -384,7 +387,7 @@ void TintorraVC::buildPanel()
     spectrumView_ = new KVLChSpectrumView;
     spectrumView_->setToolTip(tr("The image's colours by hue: click to select a hue, Shift-click "
                                  "to add it, Ctrl-click for the next graph"));
-    spectrumView_->setColorSpaceModel(static_cast<long>(parameters_.colorSpaceModel()));
+    spectrumView_->setColorSpaceModel(parameters_.colorSpaceModel());
     spectrumView_->setDrawLog(true);
     spectrumView_->setUndoGrouping(
         {[this] { beginUndoGroup(tr("Selection Hue")); }, [this] { endUndoGroup(); }});

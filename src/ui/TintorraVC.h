@@ -73,6 +73,7 @@ public:
     int currentSelectionTool() const;
     int maskToShow() const { return static_cast<int>(parameters_.maskToShow()); }
     void setMaskToShow(int view);
+    void setMaskToShow(MaskView view);
     QUndoStack* undoStack() const { return undoStack_; }
     KVLChSpectrumView* spectrumView() const { return spectrumView_; }
     std::vector<QColor> imageColors() const { return imageColors_; }
@@ -106,7 +107,7 @@ public:
     void setTargetColor(const QColor& color);
     QColor targetColor() const { return targetColor_; }
     void setPreserveHue(bool preserve);
-    void setColorSpaceModel(std::int64_t model);
+    void setColorSpaceModel(ColorSpaceModel model);
     void setBlendToFalloffHues(bool blend);
     // Swaps the hue range for its complement.
     void invertSourceHueValues();
@@ -182,7 +183,7 @@ private:
     void applySourceRanges(const KVSliderValues& hue, const KVSliderValues& saturation,
                            const KVSliderValues& brightness);
     void applyTargetHue(double hue);
-    void applyColorSpaceModel(std::int64_t model);
+    void applyColorSpaceModel(ColorSpaceModel model);
     void applyDisplayGamma(double gamma);
     void applyTargetColor(const QColor& color, double hue);
 

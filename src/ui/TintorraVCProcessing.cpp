@@ -84,7 +84,7 @@ void TintorraVC::describeImageInBackground()
     }
     emit processingStarted();
     const KVBitmapPtr image = sourceRep_;
-    const long model = static_cast<long>(parameters_.colorSpaceModel());
+    const ColorSpaceModel model = parameters_.colorSpaceModel();
     const double imageGamma = 1.0 / parameters_.displayGamma();
     const bool gamutNeeded = colorGamut_ == nullptr;
     auto done = std::make_shared<std::atomic<bool>>(false);
@@ -146,7 +146,7 @@ void TintorraVC::takeColorTable(std::uint64_t generation, ColorTablePtr table,
 
 void TintorraVC::attemptToProcessImage()
 {
-    const long model = static_cast<long>(parameters_.colorSpaceModel());
+    const ColorSpaceModel model = parameters_.colorSpaceModel();
     for (KVCircularSlider* ring : {hueSlider_, targetHueSlider_}) {
         ring->setColorGamut(colorGamut_);
         ring->setColorSpaceModel(model);
@@ -178,7 +178,7 @@ void TintorraVC::refreshImageColors()
         if (colorGamut_ != nullptr) {
             colorGamut_->copy_XYZ_to_RGB_matrix(xyzToRgb);
         }
-        const long model = static_cast<long>(parameters_.colorSpaceModel());
+        const ColorSpaceModel model = parameters_.colorSpaceModel();
         for (std::size_t i = 0; i < bands.size() && colors.size() < kImageColorCount; ++i) {
             const LChSpectrumBand& band = data[bands[i]];
             if (band.count == 0) {

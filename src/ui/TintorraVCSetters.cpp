@@ -324,18 +324,18 @@ void TintorraVC::setBlendToFalloffHues(bool blend)
                     });
 }
 
-void TintorraVC::setColorSpaceModel(std::int64_t model)
+void TintorraVC::setColorSpaceModel(ColorSpaceModel model)
 {
     changeParameter(tr("Color Mode"), kMergeColorMode, parameters_.colorSpaceModel(), model,
-                    [this](std::int64_t value) { applyColorSpaceModel(value); });
+                    [this](ColorSpaceModel value) { applyColorSpaceModel(value); });
 }
 
-void TintorraVC::applyColorSpaceModel(std::int64_t model)
+void TintorraVC::applyColorSpaceModel(ColorSpaceModel model)
 {
     parameters_.setColorSpaceModel(model);
-    hueSlider_->setColorSpaceModel(static_cast<long>(model));
+    hueSlider_->setColorSpaceModel(model);
     updateSourceSatAndBriSliderColors();
-    targetHueSlider_->setColorSpaceModel(static_cast<long>(model));
+    targetHueSlider_->setColorSpaceModel(model);
     updateTargetSatAndBriSliderColors();
     showParametersInControls();
     // Both the gamut and the table are the mode's own; the rebuild reprocesses when done.
@@ -347,12 +347,19 @@ void TintorraVC::applyColorSpaceModel(std::int64_t model)
 
 void TintorraVC::setMaskToShow(int view)
 {
+    if (const auto mask = maskViewFromNumber(view)) {
+        setMaskToShow(*mask);
+    }
+}
+
+void TintorraVC::setMaskToShow(MaskView view)
+{
     if (parameters_.maskToShow() == view) {
         return;
     }
     parameters_.setMaskToShow(view);
     showParametersInControls();
-    emit maskToShowChanged(view);
+    emit maskToShowChanged(maskViewNumber(view));
     processImage();
 }
 

@@ -60,7 +60,7 @@ void TintorraVC::pressToolButton(int tag)
     }
     if (brushBefore) {
         // The brush shows the masks unlimited by the painted ones, so the picture changes.
-        if (parameters_.maskToShow() == 2) {
+        if (parameters_.maskToShow() == MaskView::blackMask) {
             processImage();
         } else {
             emit imageNeedsDisplay();
@@ -88,7 +88,7 @@ std::optional<double> TintorraVC::hueOfPixel(QPoint pixel, const KVBitmapPtr& im
     if (!report) {
         return std::nullopt;
     }
-    return normalizedHueForColorModel(*report, static_cast<long>(parameters_.colorSpaceModel()));
+    return normalizedHueForColorModel(*report, parameters_.colorSpaceModel());
 }
 
 void TintorraVC::setSelectionHueSliderValue(QPoint pixel, const KVBitmapPtr& image)
@@ -179,7 +179,7 @@ void TintorraVC::mouseMovedOverImage(QPoint pixel, const KVBitmapPtr& image)
         }
         return;
     }
-    const long model = static_cast<long>(parameters_.colorSpaceModel());
+    const ColorSpaceModel model = parameters_.colorSpaceModel();
     const KVPixelReadout readout = pixelReadout(*report, model);
     pixelPropertiesHeader_->setText(readout.header);
     for (std::size_t i = 0; i < pixelPropertiesColumns_.size(); ++i) {
@@ -192,8 +192,7 @@ void TintorraVC::debugImagePixel(QPoint pixel, const KVBitmapPtr& image)
     const auto report = pixelColorReport(image, pixel.x(), pixel.y(),
                                          1.0 / parameters_.displayGamma(), colorGamut_.get());
     if (report) {
-        const QString text =
-            pixelDescription(*report, static_cast<long>(parameters_.colorSpaceModel()));
+        const QString text = pixelDescription(*report, parameters_.colorSpaceModel());
         std::fprintf(stderr, "%s\n", text.toUtf8().constData());
     }
 }

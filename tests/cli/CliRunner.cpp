@@ -15,7 +15,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-namespace tintorra::cli_test {
+namespace tintorra::cliTest {
 
 namespace {
 
@@ -229,4 +229,4 @@ std::vector<std::string> filesIn(const std::filesystem::path& folder)
     return names;
 }
 
-} // namespace tintorra::cli_test
+} // namespace tintorra::cliTest

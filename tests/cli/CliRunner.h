@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-namespace tintorra::cli_test {
+namespace tintorra::cliTest {
 
 using Json = nlohmann::ordered_json;
 
@@ -58,4 +58,4 @@ std::vector<unsigned> samplesAt(const KVBitmap& bitmap, int x, int y);
 // Files in a folder, by name.
 std::vector<std::string> filesIn(const std::filesystem::path& folder);
 
-} // namespace tintorra::cli_test
+} // namespace tintorra::cliTest

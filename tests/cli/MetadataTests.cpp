@@ -7,7 +7,7 @@
 #include <fstream>
 #include <sstream>
 
-namespace tintorra::cli_test {
+namespace tintorra::cliTest {
 namespace {
 
 // Metadata is checked with an outside reader, exiftool, which the dependency script installs.
@@ -134,4 +134,4 @@ TEST(Metadata, LeavesThePixelsAlone)
 }
 
 } // namespace
-} // namespace tintorra::cli_test
+} // namespace tintorra::cliTest

@@ -7,7 +7,7 @@
 #include <fstream>
 #include <sstream>
 
-namespace tintorra::cli_test {
+namespace tintorra::cliTest {
 namespace {
 
 std::vector<std::string> splitLines(const std::string& text)
@@ -313,4 +313,4 @@ TEST(Usage, MistakesAreUsageErrors)
 }
 
 } // namespace
-} // namespace tintorra::cli_test
+} // namespace tintorra::cliTest

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace tintorra::cli_test {
+namespace tintorra::cliTest {
 namespace {
 
 std::string hexOf(double value)
@@ -194,4 +194,4 @@ INSTANTIATE_TEST_SUITE_P(
                     UsageCase{{"params", "decode", "--from", "/nonexistent/doc.tiff"}, 1}));
 
 } // namespace
-} // namespace tintorra::cli_test
+} // namespace tintorra::cliTest

@@ -7,7 +7,7 @@
 #include <fstream>
 #include <ostream>
 
-namespace tintorra::cli_test {
+namespace tintorra::cliTest {
 namespace {
 
 // sRGB red lies at about 12 degrees of LChuv hue; a selection around it takes the red block
@@ -426,4 +426,4 @@ INSTANTIATE_TEST_SUITE_P(
     [](const testing::TestParamInfo<RefusalCase>& info) { return info.param.name; });
 
 } // namespace
-} // namespace tintorra::cli_test
+} // namespace tintorra::cliTest

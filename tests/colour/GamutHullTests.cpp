@@ -105,7 +105,7 @@ TEST(GamutHull, FlatOrMissingInputGivesNoTriangles)
 std::unique_ptr<KVColorGamut> gamutWithHull(bool interiorPoints)
 {
     test::captureDiagnostics();
-    auto gamut = std::make_unique<KVColorGamut>(sRGBChromaticities(), 0);
+    auto gamut = std::make_unique<KVColorGamut>(sRGBChromaticities(), ColorSpaceModel::LChuv);
     gamut->setIncludeInteriorPoints(interiorPoints);
     gamut->buildRGBColors();
     gamut->buildLuvColors();
@@ -168,8 +168,8 @@ protected:
     static void SetUpTestSuite()
     {
         test::captureDiagnostics();
-        searched_ = new KVColorGamut(sRGBChromaticities(), 0);
-        hulled_ = new KVColorGamut(sRGBChromaticities(), 0);
+        searched_ = new KVColorGamut(sRGBChromaticities(), ColorSpaceModel::LChuv);
+        hulled_ = new KVColorGamut(sRGBChromaticities(), ColorSpaceModel::LChuv);
         hulled_->buildRGBColors();
         hulled_->buildLuvColors();
         hulled_->buildChromaLUTsFromPolys();
@@ -257,7 +257,7 @@ TEST_F(GamutHullTables, TablesFollowTheirRays)
 TEST(GamutHullSurface, WithoutGridTheSearchTablesStay)
 {
     test::captureDiagnostics();
-    KVColorGamut gamut(sRGBChromaticities(), 0);
+    KVColorGamut gamut(sRGBChromaticities(), ColorSpaceModel::LChuv);
     const double before = gamut.chromaForHue(1.0, 40.0);
     gamut.buildChromaLUTsFromPolys();
     test::capturedDiagnostics();

@@ -10,7 +10,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace tintorra::testing_support {
+namespace tintorra::testSupport {
 
 inline constexpr double kEpsilon = 216.0 / 24389.0;
 inline constexpr double kKappa = 24389.0 / 27.0;
@@ -95,4 +95,4 @@ inline ColorComponents linearRgbToLch(bool lab, double r, double g, double b, co
     return {L, std::hypot(c1, c2), std::atan2(c2, c1), 1.0};
 }
 
-} // namespace tintorra::testing_support
+} // namespace tintorra::testSupport

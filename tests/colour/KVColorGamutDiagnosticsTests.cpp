@@ -33,7 +33,7 @@ bool isSurfaceRgb(const std::string& line, const std::string& prefix)
         std::sscanf(line.c_str() + at + prefix.size(), "%lf, %lf, %lf", &r, &g, &b) != 3) {
         return false;
     }
-    const testing_support::Rgb rgb{r, g, b};
+    const testSupport::Rgb rgb{r, g, b};
     return rgb.within(0.0, 1.0) && (rgb.smallest() < 0.01 || rgb.largest() > 0.99);
 }
 
@@ -42,7 +42,7 @@ protected:
     void SetUp() override
     {
         test::captureDiagnostics();
-        gamut_ = std::make_unique<KVColorGamut>(sRGBChromaticities(), 0);
+        gamut_ = std::make_unique<KVColorGamut>(sRGBChromaticities(), ColorSpaceModel::LChuv);
         gamut_->buildRGBColors();
         gamut_->buildLuvColors();
         test::capturedDiagnostics();
@@ -74,7 +74,7 @@ TEST_F(GamutDiagnostics, RgbRoundTripPrintsMatricesAndNoErrorsForLuv)
 TEST_F(GamutDiagnostics, LabRoundTripReportsOnlyWhatExceedsTheThreshold)
 {
     test::captureDiagnostics();
-    KVColorGamut lab(sRGBChromaticities(), 1);
+    KVColorGamut lab(sRGBChromaticities(), ColorSpaceModel::LChab);
     lab.buildRGBColors();
     test::capturedDiagnostics();
     const auto lines = printed([&lab] { lab.testRGBColors(); });
@@ -145,7 +145,7 @@ TEST_F(GamutDiagnostics, MaxChromaColoursLieOnTheCubeSurface)
 TEST_F(GamutDiagnostics, WithoutGridOnlyTheFramesArePrinted)
 {
     test::captureDiagnostics();
-    const KVColorGamut gamut(sRGBChromaticities(), 0);
+    const KVColorGamut gamut(sRGBChromaticities(), ColorSpaceModel::LChuv);
     test::capturedDiagnostics();
     EXPECT_EQ(printed([&gamut] { gamut.testLuvColors(); }),
               (std::vector<std::string>{"Testing Luv values...", "Finished testing Luv values."}));

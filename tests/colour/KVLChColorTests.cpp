@@ -50,8 +50,7 @@ TEST(KVLChColor, RgbOfAnInGamutColourIsItsSource)
     };
     for (const Case c :
          {Case{0.2, 0.5, 0.3}, Case{0.9, 0.1, 0.4}, Case{0.5, 0.5, 0.5}, Case{0.05, 0.1, 0.8}}) {
-        const ColorComponents lch =
-            testing_support::linearRgbToLch(false, c.r, c.g, c.b, sRGBMatrix());
+        const ColorComponents lch = testSupport::linearRgbToLch(false, c.r, c.g, c.b, sRGBMatrix());
         const ColorComponents rgb =
             KVLChColor(lch.c0, lch.c1, lch.c2, 0.6).rgbUsingMatrix(sRGBInverse());
         EXPECT_NEAR(rgb.c0, c.r, 1e-6);
@@ -65,7 +64,7 @@ TEST(KVLChColor, ChromaBeyondTheGamutIsClamped)
 {
     for (const double hue : {0.0, 1.5, 3.0, -2.0}) {
         const ColorComponents rgb = KVLChColor(55.0, 400.0, hue, 1.0).rgbUsingMatrix(sRGBInverse());
-        const testing_support::Rgb channels{rgb.c0, rgb.c1, rgb.c2};
+        const testSupport::Rgb channels{rgb.c0, rgb.c1, rgb.c2};
         EXPECT_TRUE(channels.within(0.0, 1.0)) << hue;
         EXPECT_TRUE(channels.smallest() == 0.0 || channels.largest() == 1.0) << hue;
     }
@@ -74,11 +73,11 @@ TEST(KVLChColor, ChromaBeyondTheGamutIsClamped)
 TEST(KVLChColor, AlwaysReadsItsValuesAsLuv)
 {
     // An LChab triple gives the colour its numbers mean in LChuv, not the one it came from.
-    const ColorComponents lab = testing_support::linearRgbToLch(true, 0.6, 0.3, 0.1, sRGBMatrix());
+    const ColorComponents lab = testSupport::linearRgbToLch(true, 0.6, 0.3, 0.1, sRGBMatrix());
     const ColorComponents rgb =
         KVLChColor(lab.c0, lab.c1, lab.c2, 1.0).rgbUsingMatrix(sRGBInverse());
-    const testing_support::Rgb asLuv =
-        testing_support::lchuvToLinearRgb(lab.c0, lab.c1, lab.c2, sRGBInverse());
+    const testSupport::Rgb asLuv =
+        testSupport::lchuvToLinearRgb(lab.c0, lab.c1, lab.c2, sRGBInverse());
     EXPECT_NEAR(rgb.c0, std::clamp(asLuv.r, 0.0, 1.0), 1e-6);
     EXPECT_NEAR(rgb.c1, std::clamp(asLuv.g, 0.0, 1.0), 1e-6);
     EXPECT_NEAR(rgb.c2, std::clamp(asLuv.b, 0.0, 1.0), 1e-6);

@@ -12,7 +12,7 @@
 namespace tintorra {
 namespace {
 
-using namespace testing_support;
+using namespace testSupport;
 
 TEST(CircularSliderHitTest, VisibleThumbsMiddleFirstSlotLast)
 {

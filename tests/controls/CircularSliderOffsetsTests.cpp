@@ -5,7 +5,7 @@
 namespace tintorra {
 namespace {
 
-using namespace testing_support;
+using namespace testSupport;
 
 TEST(CircularSliderSetup, FrameAspectDecidesRingOrStraight)
 {

@@ -13,8 +13,8 @@
 namespace tintorra {
 namespace {
 
-using testing_support::offsetSum;
-using testing_support::ulpBelowOne;
+using testSupport::offsetSum;
+using testSupport::ulpBelowOne;
 
 constexpr int kSequences = 400;
 constexpr int kStepsPerSequence = 150;

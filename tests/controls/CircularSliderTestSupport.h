@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-namespace tintorra::testing_support {
+namespace tintorra::testSupport {
 
 // 2^-53: one unit in the last place just below 1.0.
 inline double ulpBelowOne()
@@ -37,4 +37,4 @@ inline KVCircularSliderModel sliderWith(bool wraps, const KVSliderOffsets& offse
 // The ring at 0.5 with bounds 0.125 and fall-offs 0.0625 on each side.
 inline const KVSliderOffsets kRingAtHalf{0.0625, 0.125, 0.5, 0.125, 0.0625};
 
-} // namespace tintorra::testing_support
+} // namespace tintorra::testSupport

@@ -22,8 +22,8 @@ TEST(HueShiftParameterSet, StartsWithTheValuesOfFreshSliders)
     EXPECT_EQ(set.targetHue(), 0.0);
     EXPECT_EQ(set.targetSat(), 0.0);
     EXPECT_EQ(set.targetBri(), 0.0);
-    EXPECT_EQ(set.colorSpaceModel(), 0);
-    EXPECT_EQ(set.maskToShow(), 0);
+    EXPECT_EQ(set.colorSpaceModel(), ColorSpaceModel::LChuv);
+    EXPECT_EQ(set.maskToShow(), MaskView::shiftedImage);
     EXPECT_FALSE(set.preserveHue());
     EXPECT_FALSE(set.blendToFalloffHues());
     EXPECT_EQ(set.displayGamma(), static_cast<double>(2.2f));
@@ -111,12 +111,12 @@ TEST(HueShiftParameterSet, SwitchesAndCodesAreStored)
     KVHueShiftParameterSet set;
     set.setPreserveHue(true);
     set.setBlendToFalloffHues(true);
-    set.setColorSpaceModel(200);
-    set.setMaskToShow(3);
+    set.setColorSpaceModel(ColorSpaceModel::HCL);
+    set.setMaskToShow(MaskView::whiteMask);
     EXPECT_TRUE(set.preserveHue());
     EXPECT_TRUE(set.blendToFalloffHues());
-    EXPECT_EQ(set.colorSpaceModel(), 200);
-    EXPECT_EQ(set.maskToShow(), 3);
+    EXPECT_EQ(set.colorSpaceModel(), ColorSpaceModel::HCL);
+    EXPECT_EQ(set.maskToShow(), MaskView::whiteMask);
     EXPECT_NE(set, KVHueShiftParameterSet());
 }
 

@@ -18,9 +18,9 @@ TEST(HueShiftParametersBuilder, CopiesTheSetIntoTheRecordsFields)
     set.setSourceHueValues(dictionaryFromValues({0.5, 0.4, 0.3, 0.2, 0.1}));
     set.setSourceSatValues(dictionaryFromValues({0.95, 0.85, 0.75, 0.65, 0.55}));
     set.setSourceBriValues(dictionaryFromValues({0.45, 0.35, 0.25, 0.15, 0.05}));
-    set.setColorSpaceModel(2);
+    set.setColorSpaceModel(ColorSpaceModel::HCL);
     set.setPreserveHue(true);
-    set.setMaskToShow(3);
+    set.setMaskToShow(MaskView::whiteMask);
     const HueShiftParameters p = hueShiftParameters(set, {});
     EXPECT_EQ(p.imageGamma, 0.5);
     EXPECT_EQ(p.targetHue, 0.6);
@@ -33,10 +33,10 @@ TEST(HueShiftParametersBuilder, CopiesTheSetIntoTheRecordsFields)
               (std::array{0.95, 0.85, 0.65, 0.55}));
     EXPECT_EQ((std::array{p.lightUpperFalloff, p.lightUpper, p.lightLower, p.lightLowerFalloff}),
               (std::array{0.45, 0.35, 0.15, 0.05}));
-    EXPECT_EQ(p.colorSpaceModel, 2);
+    EXPECT_EQ(p.colorSpaceModel, ColorSpaceModel::HCL);
     EXPECT_EQ(p.preserveHue, 1);
     EXPECT_EQ(p.blendToFalloffHues, 0);
-    EXPECT_EQ(p.maskToShow, 3);
+    EXPECT_EQ(p.maskToShow, MaskView::whiteMask);
     EXPECT_EQ(p.colorTable.count, 0u);
     EXPECT_EQ(p.gamut, nullptr);
 }
@@ -44,7 +44,7 @@ TEST(HueShiftParametersBuilder, CopiesTheSetIntoTheRecordsFields)
 TEST(HueShiftParametersBuilder, ReferencesTheContext)
 {
     LChColorTable table;
-    table.colorSpaceModel = 2;
+    table.colorSpaceModel = ColorSpaceModel::HCL;
     table.count = 5;
     HueShiftContext context;
     context.colorTable = &table;
@@ -53,7 +53,7 @@ TEST(HueShiftParametersBuilder, ReferencesTheContext)
     context.currentSelectionTool = 2;
     HueShiftParameters p = hueShiftParameters(KVHueShiftParameterSet(), context);
     EXPECT_EQ(p.colorTable.count, 5u);
-    EXPECT_EQ(p.colorTable.colorSpaceModel, 2);
+    EXPECT_EQ(p.colorTable.colorSpaceModel, ColorSpaceModel::HCL);
     EXPECT_EQ(p.inclusionMask, context.inclusionMask);
     EXPECT_EQ(p.exclusionMask, nullptr);
     EXPECT_EQ(p.brightnessToHighlight, 0.25);
@@ -88,7 +88,7 @@ TEST_P(HighlightPlaceholder, TargetsTheHueOppositeTheRangesCentre)
     set.setSourceHueValues({{"upper", c.upper}, {"lower", c.lower}});
     set.setTargetHue(0.123);
     set.setTargetBriTenVals({{"thumb_050", 0.3}});
-    set.setMaskToShow(1);
+    set.setMaskToShow(MaskView::selectionHighlight);
     const HueShiftParameters p = hueShiftParameters(set, {});
     EXPECT_NEAR(p.targetHue, c.opposite, 1e-15);
     EXPECT_EQ(p.targetSat, 1.0);
@@ -109,7 +109,7 @@ TEST(HueShiftParametersBuilder, OtherMasksKeepTheUsersTargets)
 {
     KVHueShiftParameterSet set;
     set.setTargetHue(0.2);
-    set.setMaskToShow(2);
+    set.setMaskToShow(MaskView::blackMask);
     EXPECT_EQ(hueShiftParameters(set, {}).targetHue, 0.2);
 }
 

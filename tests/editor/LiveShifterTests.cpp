@@ -40,7 +40,7 @@ ShiftRequest requestTowards(const KVBitmapPtr& source, double targetHue)
 {
     ShiftRequest request{source, nullptr, {}, nullptr};
     HueShiftParameters& p = request.parameters;
-    p.colorSpaceModel = 3; // HSB: no gamut needed
+    p.colorSpaceModel = ColorSpaceModel::HSB; // HSB: no gamut needed
     p.hueLowerFalloff = 0.0;
     p.hueLower = 0.0;
     p.hueUpper = 1.0;

@@ -25,10 +25,10 @@ HueShiftParameters distinctRecord()
 {
     HueShiftParameters p;
     p.imageGamma = 1.0 / 1.8;
-    p.colorSpaceModel = 3;
+    p.colorSpaceModel = ColorSpaceModel::HSB;
     p.preserveHue = 1;
     p.blendToFalloffHues = 0;
-    p.maskToShow = 2;
+    p.maskToShow = MaskView::blackMask;
     p.targetHue = 0.1;
     p.targetSat = -0.0;
     p.targetBri = -0.75;
@@ -121,7 +121,7 @@ TEST(ParameterString, RoundTripsAParameterSetExceptTheTargetBrightness)
     original.setTargetSat(-0.3);
     original.setTargetBri(0.6);
     original.setDisplayGamma(1.8);
-    original.setColorSpaceModel(1);
+    original.setColorSpaceModel(ColorSpaceModel::LChab);
     original.setPreserveHue(true);
     original.setSourceHueValues(
         {{"upperFalloff", 0.1}, {"upper", 0.05}, {"lower", 0.95}, {"lowerFalloff", 0.9}});
@@ -131,7 +131,7 @@ TEST(ParameterString, RoundTripsAParameterSetExceptTheTargetBrightness)
 
     KVHueShiftParameterSet decoded;
     decoded.setTargetBri(-0.25);
-    decoded.setMaskToShow(3);
+    decoded.setMaskToShow(MaskView::whiteMask);
     decoded.setBlendToFalloffHues(true);
     ASSERT_TRUE(setHueShiftParametersFromHexEncodedString(decoded, text));
     EXPECT_EQ(decoded.targetBri(), -0.25);
@@ -156,7 +156,7 @@ TEST(ParameterString, RoundTripsTheDefaultSetWithMiddlesAsMidpoints)
 TEST(ParameterString, CarriesTheHighlightPlaceholdersWhenTheSelectionIsShown)
 {
     KVHueShiftParameterSet set;
-    set.setMaskToShow(1);
+    set.setMaskToShow(MaskView::selectionHighlight);
     set.setTargetHue(0.3);
     set.setTargetSat(-0.5);
     set.setTargetBri(-0.5);
@@ -203,11 +203,11 @@ TEST(ParameterString, AcceptsHexDigitsOfEitherCase)
 TEST(ParameterString, ThePrefixAloneAppliesZeroSlots)
 {
     KVHueShiftParameterSet set;
-    set.setColorSpaceModel(4);
+    set.setColorSpaceModel(ColorSpaceModel::HSL);
     set.setTargetHue(0.5);
     ASSERT_TRUE(setHueShiftParametersFromHexEncodedString(set, "tolm"));
     EXPECT_EQ(set.displayGamma(), kInfinity);
-    EXPECT_EQ(set.colorSpaceModel(), 0);
+    EXPECT_EQ(set.colorSpaceModel(), ColorSpaceModel::LChuv);
     EXPECT_EQ(set.targetHue(), 0.0);
     EXPECT_EQ(set.targetBriCurve(), KVTenSegmentValues{});
     EXPECT_EQ(set.sourceSatRange(), KVSliderValues{});
@@ -251,18 +251,28 @@ TEST(ParameterString, TruncatedFieldsReuseTheirSlots)
     EXPECT_EQ(oneLeft->colorSpaceModel, 1);
 }
 
-TEST(ParameterString, PassesAnOutOfRangeColourModelByteOn)
+// Decoding reports the bytes as written; applying refuses a mode or view that does not exist and
+// leaves the set as it was.
+TEST(ParameterString, RefusesAColourModeOrMaskViewThatDoesNotExist)
 {
-    HueShiftParameters p = distinctRecord();
-    p.colorSpaceModel = 300;
-    p.maskToShow = -1;
-    const auto decoded = decodeHueShiftParameters(hexEncodedStringFromHueShiftParameters(p));
-    ASSERT_TRUE(decoded.has_value());
-    EXPECT_EQ(decoded->colorSpaceModel, 300 & 0xFF);
-    EXPECT_EQ(decoded->maskToShow, 0xFF);
-    KVHueShiftParameterSet set;
-    applyDecodedHueShiftParameters(*decoded, set);
-    EXPECT_EQ(set.colorSpaceModel(), 44);
+    const std::string valid = hexEncodedStringFromHueShiftParameters(distinctRecord());
+    const struct {
+        std::size_t position;
+        const char* byte;
+    } cases[] = {{22, "05"}, {22, "FF"}, {28, "05"}, {28, "80"}};
+    for (const auto& c : cases) {
+        std::string text = valid;
+        text.replace(c.position, 2, c.byte);
+        const auto decoded = decodeHueShiftParameters(text);
+        ASSERT_TRUE(decoded.has_value());
+        const unsigned byte = std::stoul(c.byte, nullptr, 16);
+        EXPECT_EQ(c.position == 22 ? decoded->colorSpaceModel : decoded->maskToShow, byte);
+        KVHueShiftParameterSet set;
+        set.setTargetHue(0.25);
+        const KVHueShiftParameterSet before = set;
+        EXPECT_FALSE(setHueShiftParametersFromHexEncodedString(set, text)) << c.byte;
+        EXPECT_EQ(set, before) << c.byte;
+    }
 }
 
 } // namespace

@@ -45,7 +45,7 @@ KVSliderValues hueRange(double lowerDegrees, double upperDegrees)
 const std::shared_ptr<const KVColorGamut>& sRGBGamut()
 {
     static const auto gamut =
-        std::make_shared<const KVColorGamut>(sRGBChromaticities(), kColorModeLChuv);
+        std::make_shared<const KVColorGamut>(sRGBChromaticities(), ColorSpaceModel::LChuv);
     return gamut;
 }
 
@@ -113,7 +113,7 @@ TEST(SelectionStatistics, RatiosAndGainsFollowTheGamutsLargestChroma)
     EXPECT_DOUBLE_EQ(s.chromaMaximumRatio, 41.0 / cmax);
     EXPECT_NEAR(saturationGain(s), cmax / 40.0 + 1.0, 1e-12);
     // Mean lightness 50 on the LCh scale is s = 0.5: gain 1 / 0.5 + 1.
-    EXPECT_DOUBLE_EQ(curveGain(s, kColorModeLChuv), 3.0);
+    EXPECT_DOUBLE_EQ(curveGain(s, ColorSpaceModel::LChuv), 3.0);
 }
 
 TEST(SelectionStatistics, UnguardedDivisionsGiveTheirInfinities)
@@ -133,22 +133,22 @@ TEST(SelectionStatistics, UnguardedDivisionsGiveTheirInfinities)
     EXPECT_EQ(empty.meanChroma, 0.0);
     EXPECT_EQ(empty.meanChromaRatio, 0.0);
     EXPECT_EQ(saturationGain(empty), std::numeric_limits<double>::infinity());
-    EXPECT_EQ(curveGain(empty, kColorModeLChab), 1.0);
+    EXPECT_EQ(curveGain(empty, ColorSpaceModel::LChab), 1.0);
 
     // Neither gamut nor chroma: 0 / 0.
     EXPECT_TRUE(std::isnan(saturationGain(selectionStatistics(nullptr, range, nullptr))));
 }
 
 struct CurveGainCase {
-    std::int64_t model;
+    ColorSpaceModel model;
     double meanLightness;
     double gain;
 };
 
 void PrintTo(const CurveGainCase& c, std::ostream* os)
 {
-    *os << "{model=" << c.model << " meanLightness=" << c.meanLightness << " gain=" << c.gain
-        << "}";
+    *os << "{model=" << colorSpaceModelNumber(c.model) << " meanLightness=" << c.meanLightness
+        << " gain=" << c.gain << "}";
 }
 
 class CurveGain : public testing::TestWithParam<CurveGainCase> {};
@@ -161,10 +161,12 @@ TEST_P(CurveGain, IsOneOverTheMeanLightnessPlusOne)
 }
 
 INSTANTIATE_TEST_SUITE_P(Models, CurveGain,
-                         testing::Values(CurveGainCase{0, 25.0, 5.0}, CurveGainCase{1, 100.0, 2.0},
-                                         CurveGainCase{3, 0.25, 5.0}, CurveGainCase{4, 0.5, 3.0},
-                                         CurveGainCase{2, 0.0, 1.0}, CurveGainCase{0, -5.0, 1.0},
-                                         CurveGainCase{-1, 50.0, 3.0}));
+                         testing::Values(CurveGainCase{ColorSpaceModel::LChuv, 25.0, 5.0},
+                                         CurveGainCase{ColorSpaceModel::LChab, 100.0, 2.0},
+                                         CurveGainCase{ColorSpaceModel::HSB, 0.25, 5.0},
+                                         CurveGainCase{ColorSpaceModel::HSL, 0.5, 3.0},
+                                         CurveGainCase{ColorSpaceModel::HCL, 0.0, 1.0},
+                                         CurveGainCase{ColorSpaceModel::LChuv, -5.0, 1.0}));
 
 } // namespace
 } // namespace tintorra

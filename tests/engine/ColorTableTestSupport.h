@@ -158,30 +158,31 @@ struct ExpectedEntry {
     double hue, chroma, lightness, alpha, saturation;
 };
 
-inline ExpectedEntry expectedEntry(const ColorComponents& linear, long mode, const Matrix3& matrix)
+inline ExpectedEntry expectedEntry(const ColorComponents& linear, ColorSpaceModel mode,
+                                   const Matrix3& matrix)
 {
     switch (mode) {
-    case 0: {
+    case ColorSpaceModel::LChuv: {
         const ColorComponents lch = rgbToLchuv(linear, matrix);
         return {lch.c2, lch.c1, lch.c0, lch.alpha, 0.0};
     }
-    case 1: {
+    case ColorSpaceModel::LChab: {
         const ColorComponents lch = rgbToLchab(linear, matrix);
         return {lch.c2, lch.c1, lch.c0, lch.alpha, 0.0};
     }
-    case 2: {
+    case ColorSpaceModel::HCL: {
         const HclComponents hcl = rgbToHcl(linear);
         return {hcl.h, hcl.c, hcl.l, hcl.alpha, hcl.saturation};
     }
-    case 3: {
+    case ColorSpaceModel::HSB: {
         const ColorComponents hsb = rgbToHsb(linear);
         return {hsb.c0, hsb.c1, hsb.c2, hsb.alpha, 0.0};
     }
-    default: {
-        const ColorComponents hsl = rgbToHsl(linear);
-        return {hsl.c0, hsl.c1, hsl.c2, hsl.alpha, 0.0};
+    case ColorSpaceModel::HSL:
+        break;
     }
-    }
+    const ColorComponents hsl = rgbToHsl(linear);
+    return {hsl.c0, hsl.c1, hsl.c2, hsl.alpha, 0.0};
 }
 
 } // namespace tintorra::test

@@ -35,7 +35,7 @@ Matrix3 sRGBMatrix()
 // with the colour's offsets in scan order as its run, the conversion of the colour as its
 // values, the runs laid out in packed colour order, and the entries in the table order.
 void expectTableMatchesReference(const LChColorTable& table, const KVBitmapPtr& bitmap,
-                                 double gamma, long mode, const Matrix3& matrix)
+                                 double gamma, ColorSpaceModel mode, const Matrix3& matrix)
 {
     const PixelManipulationOffsets offsets = pixelManipulationOffsetsWithImageGamma(bitmap, gamma);
     const auto reference = test::referenceColors(offsets);
@@ -109,10 +109,10 @@ TEST_P(ColorTableLayouts, MatchesTheBruteForceReferenceInEveryMode)
     const KVBitmapPtr bitmap = makeTableBitmap(param.layout, 37, 23);
     ASSERT_TRUE(bitmap);
     test::fillRandom(bitmap, 17, 12, param.varyAlpha);
-    for (const long mode : {0L, 1L, 2L, 3L, 4L, 9L}) {
+    for (const ColorSpaceModel mode : kColorSpaceModels) {
         for (const double gamma : {1.0 / 2.2, 1.0}) {
-            SCOPED_TRACE(testing::Message()
-                         << param.layout.name << " mode " << mode << " gamma " << gamma);
+            SCOPED_TRACE(testing::Message() << param.layout.name << " mode "
+                                            << colorSpaceModelNumber(mode) << " gamma " << gamma);
             const LChColorTable table = createLChColorTableWithImageGamma(bitmap, gamma, mode);
             expectTableMatchesReference(table, bitmap, gamma, mode, sRGBMatrix());
         }
@@ -148,11 +148,13 @@ TEST(ColorTable, DoesNotDependOnTheNumberOfThreads)
     for (const bool varyAlpha : {false, true}) {
         const KVBitmapPtr bitmap = makeTableBitmap(kTableLayouts[7], 61, 47);
         test::fillRandom(bitmap, 5, 40, varyAlpha);
-        const LChColorTable single = detail::buildColorTable(bitmap, 0.45, 0, 1);
+        const LChColorTable single =
+            detail::buildColorTable(bitmap, 0.45, ColorSpaceModel::LChuv, 1);
         ASSERT_GT(single.count, 1u);
         for (const unsigned threads : {2u, 3u, 5u}) {
             SCOPED_TRACE(testing::Message() << threads << " threads, varying alpha " << varyAlpha);
-            const LChColorTable split = detail::buildColorTable(bitmap, 0.45, 0, threads);
+            const LChColorTable split =
+                detail::buildColorTable(bitmap, 0.45, ColorSpaceModel::LChuv, threads);
             ASSERT_EQ(split.count, single.count);
             ASSERT_EQ(split.locationCount, single.locationCount);
             EXPECT_TRUE(std::equal(single.locations.get(),
@@ -187,7 +189,7 @@ TEST(ColorTable, CrowdedColourNeighbourhoodsAndConstantAlpha)
                 test::writeSamples(offsets, x, y, {red, green, 0x80, c.alpha});
             }
         }
-        for (const long mode : {0L, 3L}) {
+        for (const ColorSpaceModel mode : {ColorSpaceModel::LChuv, ColorSpaceModel::HSB}) {
             const LChColorTable table = createLChColorTableWithImageGamma(bitmap, 1.0, mode);
             expectTableMatchesReference(table, bitmap, 1.0, mode, sRGBMatrix());
             EXPECT_EQ(table.count, 64u);
@@ -204,7 +206,8 @@ TEST(ColorTable, SingleColourImageHasOneEntryOfEveryPixel)
             test::writeSamples(offsets, x, y, {200, 40, 10, 255});
         }
     }
-    const LChColorTable table = createLChColorTableWithImageGamma(bitmap, 1.0, 3);
+    const LChColorTable table =
+        createLChColorTableWithImageGamma(bitmap, 1.0, ColorSpaceModel::HSB);
     ASSERT_EQ(table.count, 1u);
     EXPECT_EQ(table.colors[0].firstLocation, 0u);
     EXPECT_EQ(table.colors[0].locationCount, 63u);
@@ -222,7 +225,8 @@ TEST(ColorTable, SingleColourImageHasOneEntryOfEveryPixel)
 TEST(ColorTable, OnePixelImageHasOneColour)
 {
     const KVBitmapPtr bitmap = makeTableBitmap(kTableLayouts[7], 1, 1);
-    const LChColorTable table = createLChColorTableWithImageGamma(bitmap, 1.0, 0);
+    const LChColorTable table =
+        createLChColorTableWithImageGamma(bitmap, 1.0, ColorSpaceModel::LChuv);
     ASSERT_EQ(table.count, 1u);
     EXPECT_EQ(table.colors[0].locationCount, 1u);
     EXPECT_EQ(table.locations[0], 0u);
@@ -236,7 +240,8 @@ TEST(ColorTable, TransparentPixelKeepsItsEntry)
     test::writeSamples(offsets, 1, 0, {10, 200, 30, 0});
     test::writeSamples(offsets, 2, 0, {10, 200, 30, 255});
     test::writeSamples(offsets, 3, 0, {10, 200, 30, 0});
-    const LChColorTable table = createLChColorTableWithImageGamma(bitmap, 1.0, 0);
+    const LChColorTable table =
+        createLChColorTableWithImageGamma(bitmap, 1.0, ColorSpaceModel::LChuv);
     ASSERT_EQ(table.count, 2u);
     // Same colour, so the same hue, lightness and chroma: the transparent run (packed colour
     // with alpha 0, so the lower one) comes first.
@@ -255,7 +260,8 @@ TEST(ColorTable, PremultipliedSamplesAreDividedByAlpha)
     const KVBitmapPtr bitmap = makeTableBitmap(kTableLayouts[8], 1, 1);
     test::writeSamples(pixelManipulationOffsetsWithImageGamma(bitmap, 1.0), 0, 0,
                        {64, 32, 16, 128});
-    const LChColorTable table = createLChColorTableWithImageGamma(bitmap, 1.0, 3);
+    const LChColorTable table =
+        createLChColorTableWithImageGamma(bitmap, 1.0, ColorSpaceModel::HSB);
     ASSERT_EQ(table.count, 1u);
     EXPECT_FLOAT_EQ(table.colors[0].lightness, 0.5f);
     EXPECT_FLOAT_EQ(table.colors[0].chroma, 0.75f);
@@ -271,7 +277,8 @@ TEST(ColorTable, LinearisesWithTheClampedGamma)
     for (std::int64_t i = 0; i < 4; ++i) {
         test::writeSamples(offsets, i % 2, i / 2, {51, 51, 51, 255});
     }
-    const LChColorTable table = createLChColorTableWithImageGamma(bitmap, 0.25, 3);
+    const LChColorTable table =
+        createLChColorTableWithImageGamma(bitmap, 0.25, ColorSpaceModel::HSB);
     ASSERT_EQ(table.count, 1u);
     EXPECT_FLOAT_EQ(table.colors[0].lightness, static_cast<float>(std::pow(0.2, 3.0)));
     EXPECT_EQ(table.colors[0].locationCount, 4u);
@@ -293,7 +300,7 @@ TEST(ColorTable, UsesTheMatrixOfTheImagesColourSpace)
 
     const KVBitmapPtr bitmap = makeTableBitmap(kTableLayouts[3], 13, 11, 8, *space);
     test::fillRandom(bitmap, 3, 8, false);
-    for (const long mode : {0L, 1L}) {
+    for (const ColorSpaceModel mode : {ColorSpaceModel::LChuv, ColorSpaceModel::LChab}) {
         const LChColorTable table = createLChColorTableWithImageGamma(bitmap, 1.0 / 2.2, mode);
         expectTableMatchesReference(table, bitmap, 1.0 / 2.2, mode, matrix);
     }
@@ -312,8 +319,10 @@ TEST(ColorTable, SixteenBitSamplesAreReadByTheirHighBytes)
         for (std::size_t i = 0; i < wide->planeBytes(); i += 2) {
             wide->bitmapData()[i] ^= 0x5A;
         }
-        const LChColorTable wideTable = createLChColorTableWithImageGamma(wide, 0.5, 1);
-        const LChColorTable narrowTable = createLChColorTableWithImageGamma(narrow, 0.5, 1);
+        const LChColorTable wideTable =
+            createLChColorTableWithImageGamma(wide, 0.5, ColorSpaceModel::LChab);
+        const LChColorTable narrowTable =
+            createLChColorTableWithImageGamma(narrow, 0.5, ColorSpaceModel::LChab);
         ASSERT_EQ(wideTable.count, narrowTable.count);
         for (std::uint64_t i = 0; i < wideTable.count; ++i) {
             const color_table_lch_entry_info& a = wideTable.colors[i];
@@ -334,16 +343,18 @@ TEST(ColorTable, SixteenBitSamplesAreReadByTheirHighBytes)
 
 TEST(ColorTable, UnsupportedImagesGiveAnEmptyTableOfTheirMode)
 {
-    const LChColorTable none = createLChColorTableWithImageGamma(nullptr, 1.0, 2);
+    const LChColorTable none =
+        createLChColorTableWithImageGamma(nullptr, 1.0, ColorSpaceModel::HCL);
     EXPECT_TRUE(none.empty());
-    EXPECT_EQ(none.colorSpaceModel, 2);
+    EXPECT_EQ(none.colorSpaceModel, ColorSpaceModel::HCL);
 
     const KVBitmapPtr cmyk =
         makeTableBitmap(kTableLayouts[7], 4, 4, 8, KVColorSpace(KVColorSpaceModel::cmyk, "CMYK"));
     ASSERT_TRUE(cmyk);
-    const LChColorTable table = createLChColorTableWithImageGamma(cmyk, 1.0, 1);
+    const LChColorTable table =
+        createLChColorTableWithImageGamma(cmyk, 1.0, ColorSpaceModel::LChab);
     EXPECT_TRUE(table.empty());
-    EXPECT_EQ(table.colorSpaceModel, 1);
+    EXPECT_EQ(table.colorSpaceModel, ColorSpaceModel::LChab);
     EXPECT_EQ(table.colors, nullptr);
     EXPECT_EQ(table.locations, nullptr);
 }
@@ -399,20 +410,20 @@ TEST(ColorTable, ReportsEachAllocationThatFails)
     };
     for (long successful = 0; successful < static_cast<long>(std::size(messages)); ++successful) {
         SCOPED_TRACE(successful);
-        failTableAllocationAfter(successful);
+        const UseTableMemory failing(
+            std::make_shared<TableMemory>(TableMemoryOptions{.failAllocationAfter = successful}));
         test::captureDiagnostics();
-        const LChColorTable table = detail::buildColorTable(bitmap, 1.0, 0, 1);
+        const LChColorTable table = detail::buildColorTable(bitmap, 1.0, ColorSpaceModel::LChuv, 1);
         const std::string printed = test::capturedDiagnostics();
-        failTableAllocationAfter(-1);
         EXPECT_TRUE(table.empty());
         EXPECT_EQ(table.colors, nullptr);
         EXPECT_EQ(table.locations, nullptr);
         EXPECT_EQ(printed, messages[successful]);
     }
     // With every allocation granted the table is complete.
-    failTableAllocationAfter(static_cast<long>(std::size(messages)));
-    const LChColorTable table = detail::buildColorTable(bitmap, 1.0, 0, 1);
-    failTableAllocationAfter(-1);
+    const UseTableMemory granting(std::make_shared<TableMemory>(
+        TableMemoryOptions{.failAllocationAfter = static_cast<long>(std::size(messages))}));
+    const LChColorTable table = detail::buildColorTable(bitmap, 1.0, ColorSpaceModel::LChuv, 1);
     EXPECT_FALSE(table.empty());
 }
 

@@ -33,11 +33,12 @@ KVBitmapPtr gradientPicture(std::int64_t bits)
 
 ShiftRequest requestFor(Engine& engine, const KVBitmapPtr& picture)
 {
-    ShiftRequest request{picture, nullptr, test::selectEverything(0), nullptr};
+    ShiftRequest request{picture, nullptr, test::selectEverything(ColorSpaceModel::LChuv), nullptr};
     request.parameters.targetHue = 0.5;
     if (picture->bitsPerSample() == 8) {
         request.colorTable =
-            engine.buildColorTable(picture, request.parameters.imageGamma, 0).take();
+            engine.buildColorTable(picture, request.parameters.imageGamma, ColorSpaceModel::LChuv)
+                .take();
     }
     return request;
 }
@@ -87,14 +88,16 @@ INSTANTIATE_TEST_SUITE_P(Depths, EngineRuns, testing::Values(8, 16),
 // Running out of memory is an error that says so, never an empty table or a missing gamut.
 TEST(Engine, AllocationFailuresAreErrorsWithTheirMessage)
 {
-    Engine engine({2});
+    Engine engine(
+        {.threads = 2, .tableMemory = {.failAllocationAfter = 0}, .failGamutAllocation = 0});
+    // Another engine's injected failures are its own.
+    Engine healthy({.threads = 2});
     test::captureDiagnostics();
-    failTableAllocationAfter(0);
-    const auto table = engine.buildColorTable(gradientPicture(8), 1.0 / 2.2, 0);
-    failTableAllocationAfter(-1);
-    KVColorGamut::failTableAllocationForTesting(0);
-    const auto gamut = engine.buildGamut(KVColorSpace::deviceRGB(), 0);
-    KVColorGamut::failTableAllocationForTesting(-1);
+    const auto table =
+        engine.buildColorTable(gradientPicture(8), 1.0 / 2.2, ColorSpaceModel::LChuv);
+    const auto gamut = engine.buildGamut(KVColorSpace::deviceRGB(), ColorSpaceModel::LChuv);
+    EXPECT_TRUE(healthy.buildColorTable(gradientPicture(8), 1.0 / 2.2, ColorSpaceModel::LChuv));
+    EXPECT_TRUE(healthy.buildGamut(KVColorSpace::deviceRGB(), ColorSpaceModel::LChuv));
     test::capturedDiagnostics();
 
     ASSERT_FALSE(table.ok());
@@ -107,17 +110,43 @@ TEST(Engine, AllocationFailuresAreErrorsWithTheirMessage)
                                      "other documents or programs and try again.");
 }
 
+// Each engine keeps the large blocks of its own tables, and a table that outlives its engine
+// still frees its memory.
+TEST(Engine, KeepsTableMemoryOfItsOwnAndNoLongerThanItLives)
+{
+    const KVBitmapPtr picture = test::makeRgbBitmap(1500, 1500, 8, false);
+    ColorTablePtr survivor;
+    Engine other({.threads = 1});
+    {
+        Engine engine({.threads = 1});
+        survivor = engine.buildColorTable(picture, 1.0, ColorSpaceModel::LChuv).take();
+        ASSERT_NE(survivor, nullptr);
+        // The grouping's temporaries came back to this engine and to no other.
+        EXPECT_GT(engine.retainedTableMemory(), 0u);
+        EXPECT_EQ(other.retainedTableMemory(), 0u);
+        engine.releaseRetainedTableMemory();
+        EXPECT_EQ(engine.retainedTableMemory(), 0u);
+    }
+    EXPECT_EQ(survivor->count, 1u);
+    survivor.reset();
+    EXPECT_EQ(other.retainedTableMemory(), 0u);
+}
+
 // Requests the engine cannot serve are refused before any work.
 TEST(Engine, RefusesRequestsItCannotServe)
 {
     Engine engine({1});
     EXPECT_EQ(engine.shift({}).error().code, ErrorCode::invalidRequest);
-    const ShiftRequest withoutTable{gradientPicture(8), nullptr, test::selectEverything(0), {}};
+    const ShiftRequest withoutTable{
+        gradientPicture(8), nullptr, test::selectEverything(ColorSpaceModel::LChuv), {}};
     EXPECT_EQ(engine.shift(withoutTable).error().code, ErrorCode::invalidRequest);
     std::stop_source stopped;
     stopped.request_stop();
-    EXPECT_EQ(engine.buildColorTable(gradientPicture(8), 1.0, 0, stopped.get_token()).error().code,
-              ErrorCode::cancelled);
+    EXPECT_EQ(
+        engine.buildColorTable(gradientPicture(8), 1.0, ColorSpaceModel::LChuv, stopped.get_token())
+            .error()
+            .code,
+        ErrorCode::cancelled);
 }
 
 } // namespace

@@ -18,7 +18,7 @@ const double kRanges[][4] = {
     {0.62, 0.625, 0.625, 0.63}, {0.99, 0.995, 0.0, 0.01},
 };
 
-HueShiftParameters withRange(std::int64_t model, const double (&range)[4])
+HueShiftParameters withRange(ColorSpaceModel model, const double (&range)[4])
 {
     HueShiftParameters p = test::selectEverything(model);
     p.hueLowerFalloff = range[0];
@@ -32,13 +32,13 @@ HueShiftParameters withRange(std::int64_t model, const double (&range)[4])
 // The filter may let anything through, but never a colour whose weight is not 0.
 TEST(LuvHueFilter, NeverRulesOutASelectedColour)
 {
-    const HueShiftParameters base = test::selectEverything(0);
+    const HueShiftParameters base = test::selectEverything(ColorSpaceModel::LChuv);
     Matrix3 M;
     base.gamut->copy_RGB_to_XYZ_matrix(M);
     std::mt19937 random(7);
     std::uniform_real_distribution<double> unit(0.0, 1.0);
     for (const auto& range : kRanges) {
-        const HueShiftParameters p = withRange(0, range);
+        const HueShiftParameters p = withRange(ColorSpaceModel::LChuv, range);
         const LuvHueFilter filter(selectableHueArc(p), M);
         int ruledOut = 0;
         for (int i = 0; i < 40000; ++i) {
@@ -66,15 +66,16 @@ TEST(LuvHueFilter, NeverRulesOutASelectedColour)
 // Entries of a hue-sorted table: those on the arc, compared with the weights of every entry.
 TEST(EntriesOnHueArc, HoldEveryEntryThatCanBeSelected)
 {
-    for (const std::int64_t model : {0, 3}) {
+    for (const ColorSpaceModel model : {ColorSpaceModel::LChuv, ColorSpaceModel::HSB}) {
         std::mt19937 random(11);
-        const double low = model == 0 ? -kPi : 0.0;
-        const double high = model == 0 ? kPi : 1.0;
+        const double low = model == ColorSpaceModel::LChuv ? -kPi : 0.0;
+        const double high = model == ColorSpaceModel::LChuv ? kPi : 1.0;
         std::uniform_real_distribution<float> hue(static_cast<float>(low),
                                                   static_cast<float>(high));
         std::vector<color_table_lch_entry_info> colors(3000);
         for (auto& c : colors) {
-            c = {hue(random), 30.0f, model == 0 ? 50.0f : 0.5f, 1.0f, 0.5f, 0, 1};
+            c = {hue(random), 30.0f, model == ColorSpaceModel::LChuv ? 50.0f : 0.5f, 1.0f, 0.5f,
+                 0,           1};
         }
         colors[0].hue = static_cast<float>(low);
         colors[1].hue = static_cast<float>(high);
@@ -98,7 +99,7 @@ TEST(EntriesOnHueArc, HoldEveryEntryThatCanBeSelected)
                 for (std::uint64_t i = first; i < end; ++i) {
                     const auto& c = colors[i];
                     const double w =
-                        model == 0
+                        model == ColorSpaceModel::LChuv
                             ? lchSelection({c.lightness, c.chroma, c.hue, 1.0}, p, nullptr).weight
                             : cylinderSelection({c.hue, c.chroma, c.lightness, 1.0, 0.5}, p).weight;
                     if (w != 0.0) {
@@ -112,12 +113,12 @@ TEST(EntriesOnHueArc, HoldEveryEntryThatCanBeSelected)
 
 TEST(SelectableHueArc, IsTheWholeCircleForWideOrNonFiniteRanges)
 {
-    EXPECT_TRUE(selectableHueArc(withRange(0, kRanges[5])).wholeCircle);
-    HueShiftParameters p = withRange(3, kRanges[0]);
+    EXPECT_TRUE(selectableHueArc(withRange(ColorSpaceModel::LChuv, kRanges[5])).wholeCircle);
+    HueShiftParameters p = withRange(ColorSpaceModel::HSB, kRanges[0]);
     EXPECT_FALSE(selectableHueArc(p).wholeCircle);
     p.hueUpperFalloff = std::numeric_limits<double>::infinity();
     EXPECT_TRUE(selectableHueArc(p).wholeCircle);
-    const HueArc narrow = selectableHueArc(withRange(3, kRanges[6]));
+    const HueArc narrow = selectableHueArc(withRange(ColorSpaceModel::HSB, kRanges[6]));
     EXPECT_NEAR(narrow.centre, 0.625, 1e-12);
     EXPECT_NEAR(narrow.halfWidth, 0.005, 1e-6);
 }

@@ -19,9 +19,9 @@ using test::setChars;
 using test::wordsAt;
 
 // Cyan has HSB hue 0.5 exactly; a fall-off from 0.25 to 0.75 gives it weight 0.5.
-HueShiftParameters halfSelectsCyan(std::int32_t mask)
+HueShiftParameters halfSelectsCyan(MaskView mask)
 {
-    HueShiftParameters p = selectEverything(3);
+    HueShiftParameters p = selectEverything(ColorSpaceModel::HSB);
     p.hueLowerFalloff = 0.25;
     p.hueLower = 0.75;
     p.hueUpper = 0.85;
@@ -44,15 +44,15 @@ KVBitmapPtr maskPicture(std::int64_t bits, bool premultiplied)
 }
 
 struct MaskCase {
-    std::int32_t mask;
+    MaskView mask;
     int grey[3]; // cyan, red, transparent
     int selected;
 };
 
 void PrintTo(const MaskCase& c, std::ostream* os)
 {
-    *os << "{mask=" << c.mask << " grey=" << c.grey[0] << "," << c.grey[1] << "," << c.grey[2]
-        << " selected=" << c.selected << "}";
+    *os << "{mask=" << maskViewNumber(c.mask) << " grey=" << c.grey[0] << "," << c.grey[1] << ","
+        << c.grey[2] << " selected=" << c.selected << "}";
 }
 
 class GreyMasks : public testing::TestWithParam<MaskCase> {};
@@ -78,22 +78,22 @@ TEST_P(GreyMasks, WriteTheWeightsOfEveryPixel)
 }
 
 INSTANTIATE_TEST_SUITE_P(Masks, GreyMasks,
-                         testing::Values(MaskCase{kShowBlackMask, {128, 0, 0}, 255},
-                                         MaskCase{kShowWhiteMask, {127, 255, 255}, 0}));
+                         testing::Values(MaskCase{MaskView::blackMask, {128, 0, 0}, 255},
+                                         MaskCase{MaskView::whiteMask, {127, 255, 255}, 0}));
 
 TEST(GreyMasks, PremultipliedTableMasksScaleByTheAlphaByte)
 {
     const KVBitmapPtr source = makeRgbBitmap(2, 1, 8, true, true);
     setChars(source, 0, 0, {0, 100, 100, 100}); // cyan at alpha 100, premultiplied
     setChars(source, 1, 0, {0, 200, 200, 200});
-    for (const std::int32_t mask : {kShowBlackMask, kShowWhiteMask}) {
+    for (const MaskView mask : {MaskView::blackMask, MaskView::whiteMask}) {
         const KVBitmapPtr result = runShift(source, halfSelectsCyan(mask)).result;
         for (std::int64_t x = 0; x < 2; ++x) {
             const unsigned a = x == 0 ? 100 : 200;
-            const std::uint8_t expected = mask == kShowBlackMask
+            const std::uint8_t expected = mask == MaskView::blackMask
                                               ? premultipliedBlackMaskSample(128, a)
                                               : premultipliedWhiteMaskSample(128, a);
-            EXPECT_EQ(charsAt(result, x, 0).r, expected) << mask << " " << x;
+            EXPECT_EQ(charsAt(result, x, 0).r, expected) << maskViewNumber(mask) << " " << x;
             EXPECT_EQ(charsAt(result, x, 0).a, a);
         }
     }
@@ -101,7 +101,7 @@ TEST(GreyMasks, PremultipliedTableMasksScaleByTheAlphaByte)
 
 TEST(GreyMasks, NearNeutralPicturesAreBlackInTheLchModes)
 {
-    for (const std::int64_t model : {0, 1}) {
+    for (const ColorSpaceModel model : {ColorSpaceModel::LChuv, ColorSpaceModel::LChab}) {
         for (const std::int64_t bits : {8, 16}) {
             const KVBitmapPtr source = makeRgbBitmap(4, 4, bits, false);
             for (std::int64_t i = 0; i < 16; ++i) {
@@ -109,9 +109,9 @@ TEST(GreyMasks, NearNeutralPicturesAreBlackInTheLchModes)
                 setChars(source, i % 4, i / 4, {v, v, v, 255});
             }
             HueShiftParameters p = selectEverything(model);
-            p.maskToShow = kShowBlackMask;
+            p.maskToShow = MaskView::blackMask;
             const KVBitmapPtr black = runShift(source, p).result;
-            p.maskToShow = kShowWhiteMask;
+            p.maskToShow = MaskView::whiteMask;
             const KVBitmapPtr white = runShift(source, p).result;
             for (std::int64_t i = 0; i < 16; ++i) {
                 EXPECT_EQ(charsAt(black, i % 4, i / 4), (PixelChars{0, 0, 0, 255}));
@@ -125,7 +125,7 @@ TEST(GreyMasks, NearNeutralPicturesAreBlackInTheLchModes)
 TEST(GreyMasks, ThePaintMaskLimitsThemWhenTheFlagIsSet)
 {
     for (const std::int64_t bits : {8, 16}) {
-        HueShiftParameters p = halfSelectsCyan(kShowBlackMask);
+        HueShiftParameters p = halfSelectsCyan(MaskView::blackMask);
         p.exclusionMask = KVBitmap::deviceWhite8Rep(3, 2);
         p.exclusionMask->bitmapData()[p.exclusionMask->bytesPerRow() + 1] =
             255; // magenta at (1, 1)
@@ -145,7 +145,7 @@ TEST(GreyMasks, ThePaintMaskLimitsThemWhenTheFlagIsSet)
 TEST(PaintMask, CoverageDecidesWhereTheShiftApplies)
 {
     for (const std::int64_t bits : {8, 16}) {
-        HueShiftParameters p = selectEverything(3);
+        HueShiftParameters p = selectEverything(ColorSpaceModel::HSB);
         p.targetHue = 0.1;
         p.inclusionMask = KVBitmap::deviceWhite8Rep(3, 2);
         p.exclusionMask = KVBitmap::deviceWhite8Rep(3, 2);
@@ -158,7 +158,7 @@ TEST(PaintMask, CoverageDecidesWhereTheShiftApplies)
         include[row + 2] = 128;
         const KVBitmapPtr source = maskPicture(bits, false);
         const KVBitmapPtr result = runShift(source, p).result;
-        const KVBitmapPtr full = runShift(source, selectEverything(3)).result;
+        const KVBitmapPtr full = runShift(source, selectEverything(ColorSpaceModel::HSB)).result;
         HueShiftParameters unpainted = p;
         unpainted.inclusionMask = nullptr;
         unpainted.exclusionMask = nullptr;
@@ -185,7 +185,7 @@ TEST(PaintMask, CoverageDecidesWhereTheShiftApplies)
 TEST(PaintMask, TablePathMixesHalfCoveredPixelsInIntegers)
 {
     const KVBitmapPtr source = maskPicture(8, false);
-    HueShiftParameters p = selectEverything(3);
+    HueShiftParameters p = selectEverything(ColorSpaceModel::HSB);
     p.targetHue = 0.1;
     const KVBitmapPtr shifted = runShift(source, p).result;
     p.inclusionMask = KVBitmap::deviceWhite8Rep(3, 2);
@@ -202,22 +202,23 @@ TEST(PaintMask, TablePathMixesHalfCoveredPixelsInIntegers)
 // complementary hue; partial selection is darker at 8 bits and paler per pixel.
 TEST(SelectionHighlight, PaintsSelectedPixelsInTheComplementaryColour)
 {
-    for (const std::int64_t model : {0, 1}) {
+    for (const ColorSpaceModel model : {ColorSpaceModel::LChuv, ColorSpaceModel::LChab}) {
         const KVColorGamutPtr gamut = test::sRGBGamut(model);
         Matrix3 M;
         Matrix3 MI;
         gamut->copy_RGB_to_XYZ_matrix(M);
         gamut->copy_XYZ_to_RGB_matrix(MI);
-        const ColorComponents red =
-            model == 0 ? rgbToLchuv({1, 0, 0, 1}, M) : rgbToLchab({1, 0, 0, 1}, M);
+        const ColorComponents red = model == ColorSpaceModel::LChuv ? rgbToLchuv({1, 0, 0, 1}, M)
+                                                                    : rgbToLchab({1, 0, 0, 1}, M);
         const double gamma = 1.0 / 2.2;
         const auto expected = [&](PartialHighlight partial, bool full) {
             const ColorComponents h = lchHighlightColor(red.c2, full, partial, gamut.get());
-            const ColorComponents rgb = model == 0 ? lchuvToRgb(h, MI) : lchabToRgb(h, MI);
+            const ColorComponents rgb =
+                model == ColorSpaceModel::LChuv ? lchuvToRgb(h, MI) : lchabToRgb(h, MI);
             return gammaEncode(rgb, 1.0 / gamma);
         };
         HueShiftParameters p = selectEverything(model);
-        p.maskToShow = kShowSelectionHighlight;
+        p.maskToShow = MaskView::selectionHighlight;
         // Red fully selected; the fall-off gives a half-selected red-orange its partial look.
         for (const std::int64_t bits : {8, 16}) {
             const KVBitmapPtr source = makeRgbBitmap(2, 1, bits, false);
@@ -226,9 +227,12 @@ TEST(SelectionHighlight, PaintsSelectedPixelsInTheComplementaryColour)
             const KVBitmapPtr result = runShift(source, p).result;
             const ColorComponents want = expected(PartialHighlight::halveLightness, true);
             const PixelWords got = wordsAt(result, 0, 0);
-            EXPECT_NEAR(got.r / 65535.0, want.c0, 1.5 / 255) << model << " " << bits;
-            EXPECT_NEAR(got.g / 65535.0, want.c1, 1.5 / 255) << model << " " << bits;
-            EXPECT_NEAR(got.b / 65535.0, want.c2, 1.5 / 255) << model << " " << bits;
+            EXPECT_NEAR(got.r / 65535.0, want.c0, 1.5 / 255)
+                << colorSpaceModelNumber(model) << " " << bits;
+            EXPECT_NEAR(got.g / 65535.0, want.c1, 1.5 / 255)
+                << colorSpaceModelNumber(model) << " " << bits;
+            EXPECT_NEAR(got.b / 65535.0, want.c2, 1.5 / 255)
+                << colorSpaceModelNumber(model) << " " << bits;
             EXPECT_EQ(wordsAt(result, 1, 0), wordsAt(source, 1, 0)); // grey: not selected
         }
 
@@ -250,22 +254,25 @@ TEST(SelectionHighlight, PaintsSelectedPixelsInTheComplementaryColour)
         ASSERT_GT(lchSelection(lch, n, gamut.get()).weight, 0.0);
         const auto partial = [&](PartialHighlight rule) {
             const ColorComponents h = lchHighlightColor(lch.c2, false, rule, gamut.get());
-            return gammaEncode(model == 0 ? lchuvToRgb(h, MI) : lchabToRgb(h, MI), 2.2);
+            return gammaEncode(
+                model == ColorSpaceModel::LChuv ? lchuvToRgb(h, MI) : lchabToRgb(h, MI), 2.2);
         };
         const ColorComponents darker = partial(PartialHighlight::halveLightness);
         const ColorComponents paler = partial(PartialHighlight::reduceChroma);
         const PixelChars tablePixel = charsAt(runShift(eight, p).result, 0, 0);
         const PixelWords rowPixel = wordsAt(runShift(sixteen, p).result, 0, 0);
-        EXPECT_NEAR(tablePixel.g / 255.0, darker.c1, 1.5 / 255) << model;
-        EXPECT_NEAR(tablePixel.b / 255.0, darker.c2, 1.5 / 255) << model;
-        EXPECT_NEAR(rowPixel.g / 65535.0, paler.c1, 1.0 / 65535 + 1e-4) << model;
-        EXPECT_NEAR(rowPixel.b / 65535.0, paler.c2, 1.0 / 65535 + 1e-4) << model;
+        EXPECT_NEAR(tablePixel.g / 255.0, darker.c1, 1.5 / 255) << colorSpaceModelNumber(model);
+        EXPECT_NEAR(tablePixel.b / 255.0, darker.c2, 1.5 / 255) << colorSpaceModelNumber(model);
+        EXPECT_NEAR(rowPixel.g / 65535.0, paler.c1, 1.0 / 65535 + 1e-4)
+            << colorSpaceModelNumber(model);
+        EXPECT_NEAR(rowPixel.b / 65535.0, paler.c2, 1.0 / 65535 + 1e-4)
+            << colorSpaceModelNumber(model);
     }
 }
 
 TEST(SelectionHighlight, CylinderModesUseFixedSaturationAndBrightness)
 {
-    HueShiftParameters p = halfSelectsCyan(kShowSelectionHighlight);
+    HueShiftParameters p = halfSelectsCyan(MaskView::selectionHighlight);
     const KVBitmapPtr source = maskPicture(16, false);
     const KVBitmapPtr result = runShift(source, p).result;
     // Cyan, half selected: hue 0 (red), saturation 0.4, brightness 0.5, encoded with 1/2.2.
@@ -285,8 +292,8 @@ TEST(SelectionHighlight, CylinderModesUseFixedSaturationAndBrightness)
 
 TEST(HoverHighlight, PaintsOnlySelectedPixelsOfTheHoveredLightness)
 {
-    HueShiftParameters p = selectEverything(4);
-    p.maskToShow = kShowHoverHighlight;
+    HueShiftParameters p = selectEverything(ColorSpaceModel::HSL);
+    p.maskToShow = MaskView::hoverHighlight;
     p.targetHue = 0.25;
     const KVBitmapPtr source = makeRgbBitmap(2, 1, 16, false);
     setChars(source, 0, 0, {200, 50, 50, 255});
@@ -296,7 +303,7 @@ TEST(HoverHighlight, PaintsOnlySelectedPixelsOfTheHoveredLightness)
     p.brightnessToHighlight = hsl.c2;
     const KVBitmapPtr result = runShift(source, p).result;
     HueShiftParameters plain = p;
-    plain.maskToShow = kShowShiftedImage;
+    plain.maskToShow = MaskView::shiftedImage;
     const KVBitmapPtr shifted = runShift(source, plain).result;
     EXPECT_EQ(wordsAt(result, 1, 0), wordsAt(shifted, 1, 0));
     // The hovered pixel is the shifted colour turned half way round: hue 0.75.

@@ -21,13 +21,13 @@
 namespace tintorra::test {
 
 // One gamut per LCh model, built once for all tests.
-inline KVColorGamutPtr sRGBGamut(std::int64_t model)
+inline KVColorGamutPtr sRGBGamut(ColorSpaceModel model)
 {
     static const KVColorGamutPtr luv =
-        std::make_shared<const KVColorGamut>(sRGBChromaticities(), kColorModeLChuv);
+        std::make_shared<const KVColorGamut>(sRGBChromaticities(), ColorSpaceModel::LChuv);
     static const KVColorGamutPtr lab =
-        std::make_shared<const KVColorGamut>(sRGBChromaticities(), kColorModeLChab);
-    return model == kColorModeLChab ? lab : luv;
+        std::make_shared<const KVColorGamut>(sRGBChromaticities(), ColorSpaceModel::LChab);
+    return model == ColorSpaceModel::LChab ? lab : luv;
 }
 
 inline KVBitmapPtr makeRgbBitmap(std::int64_t wide, std::int64_t high, std::int64_t bits,
@@ -88,7 +88,7 @@ inline bool sameSamples(const KVBitmapPtr& a, const KVBitmapPtr& b)
 }
 
 // Every hue, saturation and lightness selected, nothing changed but what a test sets.
-inline HueShiftParameters selectEverything(std::int64_t model)
+inline HueShiftParameters selectEverything(ColorSpaceModel model)
 {
     HueShiftParameters p;
     p.colorSpaceModel = model;
@@ -110,7 +110,8 @@ struct ShiftRun {
 };
 
 inline ShiftRun runShift(const KVBitmapPtr& source, HueShiftParameters p,
-                         const KVBitmapPtr& destination = nullptr, unsigned processors = 0)
+                         const KVBitmapPtr& destination = nullptr, unsigned processors = 0,
+                         const TableWriteLimits& writeLimits = {})
 {
     ShiftRun run;
     if (source->bitsPerSample() == 8) {
@@ -118,7 +119,8 @@ inline ShiftRun runShift(const KVBitmapPtr& source, HueShiftParameters p,
         p.colorTable = ColorTableRef::of(run.table);
     }
     test::captureDiagnostics();
-    run.result = hueShift(source, destination, std::move(p), processors);
+    run.result = tintorra::detail::hueShift(source, destination, std::move(p), processors,
+                                            EngineKernels::best, nullptr, {nullptr, writeLimits});
     test::capturedDiagnostics();
     return run;
 }

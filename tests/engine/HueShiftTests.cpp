@@ -53,7 +53,7 @@ KVBitmapPtr testPicture(std::int64_t bits, bool hasAlpha = false, bool premultip
 }
 
 // A shift that changes hue, saturation and lightness of a band of hues with soft edges.
-HueShiftParameters bandShift(std::int64_t model)
+HueShiftParameters bandShift(ColorSpaceModel model)
 {
     HueShiftParameters p = selectEverything(model);
     p.hueLowerFalloff = 0.05;
@@ -71,14 +71,15 @@ HueShiftParameters bandShift(std::int64_t model)
 
 TEST(HueShift, RefusesSourcesItCannotShift)
 {
-    const HueShiftParameters p = selectEverything(3);
+    const HueShiftParameters p = selectEverything(ColorSpaceModel::HSB);
     EXPECT_EQ(runShift(KVBitmap::deviceWhiteAlpha88Rep(4, 4, false), p).result, nullptr);
     EXPECT_EQ(runShift(KVBitmap::deviceWhite8Rep(4, 4), p).result, nullptr);
     EXPECT_EQ(hueShift(nullptr, nullptr, p), nullptr);
     // An 8-bit image needs the colour table of its mode.
     const KVBitmapPtr picture = testPicture(8);
     HueShiftParameters wrongTable = p;
-    LChColorTable table = createLChColorTableWithImageGamma(picture, p.imageGamma, 4);
+    LChColorTable table =
+        createLChColorTableWithImageGamma(picture, p.imageGamma, ColorSpaceModel::HSL);
     wrongTable.colorTable = ColorTableRef::of(table);
     test::captureDiagnostics();
     EXPECT_EQ(hueShift(picture, nullptr, wrongTable), nullptr);
@@ -95,10 +96,10 @@ TEST(HueShift, ShiftsInPlaceWhenTheDestinationIsTheSource)
     for (const std::int64_t bits : {8, 16}) {
         const KVBitmapPtr source = testPicture(bits);
         const KVBitmapPtr untouched = source->copy();
-        const auto run = runShift(source, bandShift(0), source);
+        const auto run = runShift(source, bandShift(ColorSpaceModel::LChuv), source);
         EXPECT_EQ(run.result, source) << bits;
         EXPECT_FALSE(sameSamples(source, untouched)) << bits;
-        const auto fresh = runShift(untouched, bandShift(0));
+        const auto fresh = runShift(untouched, bandShift(ColorSpaceModel::LChuv));
         EXPECT_TRUE(sameSamples(source, fresh.result)) << bits;
     }
 }
@@ -110,7 +111,7 @@ TEST(HueShift, ADestinationOfAnotherLayoutIsReplacedByACopy)
     const KVBitmapPtr withAlpha =
         makeRgbBitmap(source->pixelsWide(), source->pixelsHigh(), 16, true);
     for (const KVBitmapPtr& given : {other, withAlpha}) {
-        const auto run = runShift(source, bandShift(2), given);
+        const auto run = runShift(source, bandShift(ColorSpaceModel::HCL), given);
         ASSERT_NE(run.result, nullptr);
         EXPECT_NE(run.result, given);
         EXPECT_NE(run.result, source);
@@ -126,23 +127,24 @@ TEST(HueShift, AMatchingDestinationIsUsedWhateverItHeld)
         const KVBitmapPtr given =
             makeRgbBitmap(source->pixelsWide(), source->pixelsHigh(), bits, true);
         std::memset(given->bitmapData(), 0xA5, given->sampleBytes());
-        const auto run = runShift(source, bandShift(1), given);
+        const auto run = runShift(source, bandShift(ColorSpaceModel::LChab), given);
         EXPECT_EQ(run.result, given) << bits;
-        EXPECT_TRUE(sameSamples(given, runShift(source, bandShift(1)).result)) << bits;
+        EXPECT_TRUE(sameSamples(given, runShift(source, bandShift(ColorSpaceModel::LChab)).result))
+            << bits;
     }
 }
 
 TEST(HueShift, ResultsDoNotDependOnTheNumberOfThreads)
 {
     for (const std::int64_t bits : {8, 16}) {
-        for (const std::int64_t model : {0, 1, 2, 3, 4}) {
+        for (const ColorSpaceModel model : kColorSpaceModels) {
             const KVBitmapPtr source = testPicture(bits, true, true);
             const KVBitmapPtr single = runShift(source, bandShift(model), nullptr, 1).result;
             // More threads than rows (9) or, at 8 bits, close to the number of colours.
             for (const unsigned processors : {2u, 3u, 16u, 500u}) {
                 EXPECT_TRUE(sameSamples(
                     single, runShift(source, bandShift(model), nullptr, processors).result))
-                    << bits << " " << model << " " << processors;
+                    << bits << " " << colorSpaceModelNumber(model) << " " << processors;
             }
         }
     }
@@ -151,7 +153,7 @@ TEST(HueShift, ResultsDoNotDependOnTheNumberOfThreads)
 TEST(HueShift, UnselectedPixelsAreCopiedBitForBit)
 {
     for (const std::int64_t bits : {8, 16}) {
-        for (const std::int64_t model : {0, 3}) {
+        for (const ColorSpaceModel model : {ColorSpaceModel::LChuv, ColorSpaceModel::HSB}) {
             const KVBitmapPtr source = testPicture(bits, true, true);
             HueShiftParameters p = bandShift(model);
             const KVBitmapPtr result = runShift(source, p, source->copy()).result;
@@ -193,7 +195,7 @@ TEST(HueShift, AColourShiftedToItsOwnHueComesBack)
                                   {240, 220, 60, 255},
                                   {128, 30, 160, 255}};
     for (const PixelChars& colour : colours) {
-        for (const std::int64_t model : {0, 1, 2, 3, 4}) {
+        for (const ColorSpaceModel model : kColorSpaceModels) {
             for (const std::int64_t bits : {8, 16}) {
                 const KVBitmapPtr source = makeRgbBitmap(3, 2, bits, false);
                 for (std::int64_t y = 0; y < 2; ++y) {
@@ -219,10 +221,14 @@ TEST(HueShift, AColourShiftedToItsOwnHueComesBack)
                 // LChab reads hues with the fast arctangent (up to 0.58 degrees off) and writes
                 // them exactly, so its colours may move by up to two 8-bit codes.
                 const int code = bits == 8 ? 256 : 257;
-                const int tolerance = model == 1 ? 2 * code : (bits == 8 ? code : 1);
-                EXPECT_LE(std::abs(in.r - out.r), tolerance) << model << " " << bits;
-                EXPECT_LE(std::abs(in.g - out.g), tolerance) << model << " " << bits;
-                EXPECT_LE(std::abs(in.b - out.b), tolerance) << model << " " << bits;
+                const int tolerance =
+                    model == ColorSpaceModel::LChab ? 2 * code : (bits == 8 ? code : 1);
+                EXPECT_LE(std::abs(in.r - out.r), tolerance)
+                    << colorSpaceModelNumber(model) << " " << bits;
+                EXPECT_LE(std::abs(in.g - out.g), tolerance)
+                    << colorSpaceModelNumber(model) << " " << bits;
+                EXPECT_LE(std::abs(in.b - out.b), tolerance)
+                    << colorSpaceModelNumber(model) << " " << bits;
             }
         }
     }
@@ -232,7 +238,7 @@ TEST(HueShift, AColourShiftedToItsOwnHueComesBack)
 // one 8-bit code value.
 TEST(HueShift, EightAndSixteenBitPathsAgree)
 {
-    for (const std::int64_t model : {0, 1, 2, 3, 4}) {
+    for (const ColorSpaceModel model : kColorSpaceModels) {
         for (const int variant : {0, 1, 2, 3}) {
             HueShiftParameters p = bandShift(model);
             p.preserveHue = variant == 1 ? 1 : 0;
@@ -245,9 +251,10 @@ TEST(HueShift, EightAndSixteenBitPathsAgree)
                 }
                 p.curveGain = 1.4;
             }
-            for (const int mask : {0, 2, 3, 4}) {
+            for (const MaskView mask : {MaskView::shiftedImage, MaskView::blackMask,
+                                        MaskView::whiteMask, MaskView::hoverHighlight}) {
                 // The LCh hover highlight shows partial selection differently on purpose.
-                if (mask == 4 && isLchColorMode(model)) {
+                if (mask == MaskView::hoverHighlight && isLchColorMode(model)) {
                     continue;
                 }
                 p.maskToShow = mask;
@@ -266,8 +273,8 @@ TEST(HueShift, EightAndSixteenBitPathsAgree)
                                           std::abs(a.b - to8(b.b))});
                     }
                 }
-                EXPECT_LE(worst, 1)
-                    << "model " << model << " variant " << variant << " mask " << mask;
+                EXPECT_LE(worst, 1) << "model " << colorSpaceModelNumber(model) << " variant "
+                                    << variant << " mask " << maskViewNumber(mask);
             }
         }
     }
@@ -277,7 +284,7 @@ TEST(HueShift, EveryWorkerTracesItsIndexOnStandardOutput)
 {
     const KVBitmapPtr source = testPicture(16);
     test::captureDiagnostics();
-    ASSERT_NE(hueShift(source, nullptr, bandShift(3), 3), nullptr);
+    ASSERT_NE(hueShift(source, nullptr, bandShift(ColorSpaceModel::HSB), 3), nullptr);
     const std::string trace = test::capturedDiagnostics();
     std::istringstream lines(trace);
     std::multiset<std::string> seen;
@@ -288,21 +295,9 @@ TEST(HueShift, EveryWorkerTracesItsIndexOnStandardOutput)
     EXPECT_EQ(trace.size(), 3 * std::string("thread: 0\n").size());
 }
 
-TEST(HueShift, UnknownModesShiftAsHsl)
-{
-    for (const std::int64_t bits : {8, 16}) {
-        const KVBitmapPtr source = testPicture(bits);
-        const KVBitmapPtr hsl = runShift(source, bandShift(4)).result;
-        for (const std::int64_t model : {5, 7, -3}) {
-            EXPECT_TRUE(sameSamples(hsl, runShift(source, bandShift(model)).result))
-                << bits << " " << model;
-        }
-    }
-}
-
 TEST(HueShift, MinusOneSaturationGreysTheSelection)
 {
-    HueShiftParameters p = selectEverything(3);
+    HueShiftParameters p = selectEverything(ColorSpaceModel::HSB);
     p.targetSat = -1.0;
     const KVBitmapPtr result = runShift(testPicture(16), p).result;
     for (std::int64_t x = 0; x < 24; ++x) {

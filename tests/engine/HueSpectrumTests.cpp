@@ -23,7 +23,7 @@ color_table_lch_entry_info entry(float hue, float chroma, float lightness, float
     return {hue, chroma, lightness, alpha, 0.0f, 0, count};
 }
 
-LChColorTable tableOf(long mode, const std::vector<color_table_lch_entry_info>& entries)
+LChColorTable tableOf(ColorSpaceModel mode, const std::vector<color_table_lch_entry_info>& entries)
 {
     LChColorTable table;
     table.colorSpaceModel = mode;
@@ -41,35 +41,36 @@ TEST(HueSpectrumPlace, RoundsWholeDegreesHalfUpAndWrapsToBandZero)
     const float minusQuarter = static_cast<float>(-kPi / 2);
     const float minusFifthDegree = static_cast<float>(-0.2 * kPi / 180.0);
     const struct {
-        long mode;
+        ColorSpaceModel mode;
         float hue;
         float chroma;
         std::size_t band;
         double hueInBand;
     } cases[] = {
-        {0, radians10, 5.0f, 10, radians10},
-        {1, minusQuarter, 5.0f, 270, static_cast<double>(minusQuarter) + 2 * kPi},
+        {ColorSpaceModel::LChuv, radians10, 5.0f, 10, radians10},
+        {ColorSpaceModel::LChab, minusQuarter, 5.0f, 270,
+         static_cast<double>(minusQuarter) + 2 * kPi},
         // 359.6 degrees rounds to 360, which is band 0 one period lower.
-        {0, radians3596, 5.0f, 0, static_cast<double>(radians3596) - 2 * kPi},
-        {0, radians3594, 5.0f, 359, radians3594},
-        {1, minusFifthDegree, 5.0f, 0, minusFifthDegree},
+        {ColorSpaceModel::LChuv, radians3596, 5.0f, 0, static_cast<double>(radians3596) - 2 * kPi},
+        {ColorSpaceModel::LChuv, radians3594, 5.0f, 359, radians3594},
+        {ColorSpaceModel::LChab, minusFifthDegree, 5.0f, 0, minusFifthDegree},
         // Fractions of the circle: 0.0625 is 22.5 degrees exactly, which rounds up.
-        {2, 0.0625f, 0.5f, 23, 0.0625},
-        {3, 0.1875f, 0.5f, 68, 0.1875},
-        {3, 1.0f, 0.5f, 0, 0.0},
-        {4, -0.25f, 0.5f, 270, 0.75},
-        {3, 0.999f, 0.5f, 0, static_cast<double>(0.999f) - 1.0},
-        // Any other mode is HSL, a fraction too.
-        {9, 0.5f, 0.5f, 180, 0.5},
+        {ColorSpaceModel::HCL, 0.0625f, 0.5f, 23, 0.0625},
+        {ColorSpaceModel::HSB, 0.1875f, 0.5f, 68, 0.1875},
+        {ColorSpaceModel::HSB, 1.0f, 0.5f, 0, 0.0},
+        {ColorSpaceModel::HSL, -0.25f, 0.5f, 270, 0.75},
+        {ColorSpaceModel::HSB, 0.999f, 0.5f, 0, static_cast<double>(0.999f) - 1.0},
         // Less chroma than 0.01 is achromatic, with hue 0; 0.01 itself is not.
-        {0, radians10, 0.0099f, 360, 0.0},
-        {3, 0.5f, 0.0f, 360, 0.0},
-        {0, radians10, 0.01f, 10, radians10},
+        {ColorSpaceModel::LChuv, radians10, 0.0099f, 360, 0.0},
+        {ColorSpaceModel::HSB, 0.5f, 0.0f, 360, 0.0},
+        {ColorSpaceModel::LChuv, radians10, 0.01f, 10, radians10},
     };
     for (const auto& c : cases) {
         const SpectrumPlace place = spectrumPlaceOfEntry(entry(c.hue, c.chroma, 50, 1, 1), c.mode);
-        EXPECT_EQ(place.band, c.band) << "mode " << c.mode << " hue " << c.hue;
-        EXPECT_NEAR(place.hue, c.hueInBand, 1e-12) << "mode " << c.mode << " hue " << c.hue;
+        EXPECT_EQ(place.band, c.band)
+            << "mode " << colorSpaceModelNumber(c.mode) << " hue " << c.hue;
+        EXPECT_NEAR(place.hue, c.hueInBand, 1e-12)
+            << "mode " << colorSpaceModelNumber(c.mode) << " hue " << c.hue;
     }
 }
 
@@ -77,9 +78,9 @@ TEST(HueSpectrum, BandsHoldCountWeightedStatistics)
 {
     const float hue = static_cast<float>(100.2 * kPi / 180.0);
     const float nearHue = static_cast<float>(99.7 * kPi / 180.0);
-    const LChSpectrum spectrum = createLChSpectrumFromLChColorTable(
-        tableOf(0, {entry(hue, 20, 10, 1.0f, 1), entry(nearHue, 40, 50, 0.5f, 3),
-                    entry(hue, 60, 90, 0.0f, 100), entry(1.0f, 0.001f, 30, 1.0f, 7)}));
+    const LChSpectrum spectrum = createLChSpectrumFromLChColorTable(tableOf(
+        ColorSpaceModel::LChuv, {entry(hue, 20, 10, 1.0f, 1), entry(nearHue, 40, 50, 0.5f, 3),
+                                 entry(hue, 60, 90, 0.0f, 100), entry(1.0f, 0.001f, 30, 1.0f, 7)}));
     ASSERT_EQ(spectrum.count, 361u);
     const LChSpectrumBand& band = spectrum.bands[100];
     // The transparent entry adds nothing.
@@ -121,13 +122,13 @@ TEST(HueSpectrum, EmptyTableGivesZeroBands)
 
 // The band of a pixel worked out from its linear colour, independently of the table: degrees of
 // the hue by the library's fmod, rounded half up, 360 folded to 0; 360 for chroma below 0.01.
-std::size_t referenceBand(double hue, double chroma, long mode)
+std::size_t referenceBand(double hue, double chroma, ColorSpaceModel mode)
 {
     if (static_cast<float>(chroma) < 0.01f) {
         return 360;
     }
-    double degrees =
-        mode < 2 ? static_cast<float>(hue) * 180.0 / kPi : static_cast<float>(hue) * 360.0;
+    double degrees = isLchColorMode(mode) ? static_cast<float>(hue) * 180.0 / kPi
+                                          : static_cast<float>(hue) * 360.0;
     degrees = std::fmod(std::fmod(degrees, 360.0) + 360.0, 360.0);
     const auto band = static_cast<std::size_t>(std::floor(degrees + 0.5));
     return band == 360 ? 0 : band;
@@ -141,8 +142,8 @@ TEST(HueSpectrum, AgreesWithPixelByPixelStatisticsOfAnImage)
     const PixelManipulationOffsets offsets = pixelManipulationOffsetsWithImageGamma(bitmap, 0.45);
     const auto reference = test::referenceColors(offsets);
 
-    for (const long mode : {0L, 1L, 2L, 3L, 4L}) {
-        SCOPED_TRACE(mode);
+    for (const ColorSpaceModel mode : kColorSpaceModels) {
+        SCOPED_TRACE(colorSpaceModelNumber(mode));
         struct Expected {
             std::uint64_t count = 0;
             double lightnessSum = 0.0;
@@ -199,10 +200,10 @@ TEST(HueSpectrum, GreyPixelsLandInTheAchromaticBand)
         const auto level = static_cast<std::uint8_t>(i * 17);
         test::writeSamples(offsets, i % 5, i / 5, {level, level, level, 255});
     }
-    for (const long mode : {0L, 1L, 2L, 3L, 4L}) {
+    for (const ColorSpaceModel mode : kColorSpaceModels) {
         const LChSpectrum spectrum = createLChSpectrumFromLChColorTable(
             createLChColorTableWithImageGamma(bitmap, 1.0, mode));
-        EXPECT_EQ(spectrum.bands[360].count, 15u) << "mode " << mode;
+        EXPECT_EQ(spectrum.bands[360].count, 15u) << "mode " << colorSpaceModelNumber(mode);
         EXPECT_EQ(spectrum.bands[360].hueMaximum, 0.0f);
     }
 }

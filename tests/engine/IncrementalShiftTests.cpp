@@ -66,10 +66,14 @@ const std::vector<Change>& session()
         [](HueShiftParameters& p) { p.targetHue = 0.8; },
         [](HueShiftParameters& p) { selectHues(p, 0.0, 0.7); },
         [](HueShiftParameters& p) { selectHues(p, 0.3, 0.35); },
-        [](HueShiftParameters& p) { p.maskToShow = kShowBlackMask; },
-        [](HueShiftParameters& p) { p.maskToShow = 0, selectHues(p, 0.2, 0.5); },
-        [](HueShiftParameters& p) { p.maskToShow = kShowSelectionHighlight; },
-        [](HueShiftParameters& p) { p.maskToShow = 0, p.satLower = p.satLowerFalloff = 1.0; },
+        [](HueShiftParameters& p) { p.maskToShow = MaskView::blackMask; },
+        [](HueShiftParameters& p) {
+            p.maskToShow = MaskView::shiftedImage, selectHues(p, 0.2, 0.5);
+        },
+        [](HueShiftParameters& p) { p.maskToShow = MaskView::selectionHighlight; },
+        [](HueShiftParameters& p) {
+            p.maskToShow = MaskView::shiftedImage, p.satLower = p.satLowerFalloff = 1.0;
+        },
         [](HueShiftParameters& p) { p.satLower = p.satLowerFalloff = 0.0, p.targetSat = 0.5; },
         [](HueShiftParameters& p) { p.exclusionMask = exclusionMask(true); },
         [](HueShiftParameters& p) { p.targetHue = 0.1; },
@@ -97,11 +101,12 @@ TEST_P(IncrementalShifts, EqualFullShiftsAtEveryStep)
 {
     test::captureDiagnostics();
     // Blocks of a few rows and waves of a few hundred pixels, as a large picture has them.
-    const TableWriteLimits saved = tableWriteLimits();
-    tableWriteLimits() = {kWide * 4 * 3, 300};
-    Engine engine({2});
+    EngineOptions options;
+    options.threads = 2;
+    options.tableWrites = {kWide * 4 * 3, 300};
+    Engine engine(options);
     const KVBitmapPtr source = manyColoursPicture(GetParam().alpha);
-    HueShiftParameters p = test::selectEverything(kColorModeLChuv);
+    HueShiftParameters p = test::selectEverything(ColorSpaceModel::LChuv);
     if (GetParam().excluded) {
         p.exclusionMask = exclusionMask();
     }
@@ -129,7 +134,6 @@ TEST_P(IncrementalShifts, EqualFullShiftsAtEveryStep)
         EXPECT_TRUE(test::sameSamples(tracked.image, full)) << "step " << step;
     }
     EXPECT_GT(plansReused, 0);
-    tableWriteLimits() = saved;
     test::capturedDiagnostics();
 }
 
@@ -148,7 +152,7 @@ TEST(IncrementalShifts, FootprintsOfOtherPicturesOrTablesAreIgnored)
     // Grey all over: nothing selected, so a footprint used with it leaves grey pixels showing.
     const KVBitmapPtr grey = test::makeRgbBitmap(kWide, kHigh, 8, false);
     std::memset(grey->bitmapData(), 100, grey->sampleBytes());
-    HueShiftParameters p = test::selectEverything(kColorModeLChuv);
+    HueShiftParameters p = test::selectEverything(ColorSpaceModel::LChuv);
     selectHues(p, 0.1, 0.4);
     const auto tableOf = [&](const KVBitmapPtr& picture) {
         return engine.buildColorTable(picture, p.imageGamma, p.colorSpaceModel).take();

@@ -351,11 +351,11 @@ TEST(QuantisedSpectrum, ReportsEachAllocationThatFails)
         "\nout of memory making colormap",       "\nout of memory making color spectrum",
     };
     for (long successful = 0; successful < static_cast<long>(std::size(messages)); ++successful) {
-        failTableAllocationAfter(successful);
+        const UseTableMemory failing(
+            std::make_shared<TableMemory>(TableMemoryOptions{.failAllocationAfter = successful}));
         test::captureDiagnostics();
         const ColorSpectrum spectrum = createColorSpectrum(bitmap, 8);
         const std::string printed = test::capturedDiagnostics();
-        failTableAllocationAfter(-1);
         EXPECT_TRUE(spectrum.empty());
         EXPECT_EQ(printed, messages[successful]) << successful;
     }

@@ -49,7 +49,7 @@ KVBitmapPtr shiftedPixelByPixel(const KVBitmapPtr& source, HueShiftParameters p)
         matrixFromColorSpace(context.M, &source->colorSpace());
         inverseMatrixFromColorSpace(context.MI, &source->colorSpace());
     }
-    const std::int64_t mode = p.colorSpaceModel;
+    const ColorSpaceModel mode = p.colorSpaceModel;
     for (std::int64_t y = 0; y < source->pixelsHigh(); ++y) {
         for (std::int64_t x = 0; x < source->pixelsWide(); ++x) {
             ColorComponents linear;
@@ -60,7 +60,7 @@ KVBitmapPtr shiftedPixelByPixel(const KVBitmapPtr& source, HueShiftParameters p)
                     : cylinderOutcome(cylinderFromLinearRgb(linear, mode), context);
             if (showsGreyMask(p.maskToShow)) {
                 const double v = o.weight > 0.0 ? o.weight : 0.0;
-                const double grey = p.maskToShow == kShowWhiteMask ? 1.0 - v : v;
+                const double grey = p.maskToShow == MaskView::whiteMask ? 1.0 - v : v;
                 writeGammaFloats(x, y, to, {grey, grey, grey, 1.0});
             } else if (o.weight > 0.0) {
                 writeLinearFloats(x, y, to, o.rgb);
@@ -71,8 +71,8 @@ KVBitmapPtr shiftedPixelByPixel(const KVBitmapPtr& source, HueShiftParameters p)
 }
 
 struct KernelCase {
-    std::int64_t model;
-    std::int32_t mask;
+    ColorSpaceModel model;
+    MaskView mask;
     double targetBri;
     double targetSat;
     bool preserveHue;
@@ -80,8 +80,9 @@ struct KernelCase {
 
 void PrintTo(const KernelCase& c, std::ostream* os)
 {
-    *os << "{model=" << c.model << " mask=" << c.mask << " targetBri=" << c.targetBri
-        << " targetSat=" << c.targetSat << " preserveHue=" << c.preserveHue << "}";
+    *os << "{model=" << colorSpaceModelNumber(c.model) << " mask=" << maskViewNumber(c.mask)
+        << " targetBri=" << c.targetBri << " targetSat=" << c.targetSat
+        << " preserveHue=" << c.preserveHue << "}";
 }
 
 class RowKernel : public testing::TestWithParam<KernelCase> {};
@@ -124,12 +125,19 @@ TEST_P(RowKernel, MatchesThePixelByPixelShift)
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, RowKernel,
-    testing::Values(KernelCase{0, 0, 0.0, 0.4, false}, KernelCase{0, 0, 0.3, -0.5, true},
-                    KernelCase{1, 0, -0.4, 1.0, false}, KernelCase{1, 1, 0.0, 0.0, false},
-                    KernelCase{0, 4, 0.0, 0.2, false}, KernelCase{0, 2, 0.0, 0.0, false},
-                    KernelCase{2, 0, 0.5, 0.3, false}, KernelCase{3, 0, 0.0, -1.0, false},
-                    KernelCase{4, 0, -0.2, 0.6, true}, KernelCase{3, 1, 0.0, 0.0, false},
-                    KernelCase{2, 4, 0.0, 0.0, false}, KernelCase{4, 3, 0.0, 0.0, false}));
+    testing::Values(KernelCase{ColorSpaceModel::LChuv, MaskView::shiftedImage, 0.0, 0.4, false},
+                    KernelCase{ColorSpaceModel::LChuv, MaskView::shiftedImage, 0.3, -0.5, true},
+                    KernelCase{ColorSpaceModel::LChab, MaskView::shiftedImage, -0.4, 1.0, false},
+                    KernelCase{ColorSpaceModel::LChab, MaskView::selectionHighlight, 0.0, 0.0,
+                               false},
+                    KernelCase{ColorSpaceModel::LChuv, MaskView::hoverHighlight, 0.0, 0.2, false},
+                    KernelCase{ColorSpaceModel::LChuv, MaskView::blackMask, 0.0, 0.0, false},
+                    KernelCase{ColorSpaceModel::HCL, MaskView::shiftedImage, 0.5, 0.3, false},
+                    KernelCase{ColorSpaceModel::HSB, MaskView::shiftedImage, 0.0, -1.0, false},
+                    KernelCase{ColorSpaceModel::HSL, MaskView::shiftedImage, -0.2, 0.6, true},
+                    KernelCase{ColorSpaceModel::HSB, MaskView::selectionHighlight, 0.0, 0.0, false},
+                    KernelCase{ColorSpaceModel::HCL, MaskView::hoverHighlight, 0.0, 0.0, false},
+                    KernelCase{ColorSpaceModel::HSL, MaskView::whiteMask, 0.0, 0.0, false}));
 
 } // namespace
 } // namespace tintorra

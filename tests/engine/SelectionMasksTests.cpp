@@ -62,23 +62,24 @@ TEST(MixByCoverage, IsExactAtTheEndsAndIntegerInBetween)
 // A fully selected red pixel turns into the most chromatic cyan-green of the gamut.
 TEST(LchHighlightColor, IsTheComplementaryHuesMostChromaticColour)
 {
-    for (const std::int64_t model : {0, 1}) {
+    for (const ColorSpaceModel model : {ColorSpaceModel::LChuv, ColorSpaceModel::LChab}) {
         const KVColorGamutPtr gamut = test::sRGBGamut(model);
         Matrix3 M;
         Matrix3 MI;
         gamut->copy_RGB_to_XYZ_matrix(M);
         gamut->copy_XYZ_to_RGB_matrix(MI);
-        const ColorComponents red =
-            model == 0 ? rgbToLchuv({1, 0, 0, 1}, M) : rgbToLchab({1, 0, 0, 1}, M);
+        const ColorComponents red = model == ColorSpaceModel::LChuv ? rgbToLchuv({1, 0, 0, 1}, M)
+                                                                    : rgbToLchab({1, 0, 0, 1}, M);
         const ColorComponents h =
             lchHighlightColor(red.c2, true, PartialHighlight::halveLightness, gamut.get());
         EXPECT_EQ(h, (ColorComponents{gamut->maxChromaForHue(red.c2 + kPi).c0,
                                       gamut->maxChromaForHue(red.c2 + kPi).c1,
                                       gamut->maxChromaForHue(red.c2 + kPi).c2, 1.0}));
-        const ColorComponents rgb = model == 0 ? lchuvToRgb(h, MI) : lchabToRgb(h, MI);
-        EXPECT_LT(rgb.c0, 0.05) << model;
-        EXPECT_GT(rgb.c1, 0.5) << model;
-        EXPECT_GT(rgb.c2, 0.5) << model;
+        const ColorComponents rgb =
+            model == ColorSpaceModel::LChuv ? lchuvToRgb(h, MI) : lchabToRgb(h, MI);
+        EXPECT_LT(rgb.c0, 0.05) << colorSpaceModelNumber(model);
+        EXPECT_GT(rgb.c1, 0.5) << colorSpaceModelNumber(model);
+        EXPECT_GT(rgb.c2, 0.5) << colorSpaceModelNumber(model);
 
         const ColorComponents darker =
             lchHighlightColor(red.c2, false, PartialHighlight::halveLightness, gamut.get());
@@ -107,12 +108,12 @@ TEST(CylinderHighlightColor, TurnsTheHueHalfwayRound)
 
 TEST(HoveredLightness, ComparesOnTheModesScale)
 {
-    HueShiftParameters p = test::selectEverything(0);
+    HueShiftParameters p = test::selectEverything(ColorSpaceModel::LChuv);
     p.brightnessToHighlight = 0.5;
     normalizeHueShiftParameters(p);
     EXPECT_TRUE(isHoveredLightness(50.9, p));
     EXPECT_FALSE(isHoveredLightness(51.0, p));
-    HueShiftParameters q = test::selectEverything(3);
+    HueShiftParameters q = test::selectEverything(ColorSpaceModel::HSB);
     q.brightnessToHighlight = 0.5;
     normalizeHueShiftParameters(q);
     EXPECT_TRUE(isHoveredLightness(0.509, q));

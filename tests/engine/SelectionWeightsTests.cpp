@@ -12,7 +12,7 @@ namespace {
 
 constexpr double kDegree = 1.0 / 360.0;
 
-HueShiftParameters hueRange(std::int64_t model, double lowerFalloff, double lower, double upper,
+HueShiftParameters hueRange(ColorSpaceModel model, double lowerFalloff, double lower, double upper,
                             double upperFalloff)
 {
     HueShiftParameters p = test::selectEverything(model);
@@ -40,10 +40,10 @@ class HueChain : public testing::TestWithParam<ChainCase> {};
 TEST_P(HueChain, UnwrapsIntoANonDecreasingChain)
 {
     const ChainCase& c = GetParam();
-    for (const std::int64_t model : {0, 3}) {
+    for (const ColorSpaceModel model : {ColorSpaceModel::LChuv, ColorSpaceModel::HSB}) {
         HueShiftParameters p = hueRange(model, c.bounds[0], c.bounds[1], c.bounds[2], c.bounds[3]);
         normalizeHueShiftParameters(p);
-        const double period = model == 0 ? kTwoPi : 1.0;
+        const double period = model == ColorSpaceModel::LChuv ? kTwoPi : 1.0;
         const double chain[4] = {p.hueLowerFalloff, p.hueLower, p.hueUpper, p.hueUpperFalloff};
         for (int i = 0; i < 4; ++i) {
             EXPECT_NEAR(chain[i], c.chain[i] * period, 1e-12) << c.name << " " << i;
@@ -76,7 +76,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(NormalizeHueShiftParameters, ScalesTheLchModesOnly)
 {
-    HueShiftParameters p = hueRange(1, 0.1, 0.2, 0.3, 0.4);
+    HueShiftParameters p = hueRange(ColorSpaceModel::LChab, 0.1, 0.2, 0.3, 0.4);
     p.targetHue = 0.25;
     p.lightLowerFalloff = 0.1;
     p.lightLower = 0.2;
@@ -84,7 +84,7 @@ TEST(NormalizeHueShiftParameters, ScalesTheLchModesOnly)
     p.lightUpperFalloff = 0.8;
     p.brightnessToHighlight = 0.5;
     HueShiftParameters cylinder = p;
-    cylinder.colorSpaceModel = 4;
+    cylinder.colorSpaceModel = ColorSpaceModel::HSL;
     normalizeHueShiftParameters(p);
     normalizeHueShiftParameters(cylinder);
     EXPECT_DOUBLE_EQ(p.targetHue, 0.5 * kPi);
@@ -99,7 +99,7 @@ TEST(NormalizeHueShiftParameters, ScalesTheLchModesOnly)
 
 TEST(NormalizeHueShiftParameters, RaisesOutOfOrderBoundsAndNeverLowersThem)
 {
-    HueShiftParameters p = test::selectEverything(3);
+    HueShiftParameters p = test::selectEverything(ColorSpaceModel::HSB);
     p.satLowerFalloff = 0.5;
     p.satLower = 0.2; // below its fall-off: raised to 0.5
     p.satUpper = 0.4; // below lower: raised to 0.5
@@ -137,7 +137,8 @@ class SavedRangeAcrossZero : public testing::TestWithParam<HueWeightCase> {};
 // 350 to 10 degrees with 10 more degrees of fall-off on either side, no gamut (s = 1).
 TEST_P(SavedRangeAcrossZero, WeighsHuesAroundTheCircle)
 {
-    HueShiftParameters p = hueRange(0, 340 * kDegree, 350 * kDegree, 10 * kDegree, 20 * kDegree);
+    HueShiftParameters p =
+        hueRange(ColorSpaceModel::LChuv, 340 * kDegree, 350 * kDegree, 10 * kDegree, 20 * kDegree);
     p.gamut = nullptr;
     normalizeHueShiftParameters(p);
     const Selection s = lchSelection(lchAt(GetParam().degrees), p, nullptr);
@@ -156,7 +157,7 @@ INSTANTIATE_TEST_SUITE_P(Hues, SavedRangeAcrossZero,
 TEST(LchSelection, ABoundIsInsideAndAnEmptyFalloffNeverDivides)
 {
     // Lower bound equal to its fall-off end: no lower fall-off at all.
-    HueShiftParameters p = hueRange(0, 0.25, 0.25, 0.5, 0.6);
+    HueShiftParameters p = hueRange(ColorSpaceModel::LChuv, 0.25, 0.25, 0.5, 0.6);
     normalizeHueShiftParameters(p);
     EXPECT_EQ(lchSelection({50, 30, 0.5 * kPi, 1}, p, nullptr).weight, 1.0);
     EXPECT_EQ(lchSelection({50, 30, 0.5 * kPi, 1}, p, nullptr).hueZone, SelectionZone::inside);
@@ -168,13 +169,13 @@ TEST(LchSelection, ABoundIsInsideAndAnEmptyFalloffNeverDivides)
 
 TEST(LchSelection, NearNeutralAndTransparentColoursAreNeverSelected)
 {
-    HueShiftParameters p = test::selectEverything(1);
+    HueShiftParameters p = test::selectEverything(ColorSpaceModel::LChab);
     normalizeHueShiftParameters(p);
     EXPECT_EQ(lchSelection(lchAt(40, 0.009), p, p.gamut.get()).weight, 0.0);
     EXPECT_GT(lchSelection(lchAt(40, 0.011), p, p.gamut.get()).weight, 0.0);
     EXPECT_EQ(lchSelection(lchAt(40, 30, 50, 0.0), p, p.gamut.get()).weight, 0.0);
 
-    HueShiftParameters cylinder = test::selectEverything(3);
+    HueShiftParameters cylinder = test::selectEverything(ColorSpaceModel::HSB);
     normalizeHueShiftParameters(cylinder);
     EXPECT_EQ(cylinderSelection({0.3, 0.5, 0.5, 0.0, 0.5}, cylinder).weight, 0.0);
     // No chroma gate in the cylinder modes.
@@ -183,7 +184,7 @@ TEST(LchSelection, NearNeutralAndTransparentColoursAreNeverSelected)
 
 TEST(LchSelection, MeasuresSaturationAgainstTheGamutsLargestChroma)
 {
-    HueShiftParameters p = test::selectEverything(0);
+    HueShiftParameters p = test::selectEverything(ColorSpaceModel::LChuv);
     p.satLowerFalloff = 0.2;
     p.satLower = 0.6;
     normalizeHueShiftParameters(p);
@@ -202,7 +203,7 @@ TEST(LchSelection, MeasuresSaturationAgainstTheGamutsLargestChroma)
 
 TEST(LchSelection, MultipliesTheThreeFactors)
 {
-    HueShiftParameters p = hueRange(0, 0.0, 0.1, 0.2, 0.3);
+    HueShiftParameters p = hueRange(ColorSpaceModel::LChuv, 0.0, 0.1, 0.2, 0.3);
     p.gamut = nullptr;
     p.lightLowerFalloff = 0.2;
     p.lightLower = 0.4;
@@ -215,7 +216,7 @@ TEST(LchSelection, MultipliesTheThreeFactors)
 
 TEST(CylinderSelection, TestsTheThirdComponentAndTheSaturationValue)
 {
-    HueShiftParameters p = test::selectEverything(2);
+    HueShiftParameters p = test::selectEverything(ColorSpaceModel::HCL);
     p.satLowerFalloff = 0.4;
     p.satLower = 0.6;
     p.lightUpper = 0.5;
@@ -233,13 +234,13 @@ TEST(LchSelection, FarAwayOrNonFiniteBoundsEndWithAFixedResult)
 {
     for (const double bound : {1.0e300, -1.0e300, std::numeric_limits<double>::infinity(),
                                std::numeric_limits<double>::quiet_NaN()}) {
-        HueShiftParameters p = hueRange(0, bound, bound, bound, bound);
+        HueShiftParameters p = hueRange(ColorSpaceModel::LChuv, bound, bound, bound, bound);
         normalizeHueShiftParameters(p);
         const double w = lchSelection(lchAt(30), p, nullptr).weight;
         EXPECT_TRUE(w == 0.0 || w == 1.0) << bound;
     }
     // A huge but reachable chain: the hue is jumped there and selected.
-    HueShiftParameters p = hueRange(0, 1.0e7, 1.0e7, 1.0e7 + 0.5, 1.0e7 + 0.5);
+    HueShiftParameters p = hueRange(ColorSpaceModel::LChuv, 1.0e7, 1.0e7, 1.0e7 + 0.5, 1.0e7 + 0.5);
     normalizeHueShiftParameters(p);
     const double hue = wrapRadians(1.0e7 * kTwoPi + 0.25 * kTwoPi);
     EXPECT_EQ(lchSelection({50, 30, hue, 1}, p, nullptr).weight, 1.0);
@@ -247,7 +248,7 @@ TEST(LchSelection, FarAwayOrNonFiniteBoundsEndWithAFixedResult)
 
 TEST(SelectionWeight, ReplacesTheColourOnlyWhenAskedAndSelected)
 {
-    HueShiftParameters p = test::selectEverything(4);
+    HueShiftParameters p = test::selectEverything(ColorSpaceModel::HSL);
     p.targetHue = 0.75;
     normalizeHueShiftParameters(p);
     HclComponents colour{0.25, 0.5, 0.5, 1.0, 0.5};
@@ -256,7 +257,7 @@ TEST(SelectionWeight, ReplacesTheColourOnlyWhenAskedAndSelected)
     EXPECT_EQ(selectionWeight(colour, p, true), 1.0);
     EXPECT_EQ(colour.h, 0.75);
 
-    HueShiftParameters lch = test::selectEverything(0);
+    HueShiftParameters lch = test::selectEverything(ColorSpaceModel::LChuv);
     lch.targetHue = 0.5;
     normalizeHueShiftParameters(lch);
     ColorComponents grey{50, 0.0, 0.3, 1.0};

@@ -19,7 +19,7 @@ Selection full(double saturation = 1.0)
     return {1.0, SelectionZone::inside, saturation};
 }
 
-HueShiftParameters lchRecord(std::int64_t model, double gamma, bool withGamut)
+HueShiftParameters lchRecord(ColorSpaceModel model, double gamma, bool withGamut)
 {
     HueShiftParameters p = test::selectEverything(model);
     p.imageGamma = gamma;
@@ -50,7 +50,7 @@ class LchBrightness : public testing::TestWithParam<BrightnessCase> {};
 TEST_P(LchBrightness, MovesLightnessByTheDoubledChange)
 {
     const BrightnessCase& c = GetParam();
-    HueShiftParameters p = lchRecord(0, 0.5, false);
+    HueShiftParameters p = lchRecord(ColorSpaceModel::LChuv, 0.5, false);
     p.targetBri = c.targetBri;
     const ColorComponents out =
         shiftLchColor({c.lightness, 20.0, 1.0, 1.0}, full(c.saturation), p, nullptr);
@@ -69,14 +69,14 @@ INSTANTIATE_TEST_SUITE_P(
 TEST(LchCurve, TheIdentityCurveIsTenthsNotTheirPowers)
 {
     for (const double gamma : {1.0 / 2.2, 0.5, 1.0}) {
-        HueShiftParameters p = lchRecord(1, gamma, false);
+        HueShiftParameters p = lchRecord(ColorSpaceModel::LChab, gamma, false);
         for (double L = 0.0; L <= 100.0; L += 2.5) {
             const ColorComponents out = shiftLchColor({L, 20.0, 1.0, 1.0}, full(), p, nullptr);
             EXPECT_NEAR(out.c0, L, 1e-9) << gamma << " " << L;
         }
     }
     // The curve (k/10)^(1/gamma) is not the identity under this lightness axis.
-    HueShiftParameters p = lchRecord(1, 1.0 / 2.2, false);
+    HueShiftParameters p = lchRecord(ColorSpaceModel::LChab, 1.0 / 2.2, false);
     for (std::size_t k = 0; k < p.targetBriTenVals.size(); ++k) {
         p.targetBriTenVals[k] = std::pow(k / 10.0, 2.2);
     }
@@ -99,7 +99,7 @@ TEST(LchCurve, TheIdentityCurveKeepsLightnessWhereThePowersWouldOnlyRound)
 {
     for (const double gamma : {1.0 / 2.2, 2.2, 0.5, 1.0}) {
         for (const double gain : {1.0, 3.0}) {
-            HueShiftParameters p = lchRecord(0, gamma, false);
+            HueShiftParameters p = lchRecord(ColorSpaceModel::LChuv, gamma, false);
             p.curveGain = gain;
             ASSERT_TRUE(keepsLightness(p));
             for (double L = 0.0; L <= 100.0; L += 0.37) {
@@ -117,7 +117,7 @@ TEST(LchCurve, TheIdentityCurveKeepsLightnessWhereThePowersWouldOnlyRound)
 
 TEST(LchCurve, OnlyTheExactIdentityWithoutBrightnessChangeSkipsThePowers)
 {
-    HueShiftParameters p = lchRecord(0, 1.0 / 2.2, false);
+    HueShiftParameters p = lchRecord(ColorSpaceModel::LChuv, 1.0 / 2.2, false);
     EXPECT_TRUE(keepsLightness(p));
     p.targetBri = 0.1;
     EXPECT_FALSE(keepsLightness(p));
@@ -135,27 +135,28 @@ TEST(LchCurve, OnlyTheExactIdentityWithoutBrightnessChangeSkipsThePowers)
 
 TEST(CylinderCurve, TheIdentityCurveKeepsTheLevel)
 {
-    for (const std::int64_t model : {kColorModeHCL, kColorModeHSB, kColorModeHSL}) {
+    for (const ColorSpaceModel model :
+         {ColorSpaceModel::HCL, ColorSpaceModel::HSB, ColorSpaceModel::HSL}) {
         HueShiftParameters p = test::selectEverything(model);
         normalizeHueShiftParameters(p);
         ASSERT_TRUE(keepsLightness(p));
         for (double V = 0.0; V <= 1.0; V += 0.0123) {
             const HclComponents colour{0.2, 0.4, V, 1.0, 0.5};
             const HclComponents out = shiftCylinderColor(colour, full(), p);
-            EXPECT_EQ(out.l, V) << model;
+            EXPECT_EQ(out.l, V) << colorSpaceModelNumber(model);
             const double first = std::pow(lightnessPowerBase(V, p), p.imageGamma);
             double y = 0.0;
             const bool applies = curveOutput(first, p, y);
             const double second = applies ? std::pow(y, 1.0 / p.imageGamma) : 0.0;
             EXPECT_NEAR(cylinderShiftedLevel(colour, full(), p, first, applies, second), V, 1e-14)
-                << model << " " << V;
+                << colorSpaceModelNumber(model) << " " << V;
         }
     }
 }
 
 TEST(LchCurve, AFlatCurveSetsLightnessScaledBySaturationWeightAndGain)
 {
-    HueShiftParameters p = lchRecord(0, 0.5, false);
+    HueShiftParameters p = lchRecord(ColorSpaceModel::LChuv, 0.5, false);
     p.targetBriTenVals.fill(0.5);
     p.curveGain = 2.0;
     // L' = L + (100 * 0.5^2 - L) * 0.5 * 1 * 2 = 25 whatever L.
@@ -169,7 +170,7 @@ TEST(LchCurve, AFlatCurveSetsLightnessScaledBySaturationWeightAndGain)
 
 TEST(LchChroma, KeepsTheColoursPlaceBetweenGreyAndTheBoundary)
 {
-    HueShiftParameters p = lchRecord(0, 1.0 / 2.2, true);
+    HueShiftParameters p = lchRecord(ColorSpaceModel::LChuv, 1.0 / 2.2, true);
     const KVColorGamut& gamut = *p.gamut;
     const double L = 60.0;
     // Move from a hue with much room (blue-violet) to one with little (yellow) and back.
@@ -190,7 +191,7 @@ TEST(LchChroma, KeepsTheColoursPlaceBetweenGreyAndTheBoundary)
 
 TEST(LchSaturation, RaisesTowardsTheLimitAndLowersTowardsGrey)
 {
-    HueShiftParameters p = lchRecord(1, 1.0 / 2.2, true);
+    HueShiftParameters p = lchRecord(ColorSpaceModel::LChab, 1.0 / 2.2, true);
     const KVColorGamut& gamut = *p.gamut;
     const double L = 50.0;
     const double h = 2.0;
@@ -220,7 +221,7 @@ TEST(LchSaturation, RaisesTowardsTheLimitAndLowersTowardsGrey)
 
 TEST(LchBlend, PartialWeightsBlendFromTheUnshiftedColour)
 {
-    HueShiftParameters p = lchRecord(0, 1.0 / 2.2, true);
+    HueShiftParameters p = lchRecord(ColorSpaceModel::LChuv, 1.0 / 2.2, true);
     const KVColorGamut& gamut = *p.gamut;
     const double from = 1.0;
     const double to = 2.5;
@@ -255,7 +256,7 @@ TEST(LchBlend, PartialWeightsBlendFromTheUnshiftedColour)
 // tables' interpolation.
 TEST(LchShiftInvariant, ShiftedColoursStayInsideTheGamut)
 {
-    for (const std::int64_t model : {0, 1}) {
+    for (const ColorSpaceModel model : {ColorSpaceModel::LChuv, ColorSpaceModel::LChab}) {
         HueShiftParameters base = lchRecord(model, 1.0 / 2.2, true);
         const KVColorGamut& gamut = *base.gamut;
         Matrix3 M;
@@ -275,16 +276,18 @@ TEST(LchShiftInvariant, ShiftedColoursStayInsideTheGamut)
                         for (int g = 0; g <= 8; ++g) {
                             for (int b = 0; b <= 8; ++b) {
                                 const ColorComponents rgb{r / 8.0, g / 8.0, b / 8.0, 1.0};
-                                const ColorComponents lch =
-                                    model == 0 ? rgbToLchuv(rgb, M) : rgbToLchab(rgb, M);
+                                const ColorComponents lch = model == ColorSpaceModel::LChuv
+                                                                ? rgbToLchuv(rgb, M)
+                                                                : rgbToLchab(rgb, M);
                                 const Selection s = lchSelection(lch, p, &gamut);
                                 if (s.weight == 0.0) {
                                     continue;
                                 }
                                 const ColorComponents out = shiftLchColor(lch, s, p, &gamut);
                                 ASSERT_LE(out.c1, gamut.chromaForHue(out.c2, out.c0) + 1e-9);
-                                const ColorComponents xyz =
-                                    model == 0 ? luvToXyz(lchToLuv(out)) : labToXyz(lchToLab(out));
+                                const ColorComponents xyz = model == ColorSpaceModel::LChuv
+                                                                ? luvToXyz(lchToLuv(out))
+                                                                : labToXyz(lchToLab(out));
                                 const ColorComponents raw{
                                     MI[0] * xyz.c0 + MI[1] * xyz.c1 + MI[2] * xyz.c2,
                                     MI[3] * xyz.c0 + MI[4] * xyz.c1 + MI[5] * xyz.c2,
@@ -300,14 +303,16 @@ TEST(LchShiftInvariant, ShiftedColoursStayInsideTheGamut)
         }
         // The Lab tables come from a search with deliberately rounded constants, so they may
         // reach a little further than the exact conversion allows.
-        EXPECT_LT(worst, model == 0 ? 1e-3 : 5e-3) << "model " << model;
-        RecordProperty(model == 0 ? "worstLuv" : "worstLab", std::to_string(worst));
+        EXPECT_LT(worst, model == ColorSpaceModel::LChuv ? 1e-3 : 5e-3)
+            << "model " << colorSpaceModelNumber(model);
+        RecordProperty(model == ColorSpaceModel::LChuv ? "worstLuv" : "worstLab",
+                       std::to_string(worst));
     }
 }
 
 struct CylinderCase {
     const char* name;
-    std::int64_t model;
+    ColorSpaceModel model;
     double gamma;
     double targetBri;
     double targetSat;
@@ -348,19 +353,24 @@ INSTANTIATE_TEST_SUITE_P(
     Table, CylinderShift,
     testing::Values(
         // Brightness: HCL doubles the change, HSB and HSL do not; t = bri S w.
-        CylinderCase{"hcl raise", 2, 1.0, 0.5, 0.0, -1, kColour, 0.4, 0.5 + 2 * 0.5 * 0.2},
-        CylinderCase{"hsb raise", 3, 1.0, 0.5, 0.0, -1, kColour, 0.4, 0.5 + 0.5 * 0.2},
-        CylinderCase{"hsl lower", 4, 0.5, -0.5, 0.0, -1, kColour, 0.4, 0.5 - std::sqrt(0.5) * 0.2},
-        CylinderCase{"hcl lower", 2, 0.5, -0.5, 0.0, -1, kColour, 0.4,
+        CylinderCase{"hcl raise", ColorSpaceModel::HCL, 1.0, 0.5, 0.0, -1, kColour, 0.4,
+                     0.5 + 2 * 0.5 * 0.2},
+        CylinderCase{"hsb raise", ColorSpaceModel::HSB, 1.0, 0.5, 0.0, -1, kColour, 0.4,
+                     0.5 + 0.5 * 0.2},
+        CylinderCase{"hsl lower", ColorSpaceModel::HSL, 0.5, -0.5, 0.0, -1, kColour, 0.4,
+                     0.5 - std::sqrt(0.5) * 0.2},
+        CylinderCase{"hcl lower", ColorSpaceModel::HCL, 0.5, -0.5, 0.0, -1, kColour, 0.4,
                      0.5 - 2 * std::sqrt(0.5) * 0.2},
         // The curve: HCL scales by the saturation value, HSB and HSL by S.
-        CylinderCase{"hcl curve", 2, 1.0, 0.0, 0.0, 0.25, kColour, 0.4, 0.5 - 0.25 * 0.5},
-        CylinderCase{"hsb curve", 3, 1.0, 0.0, 0.0, 0.25, kColour, 0.4, 0.5 - 0.25 * 0.4},
-        CylinderCase{"identity curve", 4, 0.5, 0.0, 0.0, -1, kColour, 0.4, 0.5},
+        CylinderCase{"hcl curve", ColorSpaceModel::HCL, 1.0, 0.0, 0.0, 0.25, kColour, 0.4,
+                     0.5 - 0.25 * 0.5},
+        CylinderCase{"hsb curve", ColorSpaceModel::HSB, 1.0, 0.0, 0.0, 0.25, kColour, 0.4,
+                     0.5 - 0.25 * 0.4},
+        CylinderCase{"identity curve", ColorSpaceModel::HSL, 0.5, 0.0, 0.0, -1, kColour, 0.4, 0.5},
         // Saturation: raising doubles, lowering does not; both clamp to 0..1.
-        CylinderCase{"raise", 3, 1.0, 0.0, 0.5, -1, kColour, 0.8, 0.5},
-        CylinderCase{"raise clamped", 2, 1.0, 0.0, 1.0, -1, kColour, 1.0, 0.5},
-        CylinderCase{"lower", 4, 1.0, 0.0, -0.5, -1, kColour, 0.2, 0.5}),
+        CylinderCase{"raise", ColorSpaceModel::HSB, 1.0, 0.0, 0.5, -1, kColour, 0.8, 0.5},
+        CylinderCase{"raise clamped", ColorSpaceModel::HCL, 1.0, 0.0, 1.0, -1, kColour, 1.0, 0.5},
+        CylinderCase{"lower", ColorSpaceModel::HSL, 1.0, 0.0, -0.5, -1, kColour, 0.2, 0.5}),
     [](const auto& info) {
         std::string name = info.param.name;
         for (char& ch : name) {
@@ -371,7 +381,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(CylinderShift, MinusOneRemovesHueAndSaturationAndPartialWeightsBlend)
 {
-    HueShiftParameters p = test::selectEverything(3);
+    HueShiftParameters p = test::selectEverything(ColorSpaceModel::HSB);
     p.targetSat = -1.0;
     p.targetHue = 0.6;
     normalizeHueShiftParameters(p);

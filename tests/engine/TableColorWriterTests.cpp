@@ -14,20 +14,6 @@
 namespace tintorra {
 namespace {
 
-// Small blocks and waves for the duration of a test.
-class SmallTableWrites {
-public:
-    SmallTableWrites(std::uint64_t blockBytes, std::uint64_t wavePixels)
-        : saved_(tableWriteLimits())
-    {
-        tableWriteLimits() = {blockBytes, wavePixels};
-    }
-    ~SmallTableWrites() { tableWriteLimits() = saved_; }
-
-private:
-    TableWriteLimits saved_;
-};
-
 KVBitmapPtr rainbow(bool premultiplied)
 {
     const KVBitmapPtr bitmap = test::makeRgbBitmap(37, 23, 8, true, premultiplied);
@@ -46,9 +32,9 @@ KVBitmapPtr rainbow(bool premultiplied)
     return bitmap;
 }
 
-HueShiftParameters shiftOf(std::int32_t mask)
+HueShiftParameters shiftOf(MaskView mask)
 {
-    HueShiftParameters p = test::selectEverything(0);
+    HueShiftParameters p = test::selectEverything(ColorSpaceModel::LChuv);
     p.hueLowerFalloff = 0.2;
     p.hueLower = 0.3;
     p.hueUpper = 0.6;
@@ -67,25 +53,26 @@ HueShiftParameters shiftOf(std::int32_t mask)
 TEST(TableColorWriter, BlocksAndWavesDoNotChangeThePicture)
 {
     for (const bool premultiplied : {false, true}) {
-        for (const std::int32_t mask :
-             {kShowShiftedImage, kShowSelectionHighlight, kShowBlackMask, kShowWhiteMask}) {
+        for (const MaskView mask : {MaskView::shiftedImage, MaskView::selectionHighlight,
+                                    MaskView::blackMask, MaskView::whiteMask}) {
             const KVBitmapPtr source = rainbow(premultiplied);
             const KVBitmapPtr reference = test::runShift(source, shiftOf(mask)).result;
             for (const auto& [block, wave] : {std::pair<std::uint64_t, std::uint64_t>{1, 40},
                                               {300, 7},
                                               {10000, 1},
                                               {150, 100000}}) {
-                const SmallTableWrites limits(block, wave);
+                const TableWriteLimits limits{block, wave};
                 for (const unsigned processors : {1u, 3u}) {
                     const KVBitmapPtr given = source->copy();
                     std::memset(given->bitmapData(), 0x5A, given->sampleBytes());
                     const KVBitmapPtr result =
-                        test::runShift(source, shiftOf(mask), given, processors).result;
+                        test::runShift(source, shiftOf(mask), given, processors, limits).result;
                     ASSERT_EQ(result, given);
                     EXPECT_TRUE(test::sameSamples(result, reference))
-                        << premultiplied << " " << mask << " " << block << " " << wave;
+                        << premultiplied << " " << maskViewNumber(mask) << " " << block << " "
+                        << wave;
                     EXPECT_TRUE(test::sameSamples(
-                        test::runShift(source, shiftOf(mask), nullptr, processors).result,
+                        test::runShift(source, shiftOf(mask), nullptr, processors, limits).result,
                         reference));
                 }
             }
@@ -98,10 +85,11 @@ TEST(TableColorWriter, BlocksAndWavesDoNotChangeThePicture)
 TEST(TableColorWriter, WritesTablesWhoseLocationsDoNotAscend)
 {
     const KVBitmapPtr source = rainbow(false);
-    HueShiftParameters p = shiftOf(kShowShiftedImage);
+    HueShiftParameters p = shiftOf(MaskView::shiftedImage);
     const KVBitmapPtr reference = test::runShift(source, p).result;
 
-    LChColorTable table = createLChColorTableWithImageGamma(source, p.imageGamma, 0);
+    LChColorTable table =
+        createLChColorTableWithImageGamma(source, p.imageGamma, ColorSpaceModel::LChuv);
     std::vector<std::uint32_t> reversed(table.locations.get(),
                                         table.locations.get() + table.locationCount);
     for (std::uint64_t i = 0; i < table.count; ++i) {
@@ -113,11 +101,11 @@ TEST(TableColorWriter, WritesTablesWhoseLocationsDoNotAscend)
     p.colorTable.locations = reversed.data();
     for (const auto& [block, wave] :
          {std::pair<std::uint64_t, std::uint64_t>{1, 40}, {1u << 18, 8u << 20}}) {
-        const SmallTableWrites limits(block, wave);
         const KVBitmapPtr given = source->copy();
         std::memset(given->bitmapData(), 0, given->sampleBytes());
         test::captureDiagnostics();
-        const KVBitmapPtr result = hueShift(source, given, p, 2);
+        const KVBitmapPtr result = detail::hueShift(source, given, p, 2, EngineKernels::best,
+                                                    nullptr, {nullptr, {block, wave}});
         test::capturedDiagnostics();
         EXPECT_TRUE(test::sameSamples(result, reference)) << block;
     }

@@ -102,7 +102,7 @@ inline KVBitmapPtr noisePicture(std::int64_t bits, AlphaLayout alpha, std::uint3
 
 struct RecordCase {
     const char* name;
-    std::int64_t model;
+    ColorSpaceModel model;
     void (*adjust)(HueShiftParameters&);
 };
 
@@ -137,8 +137,8 @@ inline void softBand(HueShiftParameters& p)
 }
 
 inline const RecordCase kRecordCases[] = {
-    {"LuvEverything", 0, [](HueShiftParameters& p) { p.targetHue = 0.3; }},
-    {"LuvSharpBand", 0,
+    {"LuvEverything", ColorSpaceModel::LChuv, [](HueShiftParameters& p) { p.targetHue = 0.3; }},
+    {"LuvSharpBand", ColorSpaceModel::LChuv,
      [](HueShiftParameters& p) {
          p.hueLowerFalloff = p.hueLower = 0.2;
          p.hueUpperFalloff = p.hueUpper = 0.35;
@@ -146,24 +146,24 @@ inline const RecordCase kRecordCases[] = {
          p.targetSat = 0.3;
          p.saturationGain = 1.5;
      }},
-    {"LuvSoftCartesian", 0, [](HueShiftParameters& p) { softBand(p); }},
-    {"LuvSoftThroughGrey", 0,
+    {"LuvSoftCartesian", ColorSpaceModel::LChuv, [](HueShiftParameters& p) { softBand(p); }},
+    {"LuvSoftThroughGrey", ColorSpaceModel::LChuv,
      [](HueShiftParameters& p) {
          softBand(p);
          p.preserveHue = 1;
      }},
-    {"LuvSoftToFalloffHues", 0,
+    {"LuvSoftToFalloffHues", ColorSpaceModel::LChuv,
      [](HueShiftParameters& p) {
          softBand(p);
          p.blendToFalloffHues = 1;
      }},
-    {"LuvThroughGreyToFalloffHues", 0,
+    {"LuvThroughGreyToFalloffHues", ColorSpaceModel::LChuv,
      [](HueShiftParameters& p) {
          softBand(p);
          p.preserveHue = 1;
          p.blendToFalloffHues = 1;
      }},
-    {"LuvAcrossZero", 0,
+    {"LuvAcrossZero", ColorSpaceModel::LChuv,
      [](HueShiftParameters& p) {
          p.hueLowerFalloff = 0.85;
          p.hueLower = 0.95;
@@ -172,7 +172,7 @@ inline const RecordCase kRecordCases[] = {
          p.targetHue = 0.5;
      }},
     // Bounds many turns away: hues are brought to them beyond the inline steps.
-    {"LuvFarBounds", 0,
+    {"LuvFarBounds", ColorSpaceModel::LChuv,
      [](HueShiftParameters& p) {
          p.hueLowerFalloff = 5.2;
          p.hueLower = 5.3;
@@ -180,7 +180,7 @@ inline const RecordCase kRecordCases[] = {
          p.hueUpperFalloff = 5.6;
          p.targetHue = 0.1;
      }},
-    {"LuvBelowBounds", 0,
+    {"LuvBelowBounds", ColorSpaceModel::LChuv,
      [](HueShiftParameters& p) {
          p.hueLowerFalloff = -6.3;
          p.hueLower = -6.2;
@@ -188,90 +188,90 @@ inline const RecordCase kRecordCases[] = {
          p.hueUpperFalloff = -5.9;
          p.targetHue = 0.1;
      }},
-    {"LuvGreyed", 0,
+    {"LuvGreyed", ColorSpaceModel::LChuv,
      [](HueShiftParameters& p) {
          softBand(p);
          p.targetSat = -1.0;
      }},
-    {"LuvDesaturated", 0,
+    {"LuvDesaturated", ColorSpaceModel::LChuv,
      [](HueShiftParameters& p) {
          softBand(p);
          p.targetSat = -0.5;
      }},
-    {"LuvSaturatedHard", 0,
+    {"LuvSaturatedHard", ColorSpaceModel::LChuv,
      [](HueShiftParameters& p) {
          p.targetSat = 0.9;
          p.saturationGain = 4.0;
      }},
-    {"LuvBrighter", 0,
+    {"LuvBrighter", ColorSpaceModel::LChuv,
      [](HueShiftParameters& p) {
          softBand(p);
          p.targetBri = 0.3;
      }},
-    {"LuvDarker", 0,
+    {"LuvDarker", ColorSpaceModel::LChuv,
      [](HueShiftParameters& p) {
          softBand(p);
          p.targetBri = -0.4;
      }},
-    {"LuvCurve", 0,
+    {"LuvCurve", ColorSpaceModel::LChuv,
      [](HueShiftParameters& p) {
          softBand(p);
          p.targetBriTenVals = {0.0, 0.2, 0.3, 0.45, 0.5, 0.55, 0.7, 0.75, 0.9, 0.95, 1.0};
          p.curveGain = 1.7;
      }},
-    {"LuvWithoutGamut", 0,
+    {"LuvWithoutGamut", ColorSpaceModel::LChuv,
      [](HueShiftParameters& p) {
          softBand(p);
          // Without a gamut every colour has saturation 1.
          p.satUpper = p.satUpperFalloff = 1.0;
          p.gamut = nullptr;
      }},
-    {"LuvLinearSamples", 0,
+    {"LuvLinearSamples", ColorSpaceModel::LChuv,
      [](HueShiftParameters& p) {
          softBand(p);
          p.imageGamma = 1.0;
      }},
-    {"LuvGammaPointEight", 0,
+    {"LuvGammaPointEight", ColorSpaceModel::LChuv,
      [](HueShiftParameters& p) {
          softBand(p);
          p.imageGamma = 0.8;
      }},
-    {"LuvPainted", 0,
+    {"LuvPainted", ColorSpaceModel::LChuv,
      [](HueShiftParameters& p) {
          softBand(p);
          p.inclusionMask = paintedMask(601, 5);
      }},
-    {"LuvHighlight", 0,
+    {"LuvHighlight", ColorSpaceModel::LChuv,
      [](HueShiftParameters& p) {
          softBand(p);
-         p.maskToShow = 1;
+         p.maskToShow = MaskView::selectionHighlight;
      }},
-    {"LuvBlackMask", 0,
+    {"LuvBlackMask", ColorSpaceModel::LChuv,
      [](HueShiftParameters& p) {
          softBand(p);
-         p.maskToShow = 2;
+         p.maskToShow = MaskView::blackMask;
          p.inclusionMask = paintedMask(601, 5);
      }},
-    {"LuvWhiteMask", 0,
+    {"LuvWhiteMask", ColorSpaceModel::LChuv,
      [](HueShiftParameters& p) {
          softBand(p);
-         p.maskToShow = 3;
+         p.maskToShow = MaskView::whiteMask;
      }},
-    {"LuvHoverHighlight", 0,
+    {"LuvHoverHighlight", ColorSpaceModel::LChuv,
      [](HueShiftParameters& p) {
          softBand(p);
-         p.maskToShow = 4;
+         p.maskToShow = MaskView::hoverHighlight;
          p.brightnessToHighlight = 0.45;
      }},
-    {"LabEverything", 1, [](HueShiftParameters& p) { p.targetHue = 0.3; }},
-    {"LabSoftCartesian", 1, [](HueShiftParameters& p) { softBand(p); }},
-    {"LabSoftThroughGreyToFalloffHues", 1,
+    {"LabEverything", ColorSpaceModel::LChab, [](HueShiftParameters& p) { p.targetHue = 0.3; }},
+    {"LabSoftCartesian", ColorSpaceModel::LChab, [](HueShiftParameters& p) { softBand(p); }},
+    {"LabSoftThroughGreyToFalloffHues", ColorSpaceModel::LChab,
      [](HueShiftParameters& p) {
          softBand(p);
          p.preserveHue = 1;
          p.blendToFalloffHues = 1;
      }},
-    {"LabAcrossZeroGreyed", 1,
+    {"LabAcrossZeroGreyed", ColorSpaceModel::LChab,
      [](HueShiftParameters& p) {
          p.hueLowerFalloff = 0.85;
          p.hueLower = 0.95;
@@ -279,48 +279,47 @@ inline const RecordCase kRecordCases[] = {
          p.hueUpperFalloff = 0.15;
          p.targetSat = -1.0;
      }},
-    {"LabBrighterPainted", 1,
+    {"LabBrighterPainted", ColorSpaceModel::LChab,
      [](HueShiftParameters& p) {
          softBand(p);
          p.targetBri = 0.6;
          p.inclusionMask = paintedMask(601, 5);
      }},
-    {"LabCurveLinear", 1,
+    {"LabCurveLinear", ColorSpaceModel::LChab,
      [](HueShiftParameters& p) {
          softBand(p);
          p.targetBriTenVals = {0.1, 0.1, 0.3, 0.35, 0.5, 0.6, 0.6, 0.8, 0.9, 0.9, 0.95};
          p.imageGamma = 1.0;
      }},
-    {"LabWithoutGamut", 1,
+    {"LabWithoutGamut", ColorSpaceModel::LChab,
      [](HueShiftParameters& p) {
          softBand(p);
          // Without a gamut every colour has saturation 1.
          p.satUpper = p.satUpperFalloff = 1.0;
          p.gamut = nullptr;
      }},
-    {"LabHighlight", 1,
+    {"LabHighlight", ColorSpaceModel::LChab,
      [](HueShiftParameters& p) {
          softBand(p);
-         p.maskToShow = 1;
+         p.maskToShow = MaskView::selectionHighlight;
      }},
-    {"HclSoft", 2, [](HueShiftParameters& p) { softBand(p); }},
-    {"HsbSoftThroughGrey", 3,
+    {"HclSoft", ColorSpaceModel::HCL, [](HueShiftParameters& p) { softBand(p); }},
+    {"HsbSoftThroughGrey", ColorSpaceModel::HSB,
      [](HueShiftParameters& p) {
          softBand(p);
          p.preserveHue = 1;
      }},
-    {"HslDarkerPainted", 4,
+    {"HslDarkerPainted", ColorSpaceModel::HSL,
      [](HueShiftParameters& p) {
          softBand(p);
          p.targetBri = -0.3;
          p.inclusionMask = paintedMask(601, 5);
      }},
-    {"HsbWhiteMask", 3,
+    {"HsbWhiteMask", ColorSpaceModel::HSB,
      [](HueShiftParameters& p) {
          softBand(p);
-         p.maskToShow = 3;
+         p.maskToShow = MaskView::whiteMask;
      }},
-    {"UnknownModeShiftsAsHsl", 7, [](HueShiftParameters& p) { softBand(p); }},
 };
 
 } // namespace tintorra::test

@@ -2,8 +2,8 @@
 #include "VectorisedRecords.h"
 #include "colour/ColorMatrices.h"
 #include "engine/BatchMath.h"
-#include "engine/ChromaTableCache.h"
 #include "engine/HueShiftWorkers.h"
+#include "engine/PairedChromaTable.h"
 #include "engine/SelectionWeights.h"
 #include "engine/ShiftBatch.h"
 #include "engine/VectorisedRows.h"
@@ -55,8 +55,11 @@ struct PreparedRun {
         }
         run.selectableHues = selectableHueArc(p);
         run.luvHueFilter = LuvHueFilter(run.selectableHues, run.M);
-        run.wordDecode = wordDecodeTable(offsets.imageGamma);
-        run.wordEncode = wordEncodeTable(offsets.imageGamma);
+        run.wordDecode = std::make_shared<const WordDecodeTable>(offsets.imageGamma);
+        run.wordEncode = std::make_shared<const SampleEncodeTable>(offsets.imageGamma, 65535u);
+        if (p.gamut != nullptr) {
+            run.pairedChroma = makePairedChromaTable(*p.gamut);
+        }
         context = {&p, p.gamut.get(), run.M, run.MI, PartialHighlight::reduceChroma};
     }
 };
@@ -94,7 +97,7 @@ std::vector<test::RecordCase> shiftCases()
     for (const test::RecordCase& c : test::kRecordCases) {
         HueShiftParameters p = test::selectEverything(c.model);
         c.adjust(p);
-        if (isLchColorMode(c.model) && p.maskToShow == kShowShiftedImage) {
+        if (isLchColorMode(c.model) && p.maskToShow == MaskView::shiftedImage) {
             cases.push_back(c);
         }
     }
@@ -129,11 +132,11 @@ TEST_P(VectorisedStages, SelectAndPaintAsTheScalarFunctions)
         arrays.candidates().b[j] = colours[j].c2;
         arrays.candidates().alpha[j] = colours[j].alpha;
     }
-    row_kernel::SelectConstants constants = rows.selectConstants();
+    rowKernel::SelectConstants constants = rows.selectConstants();
     constants.keepUnshifted = true;
-    const std::size_t selected = row_kernel::avx2::selectCandidates(
+    const std::size_t selected = rowKernel::avx2::selectCandidates(
         constants, arrays.candidates(), n, arrays.weights(), arrays.selected());
-    row_kernel::avx2::paintShifted(rows.paintConstants(), arrays.selected(), selected);
+    rowKernel::avx2::paintShifted(rows.paintConstants(), arrays.selected(), selected);
 
     ShiftBatch batch;
     batch.reserve(n);
@@ -214,7 +217,8 @@ TEST(VectorisedReading, FindsTheScalarCandidatesWithTheirColours)
     if (!batch::vectorised()) {
         GTEST_SKIP() << "no AVX2: the scalar steps are the only ones";
     }
-    for (const std::int64_t model : {std::int64_t{0}, std::int64_t{1}, std::int64_t{3}}) {
+    for (const ColorSpaceModel model :
+         {ColorSpaceModel::LChuv, ColorSpaceModel::LChab, ColorSpaceModel::HSB}) {
         for (const auto& range : kRanges) {
             for (const bool premultiplied : {false, true}) {
                 HueShiftParameters record = test::selectEverything(model);
@@ -237,7 +241,7 @@ TEST(VectorisedReading, FindsTheScalarCandidatesWithTheirColours)
                         readLinearFloats(column, y, offsets, c);
                         const bool candidate =
                             c.alpha != 0.0 &&
-                            (model != kColorModeLChuv ||
+                            (model != ColorSpaceModel::LChuv ||
                              prepared->run.luvHueFilter.mayBeSelected(c.c0, c.c1, c.c2));
                         if (!candidate) {
                             continue;
@@ -250,7 +254,8 @@ TEST(VectorisedReading, FindsTheScalarCandidatesWithTheirColours)
                         EXPECT_EQ(bitsOf(linear[j].alpha), bitsOf(c.alpha));
                         ++j;
                     }
-                    ASSERT_EQ(j, count) << model << " " << range[0] << " " << y;
+                    ASSERT_EQ(j, count)
+                        << colorSpaceModelNumber(model) << " " << range[0] << " " << y;
                 }
                 EXPECT_GT(total, 0u);
             }
@@ -266,7 +271,7 @@ TEST(VectorisedEncoding, StoresTheTablesSamples)
         GTEST_SKIP() << "no AVX2: the scalar steps are the only ones";
     }
     for (const double gamma : {1.0 / 2.2, 1.0, 1.0 / 3.0, 0.8, 2.2, 5.0, 0.02}) {
-        const auto table = wordEncodeTable(gamma);
+        const auto table = std::make_shared<const SampleEncodeTable>(gamma, 65535u);
         const double* thresholds = table->thresholds();
         std::vector<double> values = {0.0,
                                       -0.0,
@@ -285,8 +290,8 @@ TEST(VectorisedEncoding, StoresTheTablesSamples)
             values.push_back(0.5 * (thresholds[k] + thresholds[k + 1 <= 65535 ? k + 1 : k]));
         }
         std::vector<std::uint32_t> samples(values.size());
-        row_kernel::avx2::encodeSamples(VectorisedRows::encodingOf(*table), values.data(),
-                                        values.size(), samples.data());
+        rowKernel::avx2::encodeSamples(VectorisedRows::encodingOf(*table), values.data(),
+                                       values.size(), samples.data());
         for (std::size_t i = 0; i < values.size(); ++i) {
             ASSERT_EQ(samples[i], (*table)(values[i])) << gamma << " " << values[i];
         }
@@ -302,9 +307,9 @@ TEST(VectorisedGamutLookups, GiveTheGamutsChromas)
     }
     const double kNaN = std::numeric_limits<double>::quiet_NaN();
     const double kInfinity = std::numeric_limits<double>::infinity();
-    for (const std::int64_t model : {std::int64_t{0}, std::int64_t{1}}) {
+    for (const ColorSpaceModel model : {ColorSpaceModel::LChuv, ColorSpaceModel::LChab}) {
         const KVColorGamutPtr gamut = test::sRGBGamut(model);
-        const auto paired = pairedChromaTable(gamut);
+        const auto paired = makePairedChromaTable(*gamut);
         std::vector<double> hues = {0.0,
                                     -0.0,
                                     kPi,
@@ -351,15 +356,15 @@ TEST(VectorisedGamutLookups, GiveTheGamutsChromas)
 
         std::vector<double> chromas(h.size());
         std::vector<double> maxChromas(h.size());
-        row_kernel::avx2::chromasForHues({paired->data()}, h.data(), l.data(), h.size(),
-                                         chromas.data());
-        row_kernel::avx2::maxChromasForHues(&gamut->tableMaxChroma(0).c1, h.data(), h.size(),
-                                            maxChromas.data());
+        rowKernel::avx2::chromasForHues({paired->data()}, h.data(), l.data(), h.size(),
+                                        chromas.data());
+        rowKernel::avx2::maxChromasForHues(&gamut->tableMaxChroma(0).c1, h.data(), h.size(),
+                                           maxChromas.data());
         for (std::size_t i = 0; i < h.size(); ++i) {
             ASSERT_EQ(bitsOf(chromas[i]), bitsOf(gamut->chromaForHue(h[i], l[i])))
-                << model << " " << h[i] << " " << l[i];
+                << colorSpaceModelNumber(model) << " " << h[i] << " " << l[i];
             ASSERT_EQ(bitsOf(maxChromas[i]), bitsOf(gamut->maxChromaForHue(h[i]).c1))
-                << model << " " << h[i];
+                << colorSpaceModelNumber(model) << " " << h[i];
         }
     }
 }

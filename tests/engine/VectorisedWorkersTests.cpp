@@ -67,7 +67,7 @@ TEST(VectorisedRows, EveryDestinationGetsTheScalarPicture)
     if (!batch::vectorised()) {
         GTEST_SKIP() << "no AVX2: the scalar steps are the only ones";
     }
-    HueShiftParameters p = test::selectEverything(0);
+    HueShiftParameters p = test::selectEverything(ColorSpaceModel::LChuv);
     test::softBand(p);
     const KVBitmapPtr source = test::noisePicture(16, AlphaLayout::straight);
     const KVBitmapPtr expected = shifted(source, p, false);
@@ -88,7 +88,7 @@ TEST(VectorisedRows, WholeSelectedStretchesKeepNothingOfTheDestination)
     if (!batch::vectorised()) {
         GTEST_SKIP() << "no AVX2: the scalar steps are the only ones";
     }
-    const HueShiftParameters p = test::selectEverything(0);
+    const HueShiftParameters p = test::selectEverything(ColorSpaceModel::LChuv);
     for (const AlphaLayout alpha : {AlphaLayout::none, AlphaLayout::straight,
                                     AlphaLayout::premultiplied, AlphaLayout::alphaFirst}) {
         const KVBitmapPtr source = test::noisePicture(16, alpha, 12, test::Variety::coloursOnly);

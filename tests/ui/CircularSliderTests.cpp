@@ -332,18 +332,18 @@ private slots:
 
     void theRingShowsTheHuesOfItsModel_data()
     {
-        QTest::addColumn<long>("model");
+        QTest::addColumn<ColorSpaceModel>("model");
         QTest::addColumn<qreal>("dpr");
-        QTest::newRow("LCh over Luv") << long(kColorModeLChuv) << qreal(1.0);
-        QTest::newRow("LCh over Lab, dpr 2") << long(kColorModeLChab) << qreal(2.0);
-        QTest::newRow("HSB, dpr 2") << long(kColorModeHSB) << qreal(2.0);
+        QTest::newRow("LCh over Luv") << ColorSpaceModel::LChuv << qreal(1.0);
+        QTest::newRow("LCh over Lab, dpr 2") << ColorSpaceModel::LChab << qreal(2.0);
+        QTest::newRow("HSB, dpr 2") << ColorSpaceModel::HSB << qreal(2.0);
     }
 
     // Colours read off the rendered ring, against the colour the gamut (or the HSB cylinder)
     // gives for the hue at that angle; the background is built once for all repaints.
     void theRingShowsTheHuesOfItsModel()
     {
-        QFETCH(long, model);
+        QFETCH(ColorSpaceModel, model);
         QFETCH(qreal, dpr);
         const auto gamut = std::make_shared<const KVColorGamut>(sRGBChromaticities(), model);
         KVCircularSlider slider(QSize(200, 200));
@@ -367,10 +367,11 @@ private slots:
             const QColor drawn = image.pixelColor(int(point.x()), int(point.y()));
             const double radians = hue * kDegree * 2.0 * std::numbers::pi;
             ColorComponents truth = hsbToRgb({hue * kDegree, 1.0, 1.0, 1.0});
-            if (model != kColorModeHSB) {
+            if (model != ColorSpaceModel::HSB) {
                 const ColorComponents peak = gamut->maxChromaForHue(radians);
-                truth = gammaEncode(
-                    model == kColorModeLChab ? lchabToRgb(peak, MI) : lchuvToRgb(peak, MI), 2.2);
+                truth = gammaEncode(model == ColorSpaceModel::LChab ? lchabToRgb(peak, MI)
+                                                                    : lchuvToRgb(peak, MI),
+                                    2.2);
             }
             const double error =
                 std::max({std::abs(drawn.redF() - truth.c0), std::abs(drawn.greenF() - truth.c1),

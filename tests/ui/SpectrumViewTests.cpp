@@ -190,18 +190,18 @@ private slots:
 
     void barsShowCountsInTheBandColours_data()
     {
-        QTest::addColumn<long>("model");
+        QTest::addColumn<ColorSpaceModel>("model");
         QTest::addColumn<bool>("log");
-        QTest::newRow("LChuv, linear") << 0L << false;
-        QTest::newRow("LChuv, log") << 0L << true;
-        QTest::newRow("LChab, linear") << 1L << false;
+        QTest::newRow("LChuv, linear") << ColorSpaceModel::LChuv << false;
+        QTest::newRow("LChuv, log") << ColorSpaceModel::LChuv << true;
+        QTest::newRow("LChab, linear") << ColorSpaceModel::LChab << false;
     }
 
     // Each bar stands count x (height - 8) / largest count tall (log10 of both on the log
     // scale) on the bottom margin, in the colour of the image pixels it counts.
     void barsShowCountsInTheBandColours()
     {
-        QFETCH(long, model);
+        QFETCH(ColorSpaceModel, model);
         QFETCH(bool, log);
         const QColor red(230, 20, 10), blue(40, 120, 220);
         const KVBitmapPtr image = twoColourImage(red, blue, 30);
@@ -236,8 +236,8 @@ private slots:
             const ColorComponents lch{b.lightnessMean, b.chromaMean, b.hueMean, 1.0};
             Matrix3 MI{};
             view.colorGamut()->copy_XYZ_to_RGB_matrix(MI);
-            const ColorComponents rgb =
-                gammaEncode(model == 0 ? lchuvToRgb(lch, MI) : lchabToRgb(lch, MI), 2.2);
+            const ColorComponents rgb = gammaEncode(
+                model == ColorSpaceModel::LChuv ? lchuvToRgb(lch, MI) : lchabToRgb(lch, MI), 2.2);
             const QColor core = QColor::fromRgbF(float(rgb.c0), float(rgb.c1), float(rgb.c2));
             QVERIFY2(near(bar, core, 1), qPrintable(bar.name() + " for " + core.name()));
             QVERIFY(near(bar, count == 30 ? red : blue, 5));

@@ -72,7 +72,7 @@ QVariantMap variantRange(const KVSliderValues& v)
 KVBitmapPtr synchronousShift(Engine& engine, const KVBitmapPtr& image,
                              const KVHueShiftParameterSet& parameters)
 {
-    const long model = static_cast<long>(parameters.colorSpaceModel());
+    const ColorSpaceModel model = parameters.colorSpaceModel();
     auto gamut = engine.buildGamut(image->colorSpace(), model).take();
     ColorTablePtr table =
         engine.buildColorTable(image, 1.0 / parameters.displayGamma(), model).take();
@@ -151,8 +151,8 @@ private slots:
              [&](const auto& p) { return std::abs(p.targetHue() - blueHue) < 1e-9; }},
             {"Hue preserving blends", [&] { vc.setPreserveHue(true); },
              [](const auto& p) { return p.preserveHue(); }},
-            {"Color Mode", [&] { vc.setColorSpaceModel(3); },
-             [](const auto& p) { return p.colorSpaceModel() == 3; }},
+            {"Color Mode", [&] { vc.setColorSpaceModel(ColorSpaceModel::HSB); },
+             [](const auto& p) { return p.colorSpaceModel() == ColorSpaceModel::HSB; }},
             {"Blend to falloff hues", [&] { vc.setBlendToFalloffHues(true); },
              [](const auto& p) { return p.blendToFalloffHues(); }},
             {"Selection Hue", [&] { vc.invertSourceHueValues(); },
@@ -319,7 +319,7 @@ private slots:
         Engine engine({1});
         QUndoStack stack;
         TintorraVC vc(engine, &stack);
-        vc.setColorSpaceModel(3);
+        vc.setColorSpaceModel(ColorSpaceModel::HSB);
         // HSB hue of a linear colour: (0.2, 1, 0) linear is 72 degrees.
         const double exponent = 1.0 / double(2.2f);
         const auto encoded = [&](double linear) {
@@ -365,7 +365,7 @@ private slots:
         Engine engine({1});
         QUndoStack stack;
         TintorraVC vc(engine, &stack);
-        vc.setColorSpaceModel(model);
+        vc.setColorSpaceModel(*colorSpaceModelFromNumber(model));
         const KVBitmapPtr image = onePixel(200, 100, 50, 128);
         vc.mouseMovedOverImage({0, 0}, image);
         QCOMPARE(vc.pixelPropertiesHeader(), header);
