@@ -18,6 +18,10 @@ packages=(
   libcli11-dev nlohmann-json3-dev libexiv2-dev
   # desktop application
   qt6-base-dev qt6-pdf-dev qt6-svg-dev qt6-tools-dev qt6-tools-dev-tools libgl-dev libxcb1-dev
+  # desktop integration: the validators the desktop test runs, MIME detection in it
+  desktop-file-utils appstream shared-mime-info libglib2.0-bin
+  # the end-to-end run and the screenshots: a virtual display, a pointer driver, a grabber
+  xvfb xauth xdotool x11-apps imagemagick
   # tests and benchmarks, and the fuzz targets (clang's libFuzzer)
   libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev
   # real ICC profiles the colour tests read

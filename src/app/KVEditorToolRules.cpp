@@ -31,9 +31,9 @@ KVEditorCursorKind editorCursorKind(int tool, const KVModifierKeys& keys, bool m
         if (keys.onlyOption())
             return Kind::pickerMinus;
         return Kind::picker;
-    case kToolAddSelectionHue:
+    case kToolAddToSelectionHue:
         return keys.onlyOption() && !keys.spacebar ? Kind::pickerMinus : Kind::pickerPlus;
-    case kToolSubtractSelectionHue:
+    case kToolSubtractFromSelectionHue:
         return keys.onlyShift() && !keys.spacebar ? Kind::pickerPlus : Kind::pickerMinus;
     case kToolPickTargetHue:
         return Kind::picker;
@@ -63,9 +63,9 @@ KVEditorClickAction editorClickAction(int tool, const KVModifierKeys& keys)
         if (keys.onlyOption())
             return Action::subtractSelectionHue;
         return Action::setSelectionHue;
-    case kToolAddSelectionHue:
+    case kToolAddToSelectionHue:
         return keys.onlyOption() ? Action::subtractSelectionHue : Action::addSelectionHue;
-    case kToolSubtractSelectionHue:
+    case kToolSubtractFromSelectionHue:
         return keys.onlyShift() ? Action::addSelectionHue : Action::subtractSelectionHue;
     case kToolPickTargetHue:
         return Action::setTargetHue;

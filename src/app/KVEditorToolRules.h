@@ -7,8 +7,8 @@ namespace tintorra {
 // The editor's tools as the tool buttons number them.
 enum KVEditorTool : int {
     kToolPickSelectionHue = 1,
-    kToolAddSelectionHue = 2,
-    kToolSubtractSelectionHue = 3,
+    kToolAddToSelectionHue = 2,
+    kToolSubtractFromSelectionHue = 3,
     kToolPickTargetHue = 4,
     kToolMaskBrush = 5,
 };

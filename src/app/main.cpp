@@ -1,26 +1,24 @@
 // tintorra: Tintorra's desktop program.
-#include "app/ControlsWindow.h"
+#include "app/DesktopRecentFiles.h"
+#include "app/DocumentController.h"
+#include "app/KVWelcomeAssistant.h"
+#include "app/MainWindowDoc.h"
+#include "app/MainWindowWC.h"
+#include "app/WidgetMap.h"
 #include "engine/Engine.h"
-#include "imageio/ImageFile.h"
+#include "ui/KVSettings.h"
+#include "ui/TintorraVC.h"
 
 #include <QApplication>
 #include <QFile>
-#include <QMessageBox>
-#include <cstdint>
-#include <span>
 
 namespace {
 
 // The picture shown when no file is named: the application icon at full size.
-tintorra::IOResult<tintorra::KVBitmapPtr> sampleImage()
+QByteArray sampleImageBytes()
 {
     QFile file(QStringLiteral(":/sample/tintorra-1024.png"));
-    if (!file.open(QIODevice::ReadOnly)) {
-        return tintorra::ioError("the built-in sample image is missing from this build");
-    }
-    const QByteArray bytes = file.readAll();
-    return tintorra::decodeImage(std::span(reinterpret_cast<const std::uint8_t*>(bytes.data()),
-                                           static_cast<std::size_t>(bytes.size())));
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 } // namespace
@@ -31,19 +29,37 @@ int main(int argc, char* argv[])
     QApplication::setOrganizationName(QStringLiteral("velmora"));
     QApplication::setApplicationName(QStringLiteral("Tintorra"));
     QApplication::setApplicationDisplayName(QStringLiteral("Tintorra"));
-
-    const QStringList arguments = QApplication::arguments();
-    auto image = arguments.size() > 1 ? tintorra::readImageFile(arguments.at(1).toStdString())
-                                      : sampleImage();
-    if (!image) {
-        QMessageBox::critical(nullptr, QObject::tr("Tintorra"),
-                              QObject::tr("The image could not be opened: %1")
-                                  .arg(QString::fromStdString(image.error().message)));
-        return 1;
-    }
+    QGuiApplication::setDesktopFileName(QStringLiteral("com.velmora.Tintorra"));
+    tintorra::WidgetMap::installFromEnvironment();
+    tintorra::TintorraVC::registerDefaults();
+    tintorra::MainWindowWC::registerDefaults();
+    tintorra::KVWelcomeAssistant::registerDefaults();
 
     tintorra::Engine engine;
-    tintorra::ControlsWindow window(engine, image.take());
-    window.show();
+    tintorra::DocumentController* controller = nullptr;
+    tintorra::DocumentController documents([&](tintorra::MainWindowDoc& document) {
+        return new tintorra::MainWindowWC(engine, document, *controller);
+    });
+    controller = &documents;
+
+    // A program without a window would have nothing to quit it.
+    QObject::connect(&documents, &tintorra::DocumentController::openFailed, [&documents] {
+        if (documents.documents().isEmpty() && !documents.isOpening()) {
+            documents.newDocument();
+        }
+    });
+    const QStringList files = QApplication::arguments().mid(1);
+    if (files.isEmpty()) {
+        if (!documents.openImageData(sampleImageBytes())) {
+            documents.newDocument();
+        }
+    }
+    for (const QString& file : files) {
+        documents.openDocument(file);
+        tintorra::DesktopRecentFiles().addFile(file);
+    }
+    if (tintorra::KVSettings::standard().boolValue(tintorra::kShowWelcomeWindowKey)) {
+        tintorra::KVWelcomeAssistant::sharedAssistant(QStringLiteral("Welcome to Tintorra"));
+    }
     return QApplication::exec();
 }

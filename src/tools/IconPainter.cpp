@@ -1,6 +1,7 @@
 #include "tools/IconPainter.h"
 
 #include "colour/ColorConversions.h"
+#include "colour/HueAngles.h"
 #include "colour/IccProfiles.h"
 #include "colour/KVColorGamut.h"
 #include "image/PixelAccess.h"
@@ -8,12 +9,13 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdio>
+#include <iomanip>
+#include <sstream>
 
 namespace tintorra {
 
 namespace {
-
-constexpr double kPi = 3.14159265358979323846;
 
 // Geometry in units of the icon's half width, centred.
 constexpr double kRingInner = 0.54;
@@ -127,7 +129,112 @@ ColorComponents regionColour(Region region, double x, double y, const Palette& p
     return {0.0, 0.0, 0.0, 0.0};
 }
 
+// Gamma-encoded as the bitmap's pixels are, as #rrggbb.
+std::string hexColour(const ColorComponents& linear)
+{
+    char text[8];
+    const auto encode = [](double c) {
+        return static_cast<int>(std::lround(255.0 * std::pow(std::clamp(c, 0.0, 1.0), 1.0 / 2.2)));
+    };
+    std::snprintf(text, sizeof text, "#%02x%02x%02x", encode(linear.c0), encode(linear.c1),
+                  encode(linear.c2));
+    return text;
+}
+
+// A point at an angle and radius (in units of the half width) in the SVG's 512 unit space,
+// whose y runs down.
+void writePoint(std::ostream& out, double angle, double radius)
+{
+    out << 256.0 + 256.0 * radius * std::cos(angle) << ','
+        << 256.0 - 256.0 * radius * std::sin(angle);
+}
+
+// A wedge of the ring between two angles and radii.
+void writeWedgePath(std::ostream& out, double from, double to, double inner, double outer)
+{
+    out << 'M';
+    writePoint(out, from, outer);
+    out << 'A' << 256.0 * outer << ',' << 256.0 * outer << " 0 0 0 ";
+    writePoint(out, to, outer);
+    out << 'L';
+    writePoint(out, to, inner);
+    out << 'A' << 256.0 * inner << ',' << 256.0 * inner << " 0 0 1 ";
+    writePoint(out, from, inner);
+    out << 'Z';
+}
+
 } // namespace
+
+std::string tintorraIconSvg()
+{
+    const KVColorSpace space = sRGBColorSpace();
+    const KVColorGamut gamut(&space, ColorSpaceModel::LChuv);
+    Palette palette{gamut, {}, smoothedPeakLightness(gamut)};
+    gamut.copy_XYZ_to_RGB_matrix(palette.MI);
+
+    std::ostringstream defs;
+    std::ostringstream shapes;
+    defs << std::fixed << std::setprecision(2);
+    shapes << std::fixed << std::setprecision(2);
+    int gradient = 0;
+    // One wedge per two degrees, each a little wider than its share so that neighbours overlap
+    // and no seam shows between them.
+    constexpr int kWedges = 180;
+    constexpr double kStep = 2.0 * kPi / kWedges;
+    constexpr double kOverlap = 0.004;
+    const auto addWedge = [&](double from, double to, double inner, double outer,
+                              double lightening) {
+        const double hue = 0.5 * (from + to);
+        const int id = gradient++;
+        // Three stops: the shade is not linear across the band, and two would muddy the arc.
+        defs << "<radialGradient id=\"w" << id
+             << "\" gradientUnits=\"userSpaceOnUse\" cx=\"256\" cy=\"256\" r=\"" << 256.0 * outer
+             << "\">";
+        for (const double t : {0.0, 0.5, 1.0}) {
+            defs << "<stop offset=\"" << (inner + t * (outer - inner)) / outer << "\" stop-color=\""
+                 << hexColour(ringColour(palette, hue, t, lightening)) << "\"/>";
+        }
+        defs << "</radialGradient>\n";
+        shapes << "<path fill=\"url(#w" << id << ")\" d=\"";
+        writeWedgePath(shapes, from - kOverlap, to + kOverlap, inner, outer);
+        shapes << "\"/>\n";
+    };
+    for (int i = 0; i < kWedges; ++i) {
+        const double from = i * kStep;
+        const double to = from + kStep;
+        if (to > kArcFrom && from < kArcTo) {
+            continue; // taken out of the ring: the arc below
+        }
+        addWedge(from, to, kRingInner, kRingOuter, 0.0);
+    }
+    const double gapAngle = kArcGap / (kRingOuter + kArcLift);
+    const double arcFrom = kArcFrom + gapAngle;
+    const double arcTo = kArcTo - gapAngle;
+    const int arcWedges = static_cast<int>(std::ceil((arcTo - arcFrom) / kStep));
+    for (int i = 0; i < arcWedges; ++i) {
+        const double from = arcFrom + (arcTo - arcFrom) * i / arcWedges;
+        const double to = arcFrom + (arcTo - arcFrom) * (i + 1) / arcWedges;
+        addWedge(from, to, kRingInner + kArcLift, kRingOuter + kArcLift, 6.0);
+    }
+    // The disc's highlight sits up and to the left, as in the bitmap.
+    defs << "<radialGradient id=\"disc\" gradientUnits=\"userSpaceOnUse\" cx=\"" << 256.0 - 25.6
+         << "\" cy=\"" << 256.0 - 25.6 << "\" r=\"" << 256.0 * kDiscRadius << "\">";
+    for (const double r : {0.0, 0.5, 1.0}) {
+        defs << "<stop offset=\"" << r << "\" stop-color=\""
+             << hexColour(discColour(palette, r * kDiscRadius)) << "\"/>";
+    }
+    defs << "</radialGradient>\n";
+    shapes << "<circle cx=\"256\" cy=\"256\" r=\"" << 256.0 * kDiscRadius
+           << "\" fill=\"url(#disc)\"/>\n";
+
+    std::ostringstream svg;
+    svg << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+        << "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"512\" height=\"512\" "
+        << "viewBox=\"0 0 512 512\">\n<title>Tintorra</title>\n<defs>\n"
+        << defs.str() << "</defs>\n"
+        << shapes.str() << "</svg>\n";
+    return svg.str();
+}
 
 KVBitmapPtr paintTintorraIcon(int size)
 {

@@ -30,6 +30,7 @@
 #include <QToolButton>
 #include <QUndoStack>
 #include <QVBoxLayout>
+#include <algorithm>
 
 namespace tintorra {
 
@@ -103,6 +104,14 @@ TintorraVC::TintorraVC(Engine& engine, QUndoStack* undoStack, QWidget* parent)
     updateSourceSatAndBriSliderColors();
     updateTargetSatAndBriSliderColors();
     --undoSuspended_;
+}
+
+void TintorraVC::setUndoRegistrationEnabled(bool enabled)
+{
+    if (enabled)
+        undoSuspended_ = std::max(0, undoSuspended_ - 1);
+    else
+        ++undoSuspended_;
 }
 
 TintorraVC::~TintorraVC()

@@ -69,6 +69,9 @@ public:
     QString hexEncodedStringFromHueShiftParameters() const;
     // Applies the string's values through the setters as one undo step and recomputes once.
     bool setHueShiftParametersFromHexEncodedString(const QString& encoded);
+    // While off, the setters record no undo steps (a document handing over its saved settings).
+    // Calls nest: each "off" is matched by an "on".
+    void setUndoRegistrationEnabled(bool enabled);
 
     int currentSelectionTool() const;
     int maskToShow() const { return static_cast<int>(parameters_.maskToShow()); }

@@ -14,7 +14,7 @@
 // made. They guard the pipeline as a user meets it (decoding, table, gamut, shift, encoding)
 // against silent drift. Set TINTORRA_UPDATE_GOLDEN=1 to rewrite the references after a deliberate
 // change.
-namespace tintorra::cli_test {
+namespace tintorra::cliTest {
 namespace {
 
 const std::filesystem::path kGoldenFolder = TINTORRA_TEST_DATA_DIR "/golden";
@@ -128,4 +128,4 @@ INSTANTIATE_TEST_SUITE_P(
     });
 
 } // namespace
-} // namespace tintorra::cli_test
+} // namespace tintorra::cliTest
