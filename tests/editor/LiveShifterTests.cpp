@@ -170,7 +170,9 @@ TEST(LiveShifter, KeptDestinationsHoldFullShifts)
     Engine engine({2});
     const KVBitmapPtr source = manyColoursPicture(1024);
     ShiftRequest base = requestTowards(source, 0.0);
-    base.colorTable = engine.buildColorTable(source, base.parameters.imageGamma, 3).take();
+    base.colorTable =
+        engine.buildColorTable(source, base.parameters.imageGamma, base.parameters.colorSpaceModel)
+            .take();
     const KVBitmapPtr buffers[2] = {source->copy(), source->copy()};
     Deliveries deliveries;
     LiveShifter shifter(engine, deliveries.sink());
