@@ -5,10 +5,11 @@
 // colours (the hues between the 45th and 55th percentile of the colour table), "100" selects
 // every colour. The shift turns the selection by 0.3 of the circle and raises its saturation
 // by 0.3; the brightness curve is the identity. The counters "colours" and "pixels" give the
-// selected share of the table's colours and of the image's pixels, in percent. "reuse" hands the
+// selected share of the table's colours and of the image's pixels, in percent. "reuse" 1 hands the
 // engine the previous result as its destination (what an editor re-shifting on every slider move
-// can do) instead of letting it copy the source; "threads" 1 runs the engine on the calling
-// thread, whose CPU time over the memcpy's (M_cpu) is then independent of other load.
+// can do) instead of letting it copy the source; "reuse" 2 also tells it what that result holds,
+// so that an 8-bit shift writes only the selected colours; "threads" 1 runs the engine on the
+// calling thread, whose CPU time over the memcpy's (M_cpu) is then independent of other load.
 //
 // The engine prints one trace line per worker on standard output; filter it out when reading
 // the console, e.g. `hue_shift_bench | grep -v '^thread:'`.
@@ -112,9 +113,6 @@ const Prepared* prepared(ColorSpaceModel mode, bool withAlpha)
     return slot.get();
 }
 
-// Wall time as multiples of the memcpy (M), and the shifting thread's CPU time as multiples of
-// the memcpy's CPU time (M_cpu): on one thread the latter is the engine's own cost, whatever else
-// the machine is doing.
 // The tables an engine keeps from one shift to the next.
 ShiftCaches& engineCaches()
 {
@@ -123,22 +121,34 @@ ShiftCaches& engineCaches()
 }
 
 KVBitmapPtr shiftAsTheEngineDoes(const KVBitmapPtr& image, const KVBitmapPtr& destination,
-                                 const HueShiftParameters& parameters, unsigned processors)
+                                 const HueShiftParameters& parameters, unsigned processors,
+                                 detail::TableFootprints* footprints = nullptr)
 {
     return detail::hueShift(image, destination, parameters, processors, EngineKernels::best,
-                            nullptr, {&engineCaches(), {}});
+                            nullptr, {&engineCaches(), {}}, footprints);
 }
 
+// Wall time as multiples of the memcpy (M), and the shifting thread's CPU time as multiples of
+// the memcpy's CPU time (M_cpu): on one thread the latter is the engine's own cost, whatever else
+// the machine is doing.
 void runShifts(benchmark::State& state, const KVBitmapPtr& image, HueShiftParameters parameters,
-               bool reuseDestination, unsigned processors)
+               std::int64_t reuse, unsigned processors)
 {
-    KVBitmapPtr destination = reuseDestination ? image->copy() : nullptr;
+    KVBitmapPtr destination = reuse != 0 ? image->copy() : nullptr;
+    detail::TableFootprints footprints;
+    TableFootprint holds;
     double seconds = 0.0;
     double cpuSeconds = 0.0;
     for (auto _ : state) {
         const auto start = std::chrono::steady_clock::now();
         const double cpuStart = threadCpuSeconds();
-        KVBitmapPtr result = shiftAsTheEngineDoes(image, destination, parameters, processors);
+        footprints.destinationHolds = reuse == 2 && footprints.tracked ? &holds : nullptr;
+        if (footprints.destinationHolds == nullptr) {
+            footprints.plan = nullptr;
+        }
+        KVBitmapPtr result = shiftAsTheEngineDoes(image, destination, parameters, processors,
+                                                  reuse == 2 ? &footprints : nullptr);
+        holds.swap(footprints.written);
         cpuSeconds += threadCpuSeconds() - cpuStart;
         seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
         benchmark::DoNotOptimize(result.get());
@@ -167,7 +177,7 @@ void BM_ReshiftWithTable(benchmark::State& state)
     }
     HueShiftParameters parameters = state.range(3) == 10 ? p->selectTenth : p->selectAll;
     parameters.colorTable = ColorTableRef::of(p->table);
-    runShifts(state, benchImage(false, alpha), parameters, state.range(2) != 0,
+    runShifts(state, benchImage(false, alpha), parameters, state.range(2),
               static_cast<unsigned>(state.range(4)));
     state.counters["colours"] = state.range(3) == 10 ? p->tenthColours : 100.0;
     state.counters["pixels"] = state.range(3) == 10 ? p->tenthPixels : 100.0;
@@ -184,8 +194,8 @@ void BM_ShiftSixteenBitRows(benchmark::State& state)
         skipWithoutImage(state);
         return;
     }
-    runShifts(state, image, state.range(1) == 10 ? p->selectTenth : p->selectAll,
-              state.range(2) != 0, static_cast<unsigned>(state.range(3)));
+    runShifts(state, image, state.range(1) == 10 ? p->selectTenth : p->selectAll, state.range(2),
+              static_cast<unsigned>(state.range(3)));
     state.counters["pixels"] = state.range(1) == 10 ? p->tenthPixels : 100.0;
 }
 
@@ -194,12 +204,17 @@ BENCHMARK(BM_ReshiftWithTable)
     ->ArgNames({"mode", "alpha", "reuse", "sel", "threads"})
     ->Args({0, 0, 0, 10, 0})
     ->Args({0, 0, 1, 10, 0})
+    ->Args({0, 0, 1, 10, 1})
+    ->Args({0, 0, 2, 10, 0})
+    ->Args({0, 0, 2, 10, 1})
     ->Args({0, 1, 0, 10, 0})
     ->Args({0, 1, 1, 10, 0})
+    ->Args({0, 1, 2, 10, 0})
     ->Args({0, 1, 1, 10, 1})
     ->Args({1, 1, 1, 10, 0})
     ->Args({3, 1, 1, 10, 0})
     ->Args({0, 1, 1, 100, 0})
+    ->Args({0, 1, 2, 100, 0})
     ->Unit(benchmark::kMillisecond)
     ->UseRealTime();
 BENCHMARK(BM_ShiftSixteenBitRows)

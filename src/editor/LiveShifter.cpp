@@ -1,6 +1,15 @@
 #include "editor/LiveShifter.h"
 
+#include <algorithm>
+
 namespace tintorra {
+
+namespace {
+
+// Enough for the pictures an editor shows, writes and keeps waiting, and one to spare.
+constexpr std::size_t kKeptFootprints = 4;
+
+} // namespace
 
 LiveShifter::LiveShifter(Engine& engine, Delivery deliver)
     : engine_(engine), deliver_(std::move(deliver)),
@@ -23,9 +32,14 @@ std::uint64_t LiveShifter::submit(ShiftRequest request)
     {
         const std::lock_guard lock(mutex_);
         number = ++lastNumber_;
+        // The replaced request never runs: a request without a destination of its own takes its
+        // destination, rather than a fresh copy of the source, when both are of one source.
+        if (request.destination == nullptr && waiting_ && waiting_->source == request.source) {
+            request.destination = std::move(waiting_->destination);
+        }
         waiting_ = std::move(request);
         waitingNumber_ = number;
-        if (abandonsStaleRuns_ && busy_ && expectedRunSeconds_ > 0.0) {
+        if (abandonsStaleRuns_ && busy_ && !runBuildsOnFootprint_ && expectedRunSeconds_ > 0.0) {
             const auto now = std::chrono::steady_clock::now();
             const std::chrono::duration<double> running = now - runStarted_;
             const std::chrono::duration<double> sinceDelivery = now - lastDelivery_;
@@ -60,6 +74,31 @@ void LiveShifter::setAbandonsStaleRuns(bool abandons)
     abandonsStaleRuns_ = abandons;
 }
 
+ShiftFootprintPtr LiveShifter::takeFootprint(const KVBitmapPtr& destination)
+{
+    ShiftFootprintPtr found;
+    if (destination == nullptr) {
+        return found;
+    }
+    std::erase_if(footprints_, [&](const ShiftFootprintPtr& footprint) {
+        const KVBitmapPtr written = footprint->destination.lock();
+        if (written == destination) {
+            found = footprint;
+        }
+        return written == nullptr || written == destination;
+    });
+    return found;
+}
+
+void LiveShifter::keepFootprint(ShiftFootprintPtr footprint)
+{
+    takeFootprint(footprint->destination.lock());
+    if (footprints_.size() == kKeptFootprints) {
+        footprints_.erase(footprints_.begin());
+    }
+    footprints_.push_back(std::move(footprint));
+}
+
 void LiveShifter::serve(std::stop_token stop)
 {
     std::unique_lock lock(mutex_);
@@ -73,16 +112,27 @@ void LiveShifter::serve(std::stop_token stop)
         const std::uint64_t number = waitingNumber_;
         running_ = std::stop_source();
         const std::stop_token runStop = running_.get_token();
+        // Forgotten whatever becomes of this run: a stopped one leaves the destination unknown.
+        ShiftFootprintPtr footprint = takeFootprint(request.destination);
+        if (request.destinationFootprint == nullptr) {
+            request.destinationFootprint = std::move(footprint);
+        }
+        runBuildsOnFootprint_ = request.destinationFootprint != nullptr &&
+                                request.destinationFootprint->plan != nullptr;
         busy_ = true;
         runStarted_ = std::chrono::steady_clock::now();
         lock.unlock();
 
-        Result<KVBitmapPtr> result = engine_.shift(request, runStop);
+        Result<TrackedShift> result = engine_.shiftTracked(request, runStop);
         const std::chrono::duration<double> took = std::chrono::steady_clock::now() - runStarted_;
+        if (result && result.value().footprint != nullptr) {
+            keepFootprint(result.value().footprint);
+        }
         // A stopped run's picture is half done; nobody may see it.
         const bool finished = !runStop.stop_requested();
         if (finished) {
-            deliver_(number, std::move(result));
+            deliver_(number, result ? Result<KVBitmapPtr>(result.take().image)
+                                    : Result<KVBitmapPtr>(result.error()));
         }
 
         lock.lock();

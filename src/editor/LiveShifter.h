@@ -11,6 +11,7 @@
 #include <optional>
 #include <stop_token>
 #include <thread>
+#include <vector>
 
 namespace tintorra {
 
@@ -19,6 +20,11 @@ namespace tintorra {
 // only the newest of them runs next. Every request gets a number that grows with each submission;
 // results are delivered in that order, each newer than the last, and the last one delivered is
 // always that of the newest request (unless it was withdrawn).
+//
+// The shifter remembers what it wrote into the destinations it was given: a request into one of
+// them (of the same source and table) writes only what changed since. A destination handed to
+// the shifter must therefore be written by nobody else, and the source's samples must not change
+// while its pictures are in use.
 class LiveShifter {
 public:
     // Called on the shifter's thread with the request's number and its result. A request that
@@ -31,7 +37,8 @@ public:
     LiveShifter(const LiveShifter&) = delete;
     LiveShifter& operator=(const LiveShifter&) = delete;
 
-    // Queues a shift in place of any that waits; returns its number.
+    // Queues a shift in place of any that waits; returns its number. A request without a
+    // destination takes over that of the request it replaces.
     std::uint64_t submit(ShiftRequest request);
 
     // Drops what waits and stops what runs (for a picture that is being replaced); returns
@@ -45,11 +52,17 @@ public:
     // expected time (the average of the last finished shifts) stops that shift: its picture
     // would be stale, and starting afresh shows the newest one soonest. A shift past halfway is
     // left to finish, and so is any shift while no picture has been delivered for as long as a
-    // shift takes, so that a stream of changes still shows pictures as it goes.
+    // shift takes, so that a stream of changes still shows pictures as it goes. A shift that
+    // writes only what changed in a picture of its own, by a plan of a selection of moderate
+    // size, is never stopped: it is short, and a stop would leave that picture to be rewritten
+    // whole next time.
     void setAbandonsStaleRuns(bool abandons);
 
 private:
     void serve(std::stop_token stop);
+    // What the shifter last wrote into `destination`, forgotten now that it is written again.
+    ShiftFootprintPtr takeFootprint(const KVBitmapPtr& destination);
+    void keepFootprint(ShiftFootprintPtr footprint);
 
     Engine& engine_;
     Delivery deliver_;
@@ -62,10 +75,15 @@ private:
     std::stop_source running_;
     bool busy_ = false;
     bool abandonsStaleRuns_ = false;
+    // Whether the running shift builds on what the shifter wrote into its destination before,
+    // with a write plan.
+    bool runBuildsOnFootprint_ = false;
     std::chrono::steady_clock::time_point runStarted_;
     std::chrono::steady_clock::time_point lastDelivery_;
     // Seconds; 0 until a shift has finished.
     double expectedRunSeconds_ = 0.0;
+    // Of the latest pictures; touched only on the shifter's thread.
+    std::vector<ShiftFootprintPtr> footprints_;
     std::jthread thread_;
 };
 

@@ -90,6 +90,37 @@ Result<KVColorGamutPtr> Engine::buildGamut(const KVColorSpace& space,
 Result<KVBitmapPtr> Engine::shift(const ShiftRequest& request, std::stop_token stop,
                                   const ProgressCallback& progress)
 {
+    return run(request, std::move(stop), progress, nullptr);
+}
+
+Result<TrackedShift> Engine::shiftTracked(const ShiftRequest& request, std::stop_token stop,
+                                          const ProgressCallback& progress)
+{
+    detail::TableFootprints footprints;
+    const ShiftFootprint* given = request.destinationFootprint.get();
+    if (given != nullptr && request.destination != nullptr && request.colorTable != nullptr &&
+        given->destination.lock() == request.destination &&
+        given->source.lock() == request.source && given->colorTable.lock() == request.colorTable) {
+        footprints.destinationHolds = &given->written;
+        footprints.plan = given->plan;
+    }
+    Result<KVBitmapPtr> shifted = run(request, std::move(stop), progress, &footprints);
+    if (!shifted) {
+        return shifted.error();
+    }
+    TrackedShift tracked{shifted.take(), nullptr};
+    if (footprints.tracked) {
+        tracked.footprint = std::make_shared<const ShiftFootprint>(
+            ShiftFootprint{request.source, tracked.image, request.colorTable,
+                           std::move(footprints.written), std::move(footprints.plan)});
+    }
+    return tracked;
+}
+
+Result<KVBitmapPtr> Engine::run(const ShiftRequest& request, std::stop_token stop,
+                                const ProgressCallback& progress,
+                                detail::TableFootprints* footprints)
+{
     if (request.source == nullptr) {
         return Error{ErrorCode::invalidRequest, "There is no image to shift."};
     }
@@ -110,7 +141,7 @@ Result<KVBitmapPtr> Engine::shift(const ShiftRequest& request, std::stop_token s
     const UseTableMemory memory(tableMemory_);
     KVBitmapPtr shifted =
         detail::hueShift(request.source, request.destination, std::move(parameters), 0, kernels_,
-                         &control, {caches_.get(), tableWrites_});
+                         &control, {caches_.get(), tableWrites_}, footprints);
     if (stop.stop_requested()) {
         return cancelledError();
     }

@@ -8,6 +8,7 @@
 #include "engine/HueShiftParameters.h"
 #include "engine/RunControl.h"
 #include "engine/ShiftCaches.h"
+#include "engine/ShiftFootprint.h"
 #include "engine/TableAllocation.h"
 #include "engine/TableWriteLimits.h"
 #include "image/KVBitmap.h"
@@ -45,6 +46,11 @@ struct ShiftRequest {
     // The source's colour table in the record's colour mode; needed for 8-bit images. The
     // record's own table reference is taken from it.
     ColorTablePtr colorTable;
+    // What the destination holds, as the shift that wrote it described it (shiftTracked), if
+    // nothing else has written into it and the source's samples are unchanged since. An 8-bit
+    // shift of the same source through the same table then writes only what changes, with the
+    // same result. Ignored when it describes another destination, source or table.
+    ShiftFootprintPtr destinationFootprint = nullptr;
 };
 
 // The pixel engine as one object: it owns the threads that every job of the process runs on, the
@@ -77,12 +83,19 @@ public:
     Result<KVBitmapPtr> shift(const ShiftRequest& request, std::stop_token stop = {},
                               const ProgressCallback& progress = {});
 
+    // The same, also describing what it wrote, for a later request into the returned bitmap.
+    Result<TrackedShift> shiftTracked(const ShiftRequest& request, std::stop_token stop = {},
+                                      const ProgressCallback& progress = {});
+
     // Table memory kept for the next table, and a way to give it back while nothing is being
     // built for a while (the last document closed).
     std::size_t retainedTableMemory() const { return tableMemory_->retainedBytes(); }
     void releaseRetainedTableMemory() { tableMemory_->release(); }
 
 private:
+    Result<KVBitmapPtr> run(const ShiftRequest& request, std::stop_token stop,
+                            const ProgressCallback& progress, detail::TableFootprints* footprints);
+
     WorkerPool pool_;
     EngineKernels kernels_;
     std::shared_ptr<TableMemory> tableMemory_;

@@ -51,8 +51,15 @@ bool usableColorTable(const ColorTableRef& table, ColorSpaceModel colorSpaceMode
 
 KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftParameters p,
                   unsigned processorCount, EngineKernels kernels, RunControl* control,
-                  ShiftCaches& caches, const TableWriteLimits& writeLimits)
+                  ShiftCaches& caches, const TableWriteLimits& writeLimits,
+                  detail::TableFootprints* footprints)
 {
+    TableWritePlanPtr givenPlan;
+    if (footprints != nullptr) {
+        givenPlan = std::move(footprints->plan);
+        footprints->tracked = false;
+        footprints->written.clear();
+    }
     const std::lock_guard<std::recursive_mutex> lock(source->lock());
 
     PixelManipulationOffsets sourceOffsets;
@@ -137,10 +144,17 @@ KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftP
         tasks[i].index = i;
     }
 
+    // A bitmap of an earlier run, of this source and table, differs from the source only where
+    // that run wrote; a grey mask writes every pixel, so neither it nor its successor is tracked.
+    const bool trackable = footprints != nullptr && byColorTable && destination != source &&
+                           !sourceOffsets.isPlanar && !showsGreyMask(p.maskToShow) && threads != 0;
+    const TableFootprint* holds =
+        trackable && copySourceSamples ? footprints->destinationHolds : nullptr;
+
     // Planes lie apart, so the writers' row by row copying cannot serve them: copy at once.
     // A grey mask from the table writes every pixel but its alpha, which must be the source's.
-    run.destinationHoldsSource = !copySourceSamples;
-    if (copySourceSamples &&
+    run.destinationHoldsSource = !copySourceSamples || holds != nullptr;
+    if (copySourceSamples && holds == nullptr &&
         (sourceOffsets.isPlanar || threads == 0 || (byColorTable && showsGreyMask(p.maskToShow)))) {
         std::memcpy(destination->bitmapData(), source->bitmapData(), source->sampleBytes());
         run.destinationHoldsSource = true;
@@ -152,7 +166,32 @@ KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftP
     if (byColorTable) {
         std::vector<std::vector<TableColor>> toWrite(threads);
         runWorkers(threads, [&](unsigned i) { colorTableWorker(tasks[i], toWrite[i]); });
-        writeTableColors(run, p, toWrite, threads);
+        if (trackable) {
+            footprints->written = footprintOf(toWrite);
+        }
+        if (holds != nullptr) {
+            const std::vector<std::vector<TableColor>> restore{
+                entriesToRestore(*holds, footprints->written)};
+            writeTableColors(run, p, restore, threads, TableWrite::sourceSamples);
+        }
+        TableWritePlanPtr plan;
+        if (trackable && !run.stopRequested()) {
+            plan = std::move(givenPlan);
+            if (plan == nullptr || plan->entries != footprints->written ||
+                plan->blockBytes != tableWriteBlockBytes(*destinationRecord, run.writeLimits)) {
+                plan = planTableWrites(run, p.colorTable, footprints->written, threads);
+            }
+        }
+        if (plan != nullptr) {
+            writeTableColorsByPlan(run, p, *plan, toWrite, threads);
+            footprints->plan = std::move(plan);
+        } else {
+            writeTableColors(run, p, toWrite, threads);
+        }
+        // The workers and the writer end early on a stop: what they left is not described.
+        if (trackable) {
+            footprints->tracked = !run.stopRequested();
+        }
     } else {
         runWorkers(threads, [&](unsigned i) { rowWorker(tasks[i]); });
     }
@@ -165,7 +204,8 @@ namespace detail {
 
 KVBitmapPtr hueShift(const KVBitmapPtr& source, const KVBitmapPtr& destination,
                      HueShiftParameters parameters, unsigned processorCount, EngineKernels kernels,
-                     RunControl* control, const RunResources& resources)
+                     RunControl* control, const RunResources& resources,
+                     TableFootprints* footprints)
 {
     if (source == nullptr) {
         return nullptr;
@@ -174,8 +214,11 @@ KVBitmapPtr hueShift(const KVBitmapPtr& source, const KVBitmapPtr& destination,
         ShiftCaches ownCaches;
         return shift(source, destination, std::move(parameters), processorCount, kernels, control,
                      resources.caches != nullptr ? *resources.caches : ownCaches,
-                     resources.writeLimits);
+                     resources.writeLimits, footprints);
     } catch (...) {
+        if (footprints != nullptr) {
+            footprints->tracked = false;
+        }
         return nullptr;
     }
 }

@@ -2,7 +2,9 @@
 
 #include "engine/HueShiftParameters.h"
 #include "engine/RunControl.h"
+#include "engine/TableFootprint.h"
 #include "engine/TableWriteLimits.h"
+#include "engine/TableWritePlan.h"
 #include "image/KVBitmap.h"
 
 namespace tintorra {
@@ -46,12 +48,30 @@ struct RunResources {
     TableWriteLimits writeLimits;
 };
 
+// What a run into a bitmap kept from an earlier run knows of it, and learns of its own result.
+struct TableFootprints {
+    // In: what the given destination holds, or null when unknown: the footprint of an earlier
+    // run of the same source through the same table, whose samples are unchanged since. An
+    // 8-bit run then writes only its own colours and gives the source's samples back to the
+    // entries that run wrote and this one does not, instead of copying the whole source.
+    const TableFootprint* destinationHolds = nullptr;
+    // In: the write plan of an earlier run through the same table, reused when this run writes
+    // the same entries into a bitmap of the same layout. Out: this run's plan, when it has one.
+    TableWritePlanPtr plan;
+    // Out: whether `written` describes the returned bitmap: an 8-bit run, finished, into a
+    // bitmap other than the source (not planar), showing no grey mask.
+    bool tracked = false;
+    TableFootprint written;
+};
+
 // The engine object's entry: the same with a choice of kernels and a control that the workers
 // consult between pieces of work. A run stopped midway returns its half-written destination;
-// the engine object never hands that out.
+// the engine object never hands that out. Given footprints, the run reads and describes them;
+// a run stopped midway describes nothing.
 KVBitmapPtr hueShift(const KVBitmapPtr& source, const KVBitmapPtr& destination,
                      HueShiftParameters parameters, unsigned processorCount, EngineKernels kernels,
-                     RunControl* control, const RunResources& resources = {});
+                     RunControl* control, const RunResources& resources = {},
+                     TableFootprints* footprints = nullptr);
 } // namespace detail
 
 } // namespace tintorra

@@ -78,10 +78,16 @@ struct TableColor {
 // written are collected (every entry for the grey masks, the selected ones otherwise).
 void colorTableWorker(const HueShiftTask& task, std::vector<TableColor>& toWrite);
 
+// What the table writer puts at the pixels of the collected entries: their colours, or the
+// source's samples back (where a destination kept from an earlier shift holds that shift's
+// colours of entries the present shift does not write).
+enum class TableWrite { colors, sourceSamples };
+
 // 8-bit images, second step: every pixel of the collected colours is written, block by block of
 // rows so that the writes stay in cache, on up to `threads` threads.
 void writeTableColors(const HueShiftRun& run, const HueShiftParameters& parameters,
-                      const std::vector<std::vector<TableColor>>& toWrite, unsigned threads);
+                      const std::vector<std::vector<TableColor>>& toWrite, unsigned threads,
+                      TableWrite what = TableWrite::colors);
 
 // Other depths: every pixel of the task's rows, left to right.
 void rowWorker(const HueShiftTask& task);

@@ -1,6 +1,7 @@
 #include "common/ParallelLoops.h"
 #include "engine/HueShiftWorkers.h"
 #include "engine/SelectionMasks.h"
+#include "engine/TableWritePlan.h"
 
 #include <algorithm>
 #include <cstring>
@@ -38,8 +39,9 @@ private:
 
 class PixelWriter {
 public:
-    PixelWriter(const HueShiftRun& run, const HueShiftParameters& p)
-        : d_(*run.destination), coverage_(*run.coverage),
+    PixelWriter(const HueShiftRun& run, const HueShiftParameters& p, TableWrite what)
+        : d_(*run.destination), source_(run.source->bitmapData), coverage_(*run.coverage),
+          restore_(what == TableWrite::sourceSamples),
           greyMask_(p.maskToShow == MaskView::blackMask || p.maskToShow == MaskView::whiteMask),
           white_(p.maskToShow == MaskView::whiteMask),
           maskLimitedByCoverage_(p.paintMaskLimitsMasks != 0 && run.coverage->present()),
@@ -55,6 +57,12 @@ public:
     // whose offsets live in locals: a byte store could alias any member read through `this`.
     void writeAll(const std::vector<Record>& records) const
     {
+        if (restore_) {
+            for (const Record& record : records) {
+                restorePixel(record.location);
+            }
+            return;
+        }
         if (greyMask_ || coverage_.present()) {
             for (const Record& record : records) {
                 write(record);
@@ -86,13 +94,20 @@ public:
 
     void write(const Record& record) const
     {
+        if (restore_) {
+            restorePixel(record.location);
+            return;
+        }
         std::uint8_t* const p = d_.bitmapData + record.location;
         if (greyMask_) {
             writeMask(p, record.location, record.color.r);
             return;
         }
+        // Mixed with the source's samples, not the destination's: a destination kept from an
+        // earlier shift may hold that shift's colour here.
         const unsigned m = coverage(record.location);
         if (m == 0) {
+            restorePixel(record.location);
             return;
         }
         if (m == 255) {
@@ -100,9 +115,10 @@ public:
             p[d_.greenOffset] = record.color.g;
             p[d_.blueOffset] = record.color.b;
         } else {
-            p[d_.redOffset] = mixByCoverage(p[d_.redOffset], record.color.r, m);
-            p[d_.greenOffset] = mixByCoverage(p[d_.greenOffset], record.color.g, m);
-            p[d_.blueOffset] = mixByCoverage(p[d_.blueOffset], record.color.b, m);
+            const std::uint8_t* const s = source_ + record.location;
+            p[d_.redOffset] = mixByCoverage(s[d_.redOffset], record.color.r, m);
+            p[d_.greenOffset] = mixByCoverage(s[d_.greenOffset], record.color.g, m);
+            p[d_.blueOffset] = mixByCoverage(s[d_.blueOffset], record.color.b, m);
         }
         if (d_.hasAlpha) {
             p[d_.alphaOffset] = record.color.a;
@@ -110,6 +126,15 @@ public:
     }
 
 private:
+    void restorePixel(std::uint32_t location) const
+    {
+        std::uint8_t* const to = d_.bitmapData + location;
+        const std::uint8_t* const from = source_ + location;
+        if (to != from) {
+            std::memcpy(to, from, static_cast<std::size_t>(d_.bytesPerPixel));
+        }
+    }
+
     unsigned coverage(std::uint32_t location) const
     {
         if (!coverage_.present()) {
@@ -141,7 +166,9 @@ private:
     }
 
     const PixelManipulationOffsets& d_;
+    const std::uint8_t* source_;
     const PaintCoverage& coverage_;
+    bool restore_;
     bool greyMask_;
     bool white_;
     bool maskLimitedByCoverage_;
@@ -178,11 +205,12 @@ struct WriteScratch {
 } // namespace
 
 void writeTableColors(const HueShiftRun& run, const HueShiftParameters& p,
-                      const std::vector<std::vector<TableColor>>& toWrite, unsigned threads)
+                      const std::vector<std::vector<TableColor>>& toWrite, unsigned threads,
+                      TableWrite what)
 {
     const ColorTableRef& table = p.colorTable;
     const PixelManipulationOffsets& d = *run.destination;
-    const PixelWriter writer(run, p);
+    const PixelWriter writer(run, p, what);
     threads = std::max(1u, threads);
 
     thread_local WriteScratch scratch;
@@ -319,6 +347,41 @@ void writeTableColors(const HueShiftRun& run, const HueShiftParameters& p,
             }
         }
     }
+}
+
+void writeTableColorsByPlan(const HueShiftRun& run, const HueShiftParameters& p,
+                            const TableWritePlan& plan,
+                            const std::vector<std::vector<TableColor>>& toWrite, unsigned threads)
+{
+    std::vector<PixelChars> colors;
+    colors.reserve(plan.entries.size());
+    for (const auto& list : toWrite) {
+        for (const TableColor& color : list) {
+            colors.push_back(color.color);
+        }
+    }
+    const PixelWriter writer(run, p, TableWrite::colors);
+    const std::uint64_t imageBytes = sampleBytes(*run.destination);
+    const std::uint64_t blocks = plan.blockBegin.size() - 1;
+    const auto writers =
+        static_cast<unsigned>(std::clamp<std::uint64_t>(blocks, 1, std::max(1u, threads)));
+    runWorkers(writers, [&](unsigned t) {
+        std::vector<Record> records;
+        for (std::uint64_t b = blocks * t / writers; b < blocks * (t + 1) / writers; ++b) {
+            if (run.stopRequested()) {
+                return;
+            }
+            if (!run.destinationHoldsSource) {
+                copySamples(run, b * plan.blockBytes,
+                            std::min(imageBytes, (b + 1) * plan.blockBytes));
+            }
+            records.clear();
+            for (std::uint64_t i = plan.blockBegin[b]; i < plan.blockBegin[b + 1]; ++i) {
+                records.push_back({plan.pixels[i].location, colors[plan.pixels[i].color]});
+            }
+            writer.writeAll(records);
+        }
+    });
 }
 
 } // namespace tintorra

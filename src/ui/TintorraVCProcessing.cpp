@@ -235,11 +235,16 @@ void TintorraVC::takeShiftResult(std::uint64_t request, KVBitmapPtr result)
         return;
     }
     shownRequest_ = request;
-    if (result != nullptr && result != sourceRep_ &&
-        std::find(destinationPool_.begin(), destinationPool_.end(), result) ==
-            destinationPool_.end() &&
-        destinationPool_.size() < kDestinationPoolSize) {
-        destinationPool_.push_back(result);
+    // The pool is kept newest last: the newest picture differs least from the next one, and the
+    // live shifter rewrites only what differs.
+    if (result != nullptr && result != sourceRep_) {
+        const auto pooled = std::find(destinationPool_.begin(), destinationPool_.end(), result);
+        if (pooled != destinationPool_.end()) {
+            destinationPool_.erase(pooled);
+        }
+        if (destinationPool_.size() < kDestinationPoolSize) {
+            destinationPool_.push_back(result);
+        }
     }
     destinationRep_ = std::move(result);
     imageProcessed_ = destinationRep_ != nullptr;
@@ -250,9 +255,9 @@ KVBitmapPtr TintorraVC::reusableDestination() const
 {
     // Only this thread hands the pictures out, so a count of one (the pool's own) cannot grow
     // behind our back: nobody else holds the picture, and writing into it again is safe.
-    for (const KVBitmapPtr& picture : destinationPool_) {
-        if (picture.use_count() == 1) {
-            return picture;
+    for (auto picture = destinationPool_.rbegin(); picture != destinationPool_.rend(); ++picture) {
+        if (picture->use_count() == 1) {
+            return *picture;
         }
     }
     return nullptr;

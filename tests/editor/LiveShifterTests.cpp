@@ -122,5 +122,87 @@ TEST(LiveShifter, WithdrawnWorkDeliversNothing)
     EXPECT_TRUE(deliveries.numbers.empty());
 }
 
+// A request that replaces a waiting one without a destination of its own writes into the
+// replaced request's destination instead of a fresh copy.
+TEST(LiveShifter, AReplacedRequestHandsOnItsDestination)
+{
+    Engine engine({2});
+    const KVBitmapPtr source = picture(2048);
+    const KVBitmapPtr kept = source->copy();
+    Deliveries deliveries;
+    LiveShifter shifter(engine, deliveries.sink());
+    shifter.submit(requestTowards(source, 0.25)); // runs long enough for the next two to meet
+    ShiftRequest replaced = requestTowards(source, 0.5);
+    replaced.destination = kept;
+    shifter.submit(replaced);
+    ASSERT_TRUE(deliveries.waitFor(shifter.submit(requestTowards(source, 0.75))));
+    const std::lock_guard lock(deliveries.mutex);
+    EXPECT_EQ(deliveries.last, kept);
+}
+
+// An 8-bit picture with many colours, each on pixels all over it.
+KVBitmapPtr manyColoursPicture(std::int64_t side)
+{
+    KVBitmapLayout layout;
+    layout.pixelsWide = side;
+    layout.pixelsHigh = side;
+    layout.bitsPerSample = 8;
+    layout.samplesPerPixel = 3;
+    layout.hasAlpha = false;
+    KVBitmapPtr bitmap = KVBitmap::create(layout);
+    for (std::int64_t y = 0; y < side; ++y) {
+        std::uint8_t* row = bitmap->bitmapData() + y * bitmap->bytesPerRow();
+        for (std::int64_t x = 0; x < side; ++x) {
+            const auto k = static_cast<unsigned>((x * 7 + y * 13) % 4093);
+            row[x * 3 + 0] = static_cast<std::uint8_t>(k);
+            row[x * 3 + 1] = static_cast<std::uint8_t>(k >> 4);
+            row[x * 3 + 2] = static_cast<std::uint8_t>(k * 5);
+        }
+    }
+    return bitmap;
+}
+
+// Two destinations used in turn, as an editor does: the shifter writes into each only what
+// changed since it last wrote it, and every picture equals a full shift, also after a run was
+// stopped (wherever the stop came, the destination is rewritten whole next time).
+TEST(LiveShifter, KeptDestinationsHoldFullShifts)
+{
+    Engine engine({2});
+    const KVBitmapPtr source = manyColoursPicture(1024);
+    ShiftRequest base = requestTowards(source, 0.0);
+    base.colorTable =
+        engine.buildColorTable(source, base.parameters.imageGamma, base.parameters.colorSpaceModel)
+            .take();
+    const KVBitmapPtr buffers[2] = {source->copy(), source->copy()};
+    Deliveries deliveries;
+    LiveShifter shifter(engine, deliveries.sink());
+    const double hueWindows[][2] = {{0.1, 0.4}, {0.1, 0.4}, {0.0, 0.7}, {0.3, 0.35},
+                                    {0.2, 0.5}, {0.6, 0.9}, {0.2, 0.3}};
+    for (std::size_t step = 0; step < std::size(hueWindows); ++step) {
+        ShiftRequest request = base;
+        request.destination = buffers[step % 2];
+        request.parameters.hueLowerFalloff = request.parameters.hueLower = hueWindows[step][0];
+        request.parameters.hueUpperFalloff = request.parameters.hueUpper = hueWindows[step][1];
+        request.parameters.targetHue = 0.1 * static_cast<double>(step);
+        if (step >= 3) {
+            // A shift of everything, stopped somewhere in its run (or before or after it: the
+            // time is not ours).
+            ShiftRequest everything = request;
+            everything.parameters.hueLower = everything.parameters.hueLowerFalloff = 0.0;
+            everything.parameters.hueUpper = everything.parameters.hueUpperFalloff = 1.0;
+            shifter.submit(everything);
+            std::this_thread::sleep_for(std::chrono::milliseconds(2 << (step - 3)));
+            shifter.withdrawAll();
+        }
+        ASSERT_TRUE(deliveries.waitFor(shifter.submit(request)));
+        request.destination = nullptr;
+        const Result<KVBitmapPtr> expected = engine.shift(request);
+        ASSERT_TRUE(expected.ok());
+        const std::lock_guard lock(deliveries.mutex);
+        EXPECT_EQ(deliveries.last, buffers[step % 2]);
+        EXPECT_TRUE(sameSamples(deliveries.last, expected.value())) << "step " << step;
+    }
+}
+
 } // namespace
 } // namespace tintorra
