@@ -63,7 +63,8 @@ KVImageEditorView::KVImageEditorView(QWidget* parent) : KVFileDropView(nullptr)
     scrollArea_->setAlignment(Qt::AlignCenter);
     scrollArea_->setBackgroundRole(QPalette::Dark);
     scrollArea_->setWidget(this);
-    scrollArea_->viewport()->installEventFilter(this);
+    viewport_ = scrollArea_->viewport();
+    viewport_->installEventFilter(this);
     setMouseTracking(true);
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_OpaquePaintEvent, false);
@@ -577,9 +578,11 @@ void KVImageEditorView::leaveEvent(QEvent* event)
 
 bool KVImageEditorView::eventFilter(QObject* watched, QEvent* event)
 {
-    if (watched == scrollArea_->viewport() && event->type() == QEvent::Resize) {
+    // Compared with the kept pointer: while the scroll area is being destroyed its viewport still
+    // sends events, and the scroll area can no longer be asked for it.
+    if (watched == viewport_ && event->type() == QEvent::Resize) {
         if (!imageRep())
-            resize(scrollArea_->viewport()->size());
+            resize(viewport_->size());
         else if (zoomedToFit_)
             zoomToFit();
     }

@@ -108,6 +108,7 @@ private:
     void modifierKeysChanged(const QVariantMap& userInfo);
 
     QScrollArea* scrollArea_ = nullptr;
+    QWidget* viewport_ = nullptr;
     KVImageDisplayCache cache_;
     std::vector<KVBitmapPtr> reps_;
     KVImageEditorDelegate* delegate_ = nullptr;
