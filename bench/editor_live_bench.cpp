@@ -37,9 +37,9 @@ double msSince(Clock::time_point start)
 // Smooth value noise: a coarse random grid interpolated with a smoothstep.
 class ValueNoise {
 public:
-    ValueNoise(int cells, std::uint32_t seed) : cells_(cells), grid_((cells + 1) * (cells + 1))
+    ValueNoise(int cells, std::uint32_t randomStart) : cells_(cells), grid_((cells + 1) * (cells + 1))
     {
-        std::mt19937 random(seed);
+        std::mt19937 random(randomStart);
         std::uniform_real_distribution<float> unit(0.0f, 1.0f);
         for (float& v : grid_) {
             v = unit(random);
