@@ -37,7 +37,8 @@ double msSince(Clock::time_point start)
 // Smooth value noise: a coarse random grid interpolated with a smoothstep.
 class ValueNoise {
 public:
-    ValueNoise(int cells, std::uint32_t randomStart) : cells_(cells), grid_((cells + 1) * (cells + 1))
+    ValueNoise(int cells, std::uint32_t randomStart)
+        : cells_(cells), grid_((cells + 1) * (cells + 1))
     {
         std::mt19937 random(randomStart);
         std::uniform_real_distribution<float> unit(0.0f, 1.0f);
@@ -283,7 +284,9 @@ int main(int argc, char* argv[])
                 static_cast<long long>(image->pixelsWide()),
                 static_cast<long long>(image->pixelsHigh()), msSince(start));
 
-    Engine engine;
+    EngineOptions options;
+    options.keepsEntryMaps = true; // as the desktop program's engine
+    Engine engine(options);
     std::printf("engine threads: %u\n", engine.threadCount());
     QUndoStack undoStack;
     TintorraVC vc(engine, &undoStack);

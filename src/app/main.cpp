@@ -23,7 +23,10 @@ int main(int argc, char* argv[])
     tintorra::MainWindowWC::registerDefaults();
     tintorra::KVWelcomeAssistant::registerDefaults();
 
-    tintorra::Engine engine;
+    // Every slider move re-shifts the picture: keep what makes the next shift quick.
+    tintorra::EngineOptions engineOptions;
+    engineOptions.keepsEntryMaps = true;
+    tintorra::Engine engine(engineOptions);
     tintorra::DocumentController* controller = nullptr;
     tintorra::AppDelegate* delegate = nullptr;
     tintorra::DocumentController documents([&](tintorra::MainWindowDoc& document) {

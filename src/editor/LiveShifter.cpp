@@ -9,6 +9,10 @@ namespace {
 // Enough for the pictures an editor shows, writes and keeps waiting, and one to spare.
 constexpr std::size_t kKeptFootprints = 4;
 
+// While the finished shifts take less (seconds), none is stopped: a few frames' time is less
+// than a stop would save, and a picture stopped midway must be written whole next time.
+constexpr double kLongRunSeconds = 0.08;
+
 } // namespace
 
 LiveShifter::LiveShifter(Engine& engine, Delivery deliver)
@@ -39,7 +43,8 @@ std::uint64_t LiveShifter::submit(ShiftRequest request)
         }
         waiting_ = std::move(request);
         waitingNumber_ = number;
-        if (abandonsStaleRuns_ && busy_ && !runBuildsOnFootprint_ && expectedRunSeconds_ > 0.0) {
+        if (abandonsStaleRuns_ && busy_ && !runBuildsOnFootprint_ &&
+            expectedRunSeconds_ >= kLongRunSeconds) {
             const auto now = std::chrono::steady_clock::now();
             const std::chrono::duration<double> running = now - runStarted_;
             const std::chrono::duration<double> sinceDelivery = now - lastDelivery_;

@@ -49,13 +49,13 @@ public:
     void abandonAll();
 
     // When on, a request that arrives while the running shift is in the first half of its
-    // expected time (the average of the last finished shifts) stops that shift: its picture
-    // would be stale, and starting afresh shows the newest one soonest. A shift past halfway is
-    // left to finish, and so is any shift while no picture has been delivered for as long as a
-    // shift takes, so that a stream of changes still shows pictures as it goes. A shift that
-    // writes only what changed in a picture of its own, by a plan of a selection of moderate
-    // size, is never stopped: it is short, and a stop would leave that picture to be rewritten
-    // whole next time.
+    // expected time (the average of the last finished shifts) stops that shift, if shifts have
+    // been long lately: its picture would be stale, and starting afresh shows the newest one
+    // soonest. A shift past halfway is left to finish, and so is any shift while no picture has
+    // been delivered for as long as a shift takes, so that a stream of changes still shows
+    // pictures as it goes. Short shifts are never stopped, and neither is a shift that writes
+    // only what changed in a picture of its own by a plan: a stop would save little and leave
+    // that picture to be written whole next time.
     void setAbandonsStaleRuns(bool abandons);
 
 private:

@@ -64,7 +64,10 @@ void colorTableWorker(const HueShiftTask& task, std::vector<TableColor>& toWrite
                 weight = entryOutcome(entry, lch, p.colorSpaceModel, context).weight;
             }
             const auto sample = static_cast<std::uint8_t>(maskSample(weight > 0.0 ? weight : 0.0));
-            toWrite.push_back({entry.firstLocation, entry.locationCount, {sample, 0, 0, 0}});
+            toWrite.push_back({entry.firstLocation,
+                               entry.locationCount,
+                               {sample, 0, 0, 0},
+                               static_cast<std::uint32_t>(i)});
         }
         return;
     }
@@ -128,7 +131,8 @@ void colorTableWorker(const HueShiftTask& task, std::vector<TableColor>& toWrite
             for (std::size_t k = 0; k < selected; ++k) {
                 const color_table_lch_entry_info& entry = table.colors[from + batch.selected[k]];
                 toWrite.push_back({entry.firstLocation, entry.locationCount,
-                                   encodedColor(batch.rgb[k], *run.destination, encode)});
+                                   encodedColor(batch.rgb[k], *run.destination, encode),
+                                   static_cast<std::uint32_t>(from + batch.selected[k])});
             }
             run.advance(count, task.index);
         }

@@ -26,7 +26,7 @@ Error unsupportedLayoutError()
 } // namespace
 
 Engine::Engine(EngineOptions options)
-    : pool_(options.threads), kernels_(options.kernels),
+    : pool_(options.threads), kernels_(options.kernels), keepsEntryMaps_(options.keepsEntryMaps),
       tableMemory_(std::make_shared<TableMemory>(options.tableMemory)),
       caches_(std::make_unique<ShiftCaches>()), tableWrites_(options.tableWrites),
       failGamutAllocation_(options.failGamutAllocation)
@@ -35,6 +35,40 @@ Engine::Engine(EngineOptions options)
 Engine::~Engine()
 {
     tableMemory_->close();
+}
+
+void Engine::releaseRetainedTableMemory()
+{
+    {
+        const std::lock_guard lock(entryMapMutex_);
+        keptEntryMap_ = {};
+    }
+    tableMemory_->release();
+}
+
+detail::EntryMapSlot Engine::entryMapSlot(const ShiftRequest& request)
+{
+    detail::EntryMapSlot slot;
+    // A shift in place changes the source that a map's samples were taken from.
+    if (!keepsEntryMaps_ || request.colorTable == nullptr ||
+        request.destination == request.source) {
+        return slot;
+    }
+    const std::lock_guard lock(entryMapMutex_);
+    if (keptEntryMap_.table.lock() == request.colorTable &&
+        keptEntryMap_.source.lock() == request.source) {
+        slot.map = keptEntryMap_.map;
+    } else if (keptEntryMap_.table.expired() || keptEntryMap_.source.expired()) {
+        keptEntryMap_ = {};
+    }
+    slot.mayBuild = true;
+    return slot;
+}
+
+void Engine::keepEntryMap(const ShiftRequest& request, PixelEntryMapPtr map)
+{
+    const std::lock_guard lock(entryMapMutex_);
+    keptEntryMap_ = {request.colorTable, request.source, std::move(map)};
 }
 
 Result<ColorTablePtr> Engine::buildColorTable(const KVBitmapPtr& image, double imageGamma,
@@ -136,12 +170,22 @@ Result<KVBitmapPtr> Engine::run(const ShiftRequest& request, std::stop_token sto
     if (stop.stop_requested()) {
         return cancelledError();
     }
+    if (request.destination == request.source) {
+        // Pictures made in place change their source under any kept map.
+        const std::lock_guard lock(entryMapMutex_);
+        keptEntryMap_ = {};
+    }
     RunControl control(stop, progress);
     const UseWorkerPool use(pool_);
     const UseTableMemory memory(tableMemory_);
+    detail::EntryMapSlot entryMap = entryMapSlot(request);
+    const PixelEntryMapPtr kept = entryMap.map;
     KVBitmapPtr shifted =
         detail::hueShift(request.source, request.destination, std::move(parameters), 0, kernels_,
-                         &control, {caches_.get(), tableWrites_}, footprints);
+                         &control, {caches_.get(), tableWrites_, &entryMap}, footprints);
+    if (entryMap.map != nullptr && entryMap.map != kept) {
+        keepEntryMap(request, std::move(entryMap.map));
+    }
     if (stop.stop_requested()) {
         return cancelledError();
     }

@@ -14,6 +14,7 @@
 #include "image/KVBitmap.h"
 
 #include <memory>
+#include <mutex>
 #include <stop_token>
 
 namespace tintorra {
@@ -34,6 +35,11 @@ struct EngineOptions {
     TableWriteLimits tableWrites{};
     // Tests only: makes allocation number n of each gamut build fail (see KVColorGamut).
     long failGamutAllocation = -1;
+    // Whether shifts that write many pixels of an 8-bit picture may make a map of its pixels'
+    // colours (4 bytes a pixel), kept for the next shifts of that picture and table. A live
+    // editor wants it: the first such shift pays for the map, each later one then writes the
+    // picture in one pass, several times faster. A single shift gains nothing from it.
+    bool keepsEntryMaps = false;
 };
 
 // One shift: the picture, where it goes, and what the editor built for it.
@@ -90,14 +96,26 @@ public:
     // Table memory kept for the next table, and a way to give it back while nothing is being
     // built for a while (the last document closed).
     std::size_t retainedTableMemory() const { return tableMemory_->retainedBytes(); }
-    void releaseRetainedTableMemory() { tableMemory_->release(); }
+    void releaseRetainedTableMemory();
 
 private:
     Result<KVBitmapPtr> run(const ShiftRequest& request, std::stop_token stop,
                             const ProgressCallback& progress, detail::TableFootprints* footprints);
 
+    // The map of the last source and table shifted through one; it goes when either goes.
+    struct KeptEntryMap {
+        std::weak_ptr<const LChColorTable> table;
+        std::weak_ptr<KVBitmap> source;
+        PixelEntryMapPtr map;
+    };
+    detail::EntryMapSlot entryMapSlot(const ShiftRequest& request);
+    void keepEntryMap(const ShiftRequest& request, PixelEntryMapPtr map);
+
     WorkerPool pool_;
     EngineKernels kernels_;
+    bool keepsEntryMaps_;
+    std::mutex entryMapMutex_;
+    KeptEntryMap keptEntryMap_;
     std::shared_ptr<TableMemory> tableMemory_;
     std::unique_ptr<ShiftCaches> caches_;
     TableWriteLimits tableWrites_;

@@ -19,6 +19,11 @@ namespace tintorra {
 
 namespace {
 
+// A run whose colours cover at least this share of the pixels (one in so many), or more than a
+// write plan holds, writes through the map of pixels to entries: gathering that many pixels
+// colour by colour costs more than one pass over all of them.
+constexpr std::uint64_t kEntryMapShare = 4;
+
 bool sameLayout(const PixelManipulationOffsets& a, const PixelManipulationOffsets& b)
 {
     return a.pixelsWide == b.pixelsWide && a.pixelsHigh == b.pixelsHigh &&
@@ -52,7 +57,7 @@ bool usableColorTable(const ColorTableRef& table, ColorSpaceModel colorSpaceMode
 KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftParameters p,
                   unsigned processorCount, EngineKernels kernels, RunControl* control,
                   ShiftCaches& caches, const TableWriteLimits& writeLimits,
-                  detail::TableFootprints* footprints)
+                  detail::EntryMapSlot* entryMap, detail::TableFootprints* footprints)
 {
     TableWritePlanPtr givenPlan;
     if (footprints != nullptr) {
@@ -151,10 +156,33 @@ KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftP
     const TableFootprint* holds =
         trackable && copySourceSamples ? footprints->destinationHolds : nullptr;
 
+    // A run that writes many pixels, or a grey mask, goes row by row through the map of pixels
+    // to entries: every pixel is written, the source's samples wherever no colour is.
+    const bool mapServes = byColorTable && entryMap != nullptr && destination != source &&
+                           threads != 0 && !coverage.present() &&
+                           PixelEntryMap::serves(sourceOffsets);
+    const auto entryMapFor = [&](std::uint64_t writtenPixels) -> const PixelEntryMap* {
+        const std::uint64_t pixels = static_cast<std::uint64_t>(sourceOffsets.pixelsWide) *
+                                     static_cast<std::uint64_t>(sourceOffsets.pixelsHigh);
+        if (!mapServes ||
+            (writtenPixels < pixels / kEntryMapShare && writtenPixels <= kMaxPlannedPixels)) {
+            return nullptr;
+        }
+        if (entryMap->map == nullptr || !entryMap->map->fits(sourceOffsets, p.colorTable)) {
+            entryMap->map =
+                entryMap->mayBuild ? PixelEntryMap::build(run, p.colorTable, threads) : nullptr;
+        }
+        return entryMap->map.get();
+    };
+    const bool greyMaskByMap =
+        byColorTable && showsGreyMask(p.maskToShow) && mapServes &&
+        ((entryMap->map != nullptr && entryMap->map->fits(sourceOffsets, p.colorTable)) ||
+         entryMap->mayBuild);
+
     // Planes lie apart, so the writers' row by row copying cannot serve them: copy at once.
     // A grey mask from the table writes every pixel but its alpha, which must be the source's.
     run.destinationHoldsSource = !copySourceSamples || holds != nullptr;
-    if (copySourceSamples && holds == nullptr &&
+    if (copySourceSamples && holds == nullptr && !greyMaskByMap &&
         (sourceOffsets.isPlanar || threads == 0 || (byColorTable && showsGreyMask(p.maskToShow)))) {
         std::memcpy(destination->bitmapData(), source->bitmapData(), source->sampleBytes());
         run.destinationHoldsSource = true;
@@ -168,6 +196,27 @@ KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftP
         runWorkers(threads, [&](unsigned i) { colorTableWorker(tasks[i], toWrite[i]); });
         if (trackable) {
             footprints->written = footprintOf(toWrite);
+        }
+        std::uint64_t writtenPixels = 0;
+        for (const auto& list : toWrite) {
+            for (const TableColor& color : list) {
+                writtenPixels += color.locationCount;
+            }
+        }
+        if (const PixelEntryMap* map =
+                entryMapFor(showsGreyMask(p.maskToShow) ? std::uint64_t(-1) : writtenPixels);
+            map != nullptr && !run.stopRequested()) {
+            writeTableColorsByMap(run, p, *map, toWrite, threads);
+            // No plan: the next run of these colours goes through the map again.
+            if (trackable) {
+                footprints->tracked = !run.stopRequested();
+            }
+            return destination;
+        }
+        if (greyMaskByMap && copySourceSamples && holds == nullptr) {
+            // The map could not be made after all.
+            std::memcpy(destination->bitmapData(), source->bitmapData(), source->sampleBytes());
+            run.destinationHoldsSource = true;
         }
         if (holds != nullptr) {
             const std::vector<std::vector<TableColor>> restore{
@@ -214,7 +263,7 @@ KVBitmapPtr hueShift(const KVBitmapPtr& source, const KVBitmapPtr& destination,
         ShiftCaches ownCaches;
         return shift(source, destination, std::move(parameters), processorCount, kernels, control,
                      resources.caches != nullptr ? *resources.caches : ownCaches,
-                     resources.writeLimits, footprints);
+                     resources.writeLimits, resources.entryMap, footprints);
     } catch (...) {
         if (footprints != nullptr) {
             footprints->tracked = false;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "engine/HueShiftParameters.h"
+#include "engine/PixelEntryMap.h"
 #include "engine/RunControl.h"
 #include "engine/TableFootprint.h"
 #include "engine/TableWriteLimits.h"
@@ -41,11 +42,20 @@ enum class EngineKernels { best, plain };
 class ShiftCaches;
 
 namespace detail {
+// The engine's map of the run's source through the run's table: in, the one it keeps (or none)
+// and whether the run may make one; out, the one the run made.
+struct EntryMapSlot {
+    PixelEntryMapPtr map;
+    bool mayBuild = false;
+};
+
 // What an engine lends each of its runs.
 struct RunResources {
     // Tables reused from run to run; without them a run makes its own.
     ShiftCaches* caches = nullptr;
     TableWriteLimits writeLimits;
+    // Absent: the run writes colour by colour.
+    EntryMapSlot* entryMap = nullptr;
 };
 
 // What a run into a bitmap kept from an earlier run knows of it, and learns of its own result.

@@ -72,6 +72,8 @@ struct TableColor {
     std::uint32_t firstLocation = 0;
     std::uint32_t locationCount = 0;
     PixelChars color;
+    // The entry's index in the table.
+    std::uint32_t entry = 0;
 };
 
 // 8-bit images, first step: each entry of the task's run is computed once; the entries to be

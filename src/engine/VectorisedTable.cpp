@@ -57,7 +57,8 @@ void VectorisedTable::shiftEntries(const ColorTableRef& table, std::uint64_t beg
             const ColorComponents painted{out.paintedR[k], out.paintedG[k], out.paintedB[k],
                                           out.paintedAlpha[k]};
             toWrite.push_back({entry.firstLocation, entry.locationCount,
-                               encodedColor(painted, *run_.destination, encode)});
+                               encodedColor(painted, *run_.destination, encode),
+                               static_cast<std::uint32_t>(from + out.x[k])});
         }
         from = i;
     }

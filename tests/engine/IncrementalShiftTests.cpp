@@ -15,19 +15,42 @@ namespace {
 constexpr std::int64_t kWide = 40;
 constexpr std::int64_t kHigh = 30;
 
+struct PictureLayout {
+    bool alpha = false;
+    bool premultiplied = false;
+    // Rows padded by three pixels.
+    bool padded = false;
+};
+
+KVBitmapPtr blankPicture(PictureLayout layout)
+{
+    KVBitmapLayout l;
+    l.pixelsWide = kWide;
+    l.pixelsHigh = kHigh;
+    l.bitsPerSample = 8;
+    l.samplesPerPixel = layout.alpha ? 4 : 3;
+    l.hasAlpha = layout.alpha;
+    l.bitmapFormat = layout.premultiplied ? 0u : kBitmapFormatAlphaNonpremultiplied;
+    l.bytesPerRow = layout.padded ? (kWide + 3) * l.samplesPerPixel : 0;
+    return KVBitmap::create(l);
+}
+
 // A few dozen colours, each on pixels all over the picture, so that entries have many pixels;
 // with alpha, some share their RGB and differ in alpha.
-KVBitmapPtr manyColoursPicture(bool alpha)
+KVBitmapPtr manyColoursPicture(PictureLayout layout)
 {
-    const KVBitmapPtr picture = test::makeRgbBitmap(kWide, kHigh, 8, alpha);
+    const KVBitmapPtr picture = blankPicture(layout);
     for (std::int64_t y = 0; y < kHigh; ++y) {
         for (std::int64_t x = 0; x < kWide; ++x) {
             const int k = static_cast<int>((x * 7 + y * 13) % 61);
+            const int a = (x + y) % 3 == 0 ? 128 : 255;
+            // Premultiplied samples never exceed their alpha.
+            const auto stored = [&](int c) {
+                return static_cast<std::uint8_t>(layout.premultiplied ? c * a / 255 : c);
+            };
             test::setChars(picture, x, y,
-                           {static_cast<std::uint8_t>(k * 4),
-                            static_cast<std::uint8_t>(250 - k * 3),
-                            static_cast<std::uint8_t>((k * 37) % 256),
-                            static_cast<std::uint8_t>((x + y) % 3 == 0 ? 128 : 255)});
+                           {stored(k * 4), stored(250 - k * 3), stored((k * 37) % 256),
+                            static_cast<std::uint8_t>(a)});
         }
     }
     return picture;
@@ -84,7 +107,7 @@ const std::vector<Change>& session()
 
 struct IncrementalCase {
     const char* name;
-    bool alpha;
+    PictureLayout layout;
     bool excluded;
 };
 
@@ -96,7 +119,8 @@ void PrintTo(const IncrementalCase& c, std::ostream* os)
 class IncrementalShifts : public testing::TestWithParam<IncrementalCase> {};
 
 // Two bitmaps written in turn, each with the footprint of what it holds, give at every step the
-// picture a full shift gives.
+// picture a full shift gives. The engine writes large selections and grey masks through its map
+// of pixels to colours; the full shifts come from an engine that writes colour by colour.
 TEST_P(IncrementalShifts, EqualFullShiftsAtEveryStep)
 {
     test::captureDiagnostics();
@@ -104,8 +128,12 @@ TEST_P(IncrementalShifts, EqualFullShiftsAtEveryStep)
     EngineOptions options;
     options.threads = 2;
     options.tableWrites = {kWide * 4 * 3, 300};
+    options.keepsEntryMaps = true;
     Engine engine(options);
-    const KVBitmapPtr source = manyColoursPicture(GetParam().alpha);
+    options.keepsEntryMaps = false;
+    Engine colourByColour(options);
+    const PictureLayout layout = GetParam().layout;
+    const KVBitmapPtr source = manyColoursPicture(layout);
     HueShiftParameters p = test::selectEverything(ColorSpaceModel::LChuv);
     if (GetParam().excluded) {
         p.exclusionMask = exclusionMask();
@@ -113,8 +141,7 @@ TEST_P(IncrementalShifts, EqualFullShiftsAtEveryStep)
     const ColorTablePtr table =
         engine.buildColorTable(source, p.imageGamma, p.colorSpaceModel).take();
     // Blank to begin with: a footprint used where none applies would leave that showing.
-    KVBitmapPtr buffers[2] = {test::makeRgbBitmap(kWide, kHigh, 8, GetParam().alpha),
-                              test::makeRgbBitmap(kWide, kHigh, 8, GetParam().alpha)};
+    KVBitmapPtr buffers[2] = {blankPicture(layout), blankPicture(layout)};
     ShiftFootprintPtr footprints[2];
     // Selections that stay as they were are written by the plan of the previous time.
     int plansReused = 0;
@@ -130,25 +157,29 @@ TEST_P(IncrementalShifts, EqualFullShiftsAtEveryStep)
             ++plansReused;
         }
         footprints[b] = tracked.footprint;
-        const KVBitmapPtr full = engine.shift({source, nullptr, p, table}).take();
+        const KVBitmapPtr full = colourByColour.shift({source, nullptr, p, table}).take();
         EXPECT_TRUE(test::sameSamples(tracked.image, full)) << "step " << step;
+        EXPECT_TRUE(test::sameSamples(engine.shift({source, nullptr, p, table}).take(), full))
+            << "step " << step;
     }
     EXPECT_GT(plansReused, 0);
     test::capturedDiagnostics();
 }
 
 INSTANTIATE_TEST_SUITE_P(Pictures, IncrementalShifts,
-                         testing::Values(IncrementalCase{"opaque", false, false},
-                                         IncrementalCase{"alpha", true, false},
-                                         IncrementalCase{"opaqueExcluded", false, true},
-                                         IncrementalCase{"alphaExcluded", true, true}));
+                         testing::Values(IncrementalCase{"opaque", {}, false},
+                                         IncrementalCase{"alpha", {true}, false},
+                                         IncrementalCase{"premultiplied", {true, true}, false},
+                                         IncrementalCase{"paddedRows", {false, false, true}, false},
+                                         IncrementalCase{"opaqueExcluded", {}, true},
+                                         IncrementalCase{"alphaExcluded", {true}, true}));
 
 // A footprint that describes another destination, source or table is not used.
 TEST(IncrementalShifts, FootprintsOfOtherPicturesOrTablesAreIgnored)
 {
     test::captureDiagnostics();
     Engine engine({2});
-    const KVBitmapPtr source = manyColoursPicture(false);
+    const KVBitmapPtr source = manyColoursPicture({});
     // Grey all over: nothing selected, so a footprint used with it leaves grey pixels showing.
     const KVBitmapPtr grey = test::makeRgbBitmap(kWide, kHigh, 8, false);
     std::memset(grey->bitmapData(), 100, grey->sampleBytes());
