@@ -46,6 +46,21 @@ void* allocateLargeMemory(std::size_t bytes)
     return memory;
 }
 
+void adviseHugePages(void* memory, std::size_t bytes)
+{
+#ifdef MADV_HUGEPAGE
+    const auto start = reinterpret_cast<std::uintptr_t>(memory);
+    const std::uintptr_t first = roundUp(start, kHugePage);
+    const std::uintptr_t end = (start + bytes) / kHugePage * kHugePage;
+    if (memory != nullptr && end > first) {
+        madvise(reinterpret_cast<void*>(first), end - first, MADV_HUGEPAGE);
+    }
+#else
+    (void)memory;
+    (void)bytes;
+#endif
+}
+
 void freeLargeMemory(void* memory, std::size_t bytes)
 {
     if (memory != nullptr) {

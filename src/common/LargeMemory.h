@@ -15,4 +15,8 @@ void* allocateLargeMemory(std::size_t bytes);
 // `bytes` must be what was asked of allocateLargeMemory.
 void freeLargeMemory(void* memory, std::size_t bytes);
 
+// Advises the whole huge pages inside [memory, memory + bytes) for transparent huge pages, for
+// a block that came from elsewhere (the heap) and has not been touched yet.
+void adviseHugePages(void* memory, std::size_t bytes);
+
 } // namespace tintorra

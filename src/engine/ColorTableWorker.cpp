@@ -72,6 +72,14 @@ void colorTableWorker(const HueShiftTask& task, std::vector<TableColor>& toWrite
         return;
     }
 
+    // Room for every candidate at once: a list that grows by doubling touches fresh small pages
+    // again and again, and a large one can be given huge pages.
+    std::uint64_t candidateCount = 0;
+    for (const auto& [begin, stop] : candidates) {
+        candidateCount += stop - begin;
+    }
+    toWrite.reserve(toWrite.size() + static_cast<std::size_t>(candidateCount));
+
     if (VectorisedTable::serves(run, p)) {
         VectorisedTable vectorised(run, p, context);
         for (const auto& [begin, stop] : candidates) {

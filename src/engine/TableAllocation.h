@@ -61,6 +61,7 @@ private:
 // Frees the arrays of allocateTable: large blocks go back to the memory they came from.
 struct TableDeleter {
     std::shared_ptr<TableMemory> memory;
+    // The block's whole size; 0 for a small array from malloc.
     std::size_t bytes = 0;
     void operator()(void* table) const;
 };

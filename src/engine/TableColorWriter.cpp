@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <span>
 
 namespace tintorra {
 
@@ -55,7 +56,7 @@ public:
 
     // Writes a block's records. Colours written whole (no grey mask, no paint mask) take a loop
     // whose offsets live in locals: a byte store could alias any member read through `this`.
-    void writeAll(const std::vector<Record>& records) const
+    void writeAll(std::span<const Record> records) const
     {
         if (restore_) {
             for (const Record& record : records) {
@@ -192,6 +193,46 @@ std::uint64_t sampleBytes(const PixelManipulationOffsets& offsets)
     return static_cast<std::uint64_t>(offsets.rep->sampleBytes());
 }
 
+// One thread's records of a wave sorted into the wave's blocks. Each block fills its slice of
+// one buffer, sized for its even share with some slack, and spills into a list of its own only
+// past that: one large buffer rather than a list per block, so that a cold run touches few
+// (huge) pages and no list regrows.
+class BlockBuckets {
+public:
+    void reset(std::size_t blocks, std::size_t perBlock)
+    {
+        perBlock_ = std::max<std::size_t>(1, perBlock);
+        if (slices_.size() < blocks * perBlock_) {
+            slices_.resize(blocks * perBlock_);
+        }
+        counts_.assign(blocks, 0);
+        spills_.resize(std::max(spills_.size(), blocks));
+        for (std::size_t b = 0; b < blocks; ++b) {
+            spills_[b].clear();
+        }
+    }
+    void push(std::size_t block, const Record& record)
+    {
+        std::size_t& count = counts_[block];
+        if (count < perBlock_) {
+            slices_[block * perBlock_ + count++] = record;
+        } else {
+            spills_[block].push_back(record);
+        }
+    }
+    std::span<const Record> slice(std::size_t block) const
+    {
+        return {slices_.data() + block * perBlock_, counts_[block]};
+    }
+    std::span<const Record> spill(std::size_t block) const { return spills_[block]; }
+
+private:
+    std::size_t perBlock_ = 1;
+    std::vector<Record> slices_;
+    std::vector<std::size_t> counts_;
+    std::vector<std::vector<Record>> spills_;
+};
+
 // The writer's working memory, kept by each calling thread from run to run: a slider drag
 // re-shifts again and again, and fresh pages for the sorted writes cost more here than the
 // writes themselves. Bounded by the wave budget.
@@ -199,7 +240,7 @@ struct WriteScratch {
     std::vector<TableColor> colors;
     std::vector<std::uint64_t> pixelsBefore;
     std::vector<std::uint32_t> cursor;
-    std::vector<std::vector<std::vector<Record>>> buckets;
+    std::vector<BlockBuckets> buckets;
 };
 
 } // namespace
@@ -258,7 +299,7 @@ void writeTableColors(const HueShiftRun& run, const HueShiftParameters& p,
                                                run.writeLimits.wavePixels));
     std::vector<std::uint32_t>& cursor = scratch.cursor;
     cursor.assign(colors.size(), 0);
-    std::vector<std::vector<std::vector<Record>>>& buckets = scratch.buckets;
+    std::vector<BlockBuckets>& buckets = scratch.buckets;
     buckets.resize(std::max<std::size_t>(buckets.size(), threads));
     std::vector<char> ascending(threads, 1);
     // Each colour's locations lie elsewhere in a table far larger than the caches: ask for
@@ -274,16 +315,12 @@ void writeTableColors(const HueShiftRun& run, const HueShiftParameters& p,
         const std::uint64_t waveEndByte = std::min(imageBytes, waveEnd * blockBytes);
 
         runWorkers(threads, [&](unsigned t) {
-            std::vector<std::vector<Record>>& bucket = buckets[t];
-            // Kept from wave to wave (cleared, not freed); the first wave reserves each block's
-            // even share of the run's pixels with some slack, sparing most regrowth.
-            bucket.resize(std::max<std::size_t>(bucket.size(), waveEnd - waveBegin));
+            BlockBuckets& bucket = buckets[t];
+            // Kept from wave to wave (cleared, not freed): each block's even share of the run's
+            // pixels with some slack.
             const std::uint64_t share =
                 (pixelsBefore[runs[t].end] - pixelsBefore[runs[t].begin]) / blocks * 5 / 4;
-            for (std::size_t b = 0; b < waveEnd - waveBegin; ++b) {
-                bucket[b].clear();
-                bucket[b].reserve(share);
-            }
+            bucket.reset(waveEnd - waveBegin, share);
             for (std::size_t i = runs[t].begin; i < runs[t].end; ++i) {
                 if (i + kPrefetchAhead < runs[t].end) {
                     const TableColor& ahead = colors[i + kPrefetchAhead];
@@ -303,7 +340,7 @@ void writeTableColors(const HueShiftRun& run, const HueShiftParameters& p,
                     if (writer.inside(location)) {
                         const std::uint64_t b = blockOf(location);
                         if (b >= waveBegin && b < waveEnd) {
-                            bucket[b - waveBegin].push_back({location, colors[i].color});
+                            bucket.push(b - waveBegin, {location, colors[i].color});
                         } else {
                             ascending[t] = 0;
                         }
@@ -326,7 +363,8 @@ void writeTableColors(const HueShiftRun& run, const HueShiftParameters& p,
                     copySamples(run, b * blockBytes, std::min(imageBytes, (b + 1) * blockBytes));
                 }
                 for (unsigned from = 0; from < threads; ++from) {
-                    writer.writeAll(buckets[from][b - waveBegin]);
+                    writer.writeAll(buckets[from].slice(b - waveBegin));
+                    writer.writeAll(buckets[from].spill(b - waveBegin));
                 }
             }
         });
