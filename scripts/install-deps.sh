@@ -24,6 +24,8 @@ packages=(
   xvfb xauth xdotool x11-apps imagemagick
   # tests and benchmarks, and the fuzz targets (clang's libFuzzer)
   libgtest-dev libgmock-dev libbenchmark-dev clang libclang-rt-14-dev
+  # the libvips pipeline the command-line benchmark is compared with
+  libvips-tools bc
   # real ICC profiles the colour tests read
   colord-data icc-profiles-free argyll-ref
   # file tools whose output the image and command-line tests check against
