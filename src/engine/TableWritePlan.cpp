@@ -1,5 +1,6 @@
 #include "engine/TableWritePlan.h"
 
+#include "common/ParallelLoops.h"
 #include "engine/HueShiftWorkers.h"
 
 #include <algorithm>
@@ -79,6 +80,15 @@ TableWritePlanPtr planTableWrites(const HueShiftRun& run, const ColorTableRef& t
         }
     }
     plan->blockBegin.push_back(plan->pixels.size());
+    // In the order of the pixels within each block: the writes then walk the block's rows
+    // forwards, which the cache fetches ahead of them.
+    runChunks(threads, static_cast<std::size_t>(blocks), [&](std::size_t b, unsigned) {
+        std::sort(plan->pixels.begin() + static_cast<std::ptrdiff_t>(plan->blockBegin[b]),
+                  plan->pixels.begin() + static_cast<std::ptrdiff_t>(plan->blockBegin[b + 1]),
+                  [](const TableWritePlan::Pixel& a, const TableWritePlan::Pixel& b) {
+                      return a.location < b.location;
+                  });
+    });
     return plan;
 }
 
