@@ -15,6 +15,12 @@ constexpr double kLongRunSeconds = 0.08;
 
 } // namespace
 
+bool newerRequestStops(const RunningShift& shift)
+{
+    return !shift.buildsOnPlan && shift.expected >= kLongRunSeconds &&
+           shift.running < 0.5 * shift.expected && shift.sinceDelivery < shift.expected;
+}
+
 LiveShifter::LiveShifter(Engine& engine, Delivery deliver)
     : engine_(engine), deliver_(std::move(deliver)),
       thread_([this](std::stop_token stop) { serve(stop); })
@@ -43,13 +49,12 @@ std::uint64_t LiveShifter::submit(ShiftRequest request)
         }
         waiting_ = std::move(request);
         waitingNumber_ = number;
-        if (abandonsStaleRuns_ && busy_ && !runBuildsOnFootprint_ &&
-            expectedRunSeconds_ >= kLongRunSeconds) {
+        if (abandonsStaleRuns_ && busy_) {
             const auto now = std::chrono::steady_clock::now();
-            const std::chrono::duration<double> running = now - runStarted_;
-            const std::chrono::duration<double> sinceDelivery = now - lastDelivery_;
-            if (running.count() < 0.5 * expectedRunSeconds_ &&
-                sinceDelivery.count() < expectedRunSeconds_) {
+            const RunningShift shift{std::chrono::duration<double>(now - runStarted_).count(),
+                                     std::chrono::duration<double>(now - lastDelivery_).count(),
+                                     expectedRunSeconds_, runBuildsOnFootprint_};
+            if (newerRequestStops(shift)) {
                 running_.request_stop();
             }
         }

@@ -15,6 +15,19 @@
 
 namespace tintorra {
 
+// What the live shifter knows of its running shift when a newer request arrives (seconds).
+struct RunningShift {
+    double running = 0.0;
+    double sinceDelivery = 0.0;
+    // The average of the last finished shifts; 0 before the first.
+    double expected = 0.0;
+    // Whether it writes only what changed in a picture of its own, by a plan.
+    bool buildsOnPlan = false;
+};
+
+// Whether a newer request stops the running shift (see setAbandonsStaleRuns).
+bool newerRequestStops(const RunningShift& shift);
+
 // Keeps an editor's shifted image up to date without making anyone wait: shifts run one at a
 // time on a thread of their own, and requests that arrive while one runs are coalesced, so that
 // only the newest of them runs next. Every request gets a number that grows with each submission;

@@ -204,5 +204,27 @@ TEST(LiveShifter, KeptDestinationsHoldFullShifts)
     }
 }
 
+// Which running shifts a newer request stops: only long ones, early on, while pictures still
+// come, and never one that rewrites its own picture by a plan.
+TEST(LiveShifter, NewerRequestsStopOnlyLongShiftsEarlyOn)
+{
+    struct Case {
+        const char* name;
+        RunningShift shift;
+        bool stops;
+    };
+    const Case cases[] = {
+        {"long, early, pictures coming", {0.02, 0.1, 0.2, false}, true},
+        {"long, past halfway", {0.11, 0.1, 0.2, false}, false},
+        {"long, no picture for a shift's time", {0.02, 0.25, 0.2, false}, false},
+        {"long, by a plan", {0.02, 0.1, 0.2, true}, false},
+        {"short", {0.005, 0.03, 0.03, false}, false},
+        {"nothing finished yet", {0.001, 1e9, 0.0, false}, false},
+    };
+    for (const Case& c : cases) {
+        EXPECT_EQ(newerRequestStops(c.shift), c.stops) << c.name;
+    }
+}
+
 } // namespace
 } // namespace tintorra
