@@ -13,12 +13,16 @@ constexpr std::size_t kKeptFootprints = 4;
 // than a stop would save, and a picture stopped midway must be written whole next time.
 constexpr double kLongRunSeconds = 0.08;
 
+// Long shifts are stopped for newer requests until no picture has come for this many shifts'
+// time; the next one is then let through, so that a long drag still shows pictures.
+constexpr double kShiftsWithoutPicture = 3.0;
+
 } // namespace
 
 bool newerRequestStops(const RunningShift& shift)
 {
     return !shift.buildsOnPlan && shift.expected >= kLongRunSeconds &&
-           shift.running < 0.5 * shift.expected && shift.sinceDelivery < shift.expected;
+           shift.sinceDelivery < kShiftsWithoutPicture * shift.expected;
 }
 
 LiveShifter::LiveShifter(Engine& engine, Delivery deliver)

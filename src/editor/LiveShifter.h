@@ -61,14 +61,13 @@ public:
     // that was already on its way may still be delivered; its number tells it apart.
     void abandonAll();
 
-    // When on, a request that arrives while the running shift is in the first half of its
-    // expected time (the average of the last finished shifts) stops that shift, if shifts have
-    // been long lately: its picture would be stale, and starting afresh shows the newest one
-    // soonest. A shift past halfway is left to finish, and so is any shift while no picture has
-    // been delivered for as long as a shift takes, so that a stream of changes still shows
-    // pictures as it goes. Short shifts are never stopped, and neither is a shift that writes
-    // only what changed in a picture of its own by a plan: a stop would save little and leave
-    // that picture to be written whole next time.
+    // When on, a request that arrives while a long shift runs (the last finished ones were long)
+    // stops it: its picture would be stale, and starting afresh shows the newest one soonest, one
+    // shift's time after the last change. Only while no picture has been delivered for three
+    // shifts' time is the running shift left to finish, so that a long drag still shows pictures
+    // now and then. Short shifts are never stopped, and neither is a shift that writes only what
+    // changed in a picture of its own by a plan: a stop would save little and leave that
+    // picture to be written whole next time.
     void setAbandonsStaleRuns(bool abandons);
 
 private:

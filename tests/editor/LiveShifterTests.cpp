@@ -204,8 +204,8 @@ TEST(LiveShifter, KeptDestinationsHoldFullShifts)
     }
 }
 
-// Which running shifts a newer request stops: only long ones, early on, while pictures still
-// come, and never one that rewrites its own picture by a plan.
+// Which running shifts a newer request stops: only long ones, and only while pictures still
+// come now and then, never one that rewrites its own picture by a plan.
 TEST(LiveShifter, NewerRequestsStopOnlyLongShiftsEarlyOn)
 {
     struct Case {
@@ -215,8 +215,8 @@ TEST(LiveShifter, NewerRequestsStopOnlyLongShiftsEarlyOn)
     };
     const Case cases[] = {
         {"long, early, pictures coming", {0.02, 0.1, 0.2, false}, true},
-        {"long, past halfway", {0.11, 0.1, 0.2, false}, false},
-        {"long, no picture for a shift's time", {0.02, 0.25, 0.2, false}, false},
+        {"long, nearly done", {0.19, 0.5, 0.2, false}, true},
+        {"long, no picture for three shifts' time", {0.02, 0.61, 0.2, false}, false},
         {"long, by a plan", {0.02, 0.1, 0.2, true}, false},
         {"short", {0.005, 0.03, 0.03, false}, false},
         {"nothing finished yet", {0.001, 1e9, 0.0, false}, false},
