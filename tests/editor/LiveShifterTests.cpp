@@ -127,15 +127,23 @@ TEST(LiveShifter, WithdrawnWorkDeliversNothing)
 TEST(LiveShifter, AReplacedRequestHandsOnItsDestination)
 {
     Engine engine({2});
-    const KVBitmapPtr source = picture(2048);
+    const KVBitmapPtr source = picture(256);
     const KVBitmapPtr kept = source->copy();
     Deliveries deliveries;
-    LiveShifter shifter(engine, deliveries.sink());
-    shifter.submit(requestTowards(source, 0.25)); // runs long enough for the next two to meet
+    // The first delivery waits until the next two requests have met, however busy the machine.
+    std::mutex gate;
+    std::unique_lock closed(gate);
+    LiveShifter shifter(engine, [&](std::uint64_t number, Result<KVBitmapPtr> result) {
+        const std::lock_guard pass(gate);
+        deliveries.sink()(number, std::move(result));
+    });
+    shifter.submit(requestTowards(source, 0.25));
     ShiftRequest replaced = requestTowards(source, 0.5);
     replaced.destination = kept;
     shifter.submit(replaced);
-    ASSERT_TRUE(deliveries.waitFor(shifter.submit(requestTowards(source, 0.75))));
+    const std::uint64_t last = shifter.submit(requestTowards(source, 0.75));
+    closed.unlock();
+    ASSERT_TRUE(deliveries.waitFor(last));
     const std::lock_guard lock(deliveries.mutex);
     EXPECT_EQ(deliveries.last, kept);
 }
