@@ -89,10 +89,17 @@ TEST(LiveShifter, ABurstEndsInThePictureOfTheLastRequest)
     Deliveries deliveries;
     std::uint64_t last = 0;
     {
-        LiveShifter shifter(engine, deliveries.sink());
+        // The first delivery waits for the whole burst, however busy the machine.
+        std::mutex gate;
+        std::unique_lock closed(gate);
+        LiveShifter shifter(engine, [&](std::uint64_t number, Result<KVBitmapPtr> result) {
+            const std::lock_guard pass(gate);
+            deliveries.sink()(number, std::move(result));
+        });
         for (int i = 0; i < 40; ++i) {
             last = shifter.submit(requestTowards(source, i / 40.0));
         }
+        closed.unlock();
         ASSERT_TRUE(deliveries.waitFor(last));
     }
     const Result<KVBitmapPtr> expected = engine.shift(requestTowards(source, 39 / 40.0));
