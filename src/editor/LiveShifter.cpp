@@ -129,16 +129,10 @@ void LiveShifter::serve(std::stop_token stop)
         // Forgotten whatever becomes of this run: a stopped one leaves the destination unknown.
         ShiftFootprintPtr footprint = takeFootprint(request.destination);
         if (request.destinationFootprint == nullptr) {
-            // A destination of unknown content can still be written by the plan of the latest
-            // picture, instead of planning the same colours again.
-            request.destinationFootprint = footprint != nullptr || footprints_.empty()
-                                               ? std::move(footprint)
-                                               : footprints_.back();
+            request.destinationFootprint = std::move(footprint);
         }
-        const ShiftFootprint* given = request.destinationFootprint.get();
-        runBuildsOnFootprint_ = given != nullptr && given->plan != nullptr &&
-                                given->source.lock() == request.source &&
-                                given->colorTable.lock() == request.colorTable;
+        runBuildsOnFootprint_ = request.destinationFootprint != nullptr &&
+                                request.destinationFootprint->plan != nullptr;
         busy_ = true;
         runStarted_ = std::chrono::steady_clock::now();
         lock.unlock();

@@ -133,12 +133,10 @@ Result<TrackedShift> Engine::shiftTracked(const ShiftRequest& request, std::stop
     detail::TableFootprints footprints;
     const ShiftFootprint* given = request.destinationFootprint.get();
     if (given != nullptr && request.destination != nullptr && request.colorTable != nullptr &&
+        given->destination.lock() == request.destination &&
         given->source.lock() == request.source && given->colorTable.lock() == request.colorTable) {
-        // A plan says where the colours' pixels are, in whichever bitmap of the source's layout.
+        footprints.destinationHolds = &given->written;
         footprints.plan = given->plan;
-        if (given->destination.lock() == request.destination) {
-            footprints.destinationHolds = &given->written;
-        }
     }
     Result<KVBitmapPtr> shifted = run(request, std::move(stop), progress, &footprints);
     if (!shifted) {

@@ -55,8 +55,7 @@ struct ShiftRequest {
     // What the destination holds, as the shift that wrote it described it (shiftTracked), if
     // nothing else has written into it and the source's samples are unchanged since. An 8-bit
     // shift of the same source through the same table then writes only what changes, with the
-    // same result. Of a footprint of another destination (of the same source and table) only
-    // the write plan is used; one of another source or table is ignored.
+    // same result. Ignored when it describes another destination, source or table.
     ShiftFootprintPtr destinationFootprint = nullptr;
 };
 

@@ -174,31 +174,6 @@ INSTANTIATE_TEST_SUITE_P(Pictures, IncrementalShifts,
                                          IncrementalCase{"opaqueExcluded", {}, true},
                                          IncrementalCase{"alphaExcluded", {true}, true}));
 
-// A bitmap of unknown content is written by the plan of another bitmap's footprint (same
-// source and table): the same picture as a full shift, without planning the colours again.
-TEST(IncrementalShifts, AnotherBitmapsPlanWritesAFreshBitmap)
-{
-    test::captureDiagnostics();
-    Engine engine({2});
-    const KVBitmapPtr source = manyColoursPicture({});
-    HueShiftParameters p = test::selectEverything(ColorSpaceModel::LChuv);
-    selectHues(p, 0.1, 0.4);
-    const ColorTablePtr table =
-        engine.buildColorTable(source, p.imageGamma, p.colorSpaceModel).take();
-    const KVBitmapPtr first = blankPicture({});
-    const ShiftFootprintPtr planned =
-        engine.shiftTracked({source, first, p, table, nullptr}).take().footprint;
-    ASSERT_NE(planned->plan, nullptr);
-
-    p.targetHue = 0.9;
-    const KVBitmapPtr second = blankPicture({});
-    std::memset(second->bitmapData(), 77, second->sampleBytes());
-    const TrackedShift tracked = engine.shiftTracked({source, second, p, table, planned}).take();
-    EXPECT_EQ(tracked.footprint->plan, planned->plan);
-    EXPECT_TRUE(test::sameSamples(tracked.image, engine.shift({source, nullptr, p, table}).take()));
-    test::capturedDiagnostics();
-}
-
 // A footprint that describes another destination, source or table is not used.
 TEST(IncrementalShifts, FootprintsOfOtherPicturesOrTablesAreIgnored)
 {
