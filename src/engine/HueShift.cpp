@@ -2,6 +2,7 @@
 
 #include "colour/ColorMatrices.h"
 #include "common/ParallelLoops.h"
+#include "engine/HueCandidates.h"
 #include "engine/HueShiftWorkers.h"
 #include "engine/PaintCoverage.h"
 #include "engine/SelectionWeights.h"
@@ -44,6 +45,41 @@ void runMatrices(const HueShiftParameters& p, const KVBitmap& source, Matrix3& M
     }
     matrixFromColorSpace(M, &source.colorSpace());
     inverseMatrixFromColorSpace(MI, &source.colorSpace());
+}
+
+// Gives each task about the same number of entries on the arc of selectable hues: a selection is
+// a run of hues, and the table is in hue order, so even runs of entries would leave one thread
+// with all the work. Only the entries on the arc are ever computed.
+void balanceOnHueArc(std::vector<HueShiftTask>& tasks, const ColorTableRef& table,
+                     const HueArc& arc)
+{
+    const auto candidates = entriesOnHueArc(table.colors, 0, table.count, arc);
+    std::uint64_t total = 0;
+    for (const auto& [begin, end] : candidates) {
+        total += end - begin;
+    }
+    const std::size_t threads = tasks.size();
+    if (threads < 2 || total == 0) {
+        return;
+    }
+    // The entry where the k-th share of the candidates begins.
+    const auto shareBegins = [&](std::uint64_t k) -> std::uint64_t {
+        std::uint64_t before = total * k / threads;
+        for (const auto& [begin, end] : candidates) {
+            if (before < end - begin) {
+                return begin + before;
+            }
+            before -= end - begin;
+        }
+        return table.count;
+    };
+    std::uint64_t first = 0;
+    for (std::size_t i = 0; i < threads; ++i) {
+        const std::uint64_t next = i + 1 < threads ? shareBegins(i + 1) : table.count;
+        tasks[i].firstItem = first;
+        tasks[i].itemCount = next - first;
+        first = next;
+    }
 }
 
 // A colour table is usable when it is empty (nothing to shift) or describes colours of the
@@ -147,6 +183,9 @@ KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftP
         tasks[i].firstItem = i * chunk;
         tasks[i].itemCount = i + 1 < threads ? chunk : items - (threads - 1) * chunk;
         tasks[i].index = i;
+    }
+    if (byColorTable && p.colorTable.sortedByHue && !showsGreyMask(p.maskToShow)) {
+        balanceOnHueArc(tasks, p.colorTable, run.selectableHues);
     }
 
     // A bitmap of an earlier run, of this source and table, differs from the source only where

@@ -4,6 +4,7 @@
 #include "engine/TableWritePlan.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <span>
 
@@ -403,9 +404,12 @@ void writeTableColorsByPlan(const HueShiftRun& run, const HueShiftParameters& p,
     const std::uint64_t blocks = plan.blockBegin.size() - 1;
     const auto writers =
         static_cast<unsigned>(std::clamp<std::uint64_t>(blocks, 1, std::max(1u, threads)));
-    runWorkers(writers, [&](unsigned t) {
+    // Blocks handed out one at a time: a selection's pixels gather in parts of the picture, so
+    // even runs of blocks would leave one thread with most of them.
+    std::atomic<std::uint64_t> nextBlock{0};
+    runWorkers(writers, [&](unsigned) {
         std::vector<Record> records;
-        for (std::uint64_t b = blocks * t / writers; b < blocks * (t + 1) / writers; ++b) {
+        for (std::uint64_t b = nextBlock++; b < blocks; b = nextBlock++) {
             if (run.stopRequested()) {
                 return;
             }
