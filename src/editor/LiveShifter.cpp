@@ -131,8 +131,13 @@ void LiveShifter::serve(std::stop_token stop)
         if (request.destinationFootprint == nullptr) {
             request.destinationFootprint = std::move(footprint);
         }
-        runBuildsOnFootprint_ = request.destinationFootprint != nullptr &&
-                                request.destinationFootprint->plan != nullptr;
+        // A picture of unknown content is planned afresh when the latest one was written by a
+        // plan: a stop would only make the next run plan the same colours again.
+        const bool latestPlanned = !footprints_.empty() && footprints_.back()->plan != nullptr &&
+                                   footprints_.back()->source.lock() == request.source;
+        runBuildsOnFootprint_ = request.destinationFootprint != nullptr
+                                    ? request.destinationFootprint->plan != nullptr
+                                    : latestPlanned;
         busy_ = true;
         runStarted_ = std::chrono::steady_clock::now();
         lock.unlock();

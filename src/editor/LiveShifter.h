@@ -21,7 +21,8 @@ struct RunningShift {
     double sinceDelivery = 0.0;
     // The average of the last finished shifts; 0 before the first.
     double expected = 0.0;
-    // Whether it writes only what changed in a picture of its own, by a plan.
+    // Whether it writes by a plan: only what changed in a picture of its own, or a picture of
+    // unknown content when the latest one was written by a plan (it makes the same plan).
     bool buildsOnPlan = false;
 };
 
