@@ -213,16 +213,10 @@ KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftP
         }
         return entryMap->map.get();
     };
-    const bool greyMaskByMap =
-        byColorTable && showsGreyMask(p.maskToShow) && mapServes &&
-        ((entryMap->map != nullptr && entryMap->map->fits(sourceOffsets, p.colorTable)) ||
-         entryMap->mayBuild);
 
     // Planes lie apart, so the writers' row by row copying cannot serve them: copy at once.
-    // A grey mask from the table writes every pixel but its alpha, which must be the source's.
     run.destinationHoldsSource = !copySourceSamples || holds != nullptr;
-    if (copySourceSamples && holds == nullptr && !greyMaskByMap &&
-        (sourceOffsets.isPlanar || threads == 0 || (byColorTable && showsGreyMask(p.maskToShow)))) {
+    if (copySourceSamples && holds == nullptr && (sourceOffsets.isPlanar || threads == 0)) {
         std::memcpy(destination->bitmapData(), source->bitmapData(), source->sampleBytes());
         run.destinationHoldsSource = true;
     }
@@ -251,11 +245,6 @@ KVBitmapPtr shift(const KVBitmapPtr& source, const KVBitmapPtr& given, HueShiftP
                 footprints->tracked = !run.stopRequested();
             }
             return destination;
-        }
-        if (greyMaskByMap && copySourceSamples && holds == nullptr) {
-            // The map could not be made after all.
-            std::memcpy(destination->bitmapData(), source->bitmapData(), source->sampleBytes());
-            run.destinationHoldsSource = true;
         }
         if (holds != nullptr) {
             const std::vector<std::vector<TableColor>> restore{

@@ -72,6 +72,16 @@ struct Deliveries {
         };
     }
 
+    // The same, each delivery first waiting until `gate` is free: a test holds it while it
+    // submits, so that its requests meet however busy the machine.
+    LiveShifter::Delivery sinkBehind(std::mutex& gate)
+    {
+        return [this, &gate, sink = sink()](std::uint64_t number, Result<KVBitmapPtr> result) {
+            const std::lock_guard pass(gate);
+            sink(number, std::move(result));
+        };
+    }
+
     bool waitFor(std::uint64_t number)
     {
         std::unique_lock lock(mutex);
@@ -89,13 +99,10 @@ TEST(LiveShifter, ABurstEndsInThePictureOfTheLastRequest)
     Deliveries deliveries;
     std::uint64_t last = 0;
     {
-        // The first delivery waits for the whole burst, however busy the machine.
+        // The first delivery waits for the whole burst.
         std::mutex gate;
         std::unique_lock closed(gate);
-        LiveShifter shifter(engine, [&](std::uint64_t number, Result<KVBitmapPtr> result) {
-            const std::lock_guard pass(gate);
-            deliveries.sink()(number, std::move(result));
-        });
+        LiveShifter shifter(engine, deliveries.sinkBehind(gate));
         for (int i = 0; i < 40; ++i) {
             last = shifter.submit(requestTowards(source, i / 40.0));
         }
@@ -137,13 +144,10 @@ TEST(LiveShifter, AReplacedRequestHandsOnItsDestination)
     const KVBitmapPtr source = picture(256);
     const KVBitmapPtr kept = source->copy();
     Deliveries deliveries;
-    // The first delivery waits until the next two requests have met, however busy the machine.
+    // The first delivery waits until the next two requests have met.
     std::mutex gate;
     std::unique_lock closed(gate);
-    LiveShifter shifter(engine, [&](std::uint64_t number, Result<KVBitmapPtr> result) {
-        const std::lock_guard pass(gate);
-        deliveries.sink()(number, std::move(result));
-    });
+    LiveShifter shifter(engine, deliveries.sinkBehind(gate));
     shifter.submit(requestTowards(source, 0.25));
     ShiftRequest replaced = requestTowards(source, 0.5);
     replaced.destination = kept;
