@@ -11,19 +11,14 @@
 
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 
-namespace {
-
-constexpr std::size_t kHugePage = std::size_t{2} << 20;
-
-} // namespace
-
 void* operator new(std::size_t bytes)
 {
     void* memory = nullptr;
-    if (bytes >= tintorra::kLargeMemoryThreshold && bytes <= SIZE_MAX - kHugePage) {
+    using tintorra::kHugePageBytes;
+    if (bytes >= tintorra::kLargeMemoryThreshold && bytes <= SIZE_MAX - kHugePageBytes) {
         // Whole huge pages from end to end; the heap frees aligned blocks like any other.
-        const std::size_t whole = (bytes + kHugePage - 1) / kHugePage * kHugePage;
-        memory = std::aligned_alloc(kHugePage, whole);
+        const std::size_t whole = (bytes + kHugePageBytes - 1) / kHugePageBytes * kHugePageBytes;
+        memory = std::aligned_alloc(kHugePageBytes, whole);
         if (memory != nullptr) {
             tintorra::adviseHugePages(memory, whole);
         }

@@ -7,8 +7,6 @@ namespace tintorra {
 
 namespace {
 
-constexpr std::size_t kHugePage = std::size_t{2} << 20;
-
 constexpr std::size_t roundUp(std::size_t bytes, std::size_t step)
 {
     return (bytes + step - 1) / step * step;
@@ -18,19 +16,19 @@ constexpr std::size_t roundUp(std::size_t bytes, std::size_t step)
 
 void* allocateLargeMemory(std::size_t bytes)
 {
-    if (bytes == 0 || bytes > SIZE_MAX - 2 * kHugePage) {
+    if (bytes == 0 || bytes > SIZE_MAX - 2 * kHugePageBytes) {
         return nullptr;
     }
-    const std::size_t size = roundUp(bytes, kHugePage);
+    const std::size_t size = roundUp(bytes, kHugePageBytes);
     // mmap aligns to 4 KB only: map one huge page more and give back the ragged ends.
-    const std::size_t mapped = size + kHugePage;
+    const std::size_t mapped = size + kHugePageBytes;
     void* region =
         mmap(nullptr, mapped, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (region == MAP_FAILED) {
         return nullptr;
     }
     const auto start = reinterpret_cast<std::uintptr_t>(region);
-    const std::uintptr_t aligned = roundUp(start, kHugePage);
+    const std::uintptr_t aligned = roundUp(start, kHugePageBytes);
     if (aligned > start) {
         munmap(region, aligned - start);
     }
@@ -50,8 +48,8 @@ void adviseHugePages(void* memory, std::size_t bytes)
 {
 #ifdef MADV_HUGEPAGE
     const auto start = reinterpret_cast<std::uintptr_t>(memory);
-    const std::uintptr_t first = roundUp(start, kHugePage);
-    const std::uintptr_t end = (start + bytes) / kHugePage * kHugePage;
+    const std::uintptr_t first = roundUp(start, kHugePageBytes);
+    const std::uintptr_t end = (start + bytes) / kHugePageBytes * kHugePageBytes;
     if (memory != nullptr && end > first) {
         madvise(reinterpret_cast<void*>(first), end - first, MADV_HUGEPAGE);
     }
@@ -64,7 +62,7 @@ void adviseHugePages(void* memory, std::size_t bytes)
 void freeLargeMemory(void* memory, std::size_t bytes)
 {
     if (memory != nullptr) {
-        munmap(memory, roundUp(bytes, kHugePage));
+        munmap(memory, roundUp(bytes, kHugePageBytes));
     }
 }
 

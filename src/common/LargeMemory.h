@@ -8,7 +8,8 @@ namespace tintorra {
 // transparent huge pages. A fresh photograph-sized buffer otherwise costs one page fault per
 // 4 KB on first touch (about 25,000 for a 24 MP RGB image), which dominates a cold run; with
 // huge pages it is one per 2 MB. The memory reads as zeros.
-inline constexpr std::size_t kLargeMemoryThreshold = std::size_t{2} << 20;
+inline constexpr std::size_t kHugePageBytes = std::size_t{2} << 20;
+inline constexpr std::size_t kLargeMemoryThreshold = kHugePageBytes;
 
 // nullptr when the kernel refuses.
 void* allocateLargeMemory(std::size_t bytes);

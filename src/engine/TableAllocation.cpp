@@ -10,15 +10,14 @@ namespace tintorra {
 
 namespace {
 
-constexpr std::size_t kHugePage = std::size_t{2} << 20;
 // Blocks from this size on are aligned to huge pages and recycled.
-constexpr std::size_t kLargeBlock = 2 * kHugePage;
+constexpr std::size_t kLargeBlock = 2 * kHugePageBytes;
 
 thread_local std::shared_ptr<TableMemory> memoryInUse;
 
 std::size_t wholeHugePages(std::size_t bytes)
 {
-    return (bytes + kHugePage - 1) / kHugePage * kHugePage;
+    return (bytes + kHugePageBytes - 1) / kHugePageBytes * kHugePageBytes;
 }
 
 // Advised for huge pages: one fault per 2 MB instead of per 4 KB on first touch, which is most
